@@ -1,0 +1,8 @@
+# lanvane_warnings(target): the warning set every target of this project is built with.
+function(lanvane_warnings target)
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wold-style-cast -Wnon-virtual-dtor)
+  if(LANVANE_WERROR)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+endfunction()
