@@ -1,0 +1,25 @@
+#include "AsyncCallbackPosix.h"
+
+#include "GxAssert.h"
+
+#include <pthread.h>
+
+namespace GxImp {
+namespace Posix {
+
+void CAsyncCallback::Queue() noexcept {
+    pthread_attr_t attributes;
+    pthread_t thread{};
+    GX_ASSERT(pthread_attr_init(&attributes) == 0);
+    GX_ASSERT(pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED) == 0);
+    GX_ASSERT(pthread_create(&thread, &attributes, &CAsyncCallback::ThreadProcedure, this) == 0);
+    GX_ASSERT(pthread_attr_destroy(&attributes) == 0);
+}
+
+void *CAsyncCallback::ThreadProcedure(void *self) noexcept {
+    static_cast<CAsyncCallback *>(self)->Deliver();
+    return nullptr;
+}
+
+} // namespace Posix
+} // namespace GxImp

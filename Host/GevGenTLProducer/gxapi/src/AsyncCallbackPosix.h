@@ -1,0 +1,22 @@
+#pragma once
+
+namespace GxImp {
+namespace Posix {
+
+/// Delivers one notification per Queue on a new detached thread. The caller of Queue makes sure, by a reference on the
+/// owner, that the object lives until Deliver has run.
+class CAsyncCallback {
+public:
+    void Queue() noexcept;
+
+protected:
+    CAsyncCallback() noexcept = default;
+    virtual ~CAsyncCallback() = default;
+    virtual void Deliver() noexcept = 0;
+
+private:
+    static void *ThreadProcedure(void *self) noexcept;
+};
+
+} // namespace Posix
+} // namespace GxImp

@@ -1,0 +1,181 @@
+#include "Collector.h"
+
+#include "Clock.h"
+#include "Error.h"
+#include "TraceImp.h"
+
+#include <cerrno>
+#include <memory>
+#include <new>
+
+namespace GxImp {
+
+namespace {
+
+/// Datagrams handled per wake-up of a socket that serves all adapters; bounded so that the others get their turn.
+constexpr int MaxBurst = 64;
+
+/// True for a row whose socket is not bound to one adapter's address.
+bool IsShared(const _GX_SOCKET_INTERFACE_INFO &info) noexcept {
+    const in_addr_t address = info.InterfaceAddrIn.sin_addr.s_addr;
+    return address == htonl(INADDR_ANY) || address == htonl(INADDR_BROADCAST);
+}
+
+/// Where the next datagram of a socket arrived, without taking it from the socket.
+struct Arrival {
+    sockaddr_in sender{};
+    in_pktinfo info{};
+};
+
+GXSTATUS PeekArrival(const CSocket &socket, Arrival &arrival) noexcept {
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(in_pktinfo))];
+    msghdr message{};
+    message.msg_name = &arrival.sender;
+    message.msg_namelen = sizeof arrival.sender;
+    message.msg_control = control;
+    message.msg_controllen = sizeof control;
+    if (::recvmsg(static_cast<int>(SOCKET(socket)), &message, MSG_PEEK | MSG_DONTWAIT) < 0)
+        return GxStatusFromSocket(GxGetSocketError());
+    for (cmsghdr *header = CMSG_FIRSTHDR(&message); header; header = CMSG_NXTHDR(&message, header)) {
+        if (header->cmsg_level == IPPROTO_IP && header->cmsg_type == IP_PKTINFO)
+            arrival.info = *reinterpret_cast<const in_pktinfo *>(CMSG_DATA(header));
+    }
+    return GX_SUCCESS;
+}
+
+/// How well an address of the interface the datagram came in by stands for it; 0 for an address of another interface.
+/// ipi_spec_dst alone would mislead: for a sender in a foreign subnet it is the address of the adapter that holds the
+/// default route.
+int MatchQuality(const _GX_SOCKET_INTERFACE_INFO &info, const Arrival &arrival) noexcept {
+    if (IsShared(info) || info.InterfaceIndex != static_cast<std::uint32_t>(arrival.info.ipi_ifindex))
+        return 0;
+    const in_addr_t address = info.InterfaceAddrIn.sin_addr.s_addr;
+    if (address == arrival.info.ipi_spec_dst.s_addr)
+        return 3;
+    return IsInSubnet(arrival.sender, info) ? 2 : 1;
+}
+
+const _GX_SOCKET_INTERFACE_INFO *FindAdapter(const _GX_SOCKET_INTERFACE_INFO *infos, std::size_t count,
+                                             const Arrival &arrival) noexcept {
+    const _GX_SOCKET_INTERFACE_INFO *best = nullptr;
+    int bestQuality = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const int quality = MatchQuality(infos[i], arrival);
+        if (quality > bestQuality) {
+            best = &infos[i];
+            bestQuality = quality;
+        }
+    }
+    return best;
+}
+
+/// For a unicast answer on an interface that takes no broadcasts: the address it was sent to.
+_GX_SOCKET_INTERFACE_INFO UnlistedAdapter(const Arrival &arrival) noexcept {
+    _GX_SOCKET_INTERFACE_INFO info{};
+    info.InterfaceAddrIn = MakeAddress(arrival.info.ipi_spec_dst.s_addr, 0);
+    info.SubnetMask.s_addr = htonl(INADDR_BROADCAST);
+    info.InterfaceIndex = static_cast<std::uint32_t>(arrival.info.ipi_ifindex);
+    return info;
+}
+
+void DropDatagram(CSocket &socket) noexcept {
+    char byte = 0;
+    ::recv(static_cast<int>(SOCKET(socket)), &byte, sizeof byte, MSG_DONTWAIT);
+}
+
+} // namespace
+
+GXSTATUS ReceiveDatagram(CSocket &socket, void *buffer, std::size_t size, std::size_t &received, sockaddr_in &sender,
+                         const char *failure) noexcept {
+    const GXSTATUS status = socket.RecvFrom(buffer, size, 0, &received, &sender);
+    if (status != GX_SUCCESS) {
+        const int error = static_cast<int>(status & 0xFFFF);
+        GX_TRACE(FlagDiscovery, LevelError, "%s %d: %s", failure, error, ErrnoText(error).c_str());
+        return status;
+    }
+    if (received == 0) {
+        GX_TRACE(FlagDiscovery, LevelError, "recvfrom() returned zero, aborting");
+        return GX_E_INTERNAL;
+    }
+    return GX_SUCCESS;
+}
+
+bool IsInSubnet(const sockaddr_in &sender, const _GX_SOCKET_INTERFACE_INFO &adapter) noexcept {
+    const in_addr_t difference = sender.sin_addr.s_addr ^ adapter.InterfaceAddrIn.sin_addr.s_addr;
+    return (difference & adapter.SubnetMask.s_addr) == 0;
+}
+
+bool AcceptSender(const sockaddr_in &sender, const _GX_SOCKET_INTERFACE_INFO &adapter, bool acceptAll) noexcept {
+    GX_TRACE(FlagDiscovery, LevelVerbose, "indication from %s:%hu", AddressText(sender).c_str(),
+             ntohs(sender.sin_port));
+    GX_TRACE(FlagDiscovery, LevelVerbose, "\tvia %s", AddressText(adapter.InterfaceAddrIn).c_str());
+    if (acceptAll || IsInSubnet(sender, adapter))
+        return true;
+    GX_TRACE(FlagDiscovery, LevelVerbose, "\t==>dropped");
+    return false;
+}
+
+void CCollector::CallOnReady(const Rows &rows, std::size_t row, const _GX_SOCKET_INTERFACE_INFO &info) noexcept {
+    const GXSTATUS status = OnReady(rows.sockets[row], info);
+    if (status != GX_SUCCESS)
+        GX_TRACE(FlagDiscovery, LevelWarning, "Interface %d OnReady() returned 0x%x.", static_cast<int>(row), status);
+}
+
+void CCollector::HandleSharedRow(const Rows &rows, std::size_t row) noexcept {
+    CSocket &socket = rows.sockets[row];
+    const bool onlyListed = rows.infos[row].InterfaceAddrIn.sin_addr.s_addr == htonl(INADDR_BROADCAST);
+    for (int i = 0; i < MaxBurst && !m_Stop; ++i) {
+        Arrival arrival;
+        if (PeekArrival(socket, arrival) != GX_SUCCESS) // A pending socket error is taken by the peek.
+            return;
+        const _GX_SOCKET_INTERFACE_INFO *adapter = FindAdapter(rows.infos, rows.count, arrival);
+        if (adapter)
+            CallOnReady(rows, row, *adapter);
+        else if (onlyListed)
+            DropDatagram(socket);
+        else
+            CallOnReady(rows, row, UnlistedAdapter(arrival));
+    }
+}
+
+void CCollector::HandleReadyRows(const Rows &rows, const pollfd *descriptors) noexcept {
+    for (std::size_t row = 0; row < rows.count && !m_Stop; ++row) {
+        if (descriptors[row].revents == 0)
+            continue;
+        if (IsShared(rows.infos[row]))
+            HandleSharedRow(rows, row);
+        else
+            CallOnReady(rows, row, rows.infos[row]);
+    }
+}
+
+GXSTATUS CCollector::Collect(CSocket *sockets, std::size_t count, std::uint32_t timeout_ms,
+                             const _GX_SOCKET_INTERFACE_INFO *infos) noexcept {
+    const Rows rows{sockets, count, infos};
+    const std::unique_ptr<pollfd[]> descriptors(new (std::nothrow) pollfd[count]);
+    if (!descriptors)
+        return GX_E_OUT_OF_MEMORY;
+    // A closed socket has descriptor -1, which poll skips.
+    for (std::size_t row = 0; row < count; ++row)
+        descriptors[row] = {static_cast<int>(SOCKET(sockets[row])), POLLIN, 0};
+
+    Deadline deadline(timeout_ms);
+    while (!m_Stop) {
+        const int ready = ::poll(descriptors.get(), count, deadline.RemainingPollTimeout());
+        const int error = errno;
+        if (ready > 0) {
+            HandleReadyRows(rows, descriptors.get());
+            deadline = Deadline(timeout_ms);
+        } else if (ready == 0) {
+            return OnTimeout();
+        } else if (error == EINTR) {
+            GX_TRACE(FlagDiscovery, LevelVerbose, "select interrupted");
+        } else {
+            GX_TRACE(FlagDiscovery, LevelError, "select failed with error %d: %s", error, ErrnoText(error).c_str());
+            return GxStatusFromSocket(error);
+        }
+    }
+    return GX_SUCCESS;
+}
+
+} // namespace GxImp

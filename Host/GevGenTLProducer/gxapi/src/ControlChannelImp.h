@@ -1,0 +1,143 @@
+#pragma once
+
+#include "AsyncCallbackPosix.h"
+#include "GxSocket.h"
+#include "RefCounted.h"
+#include "RetriggerableTimerPosix.h"
+#include "ThreadPosix.h"
+#include "gxapi/ControlChannel.h"
+
+#include <memory>
+
+namespace GxImp {
+
+/// The control channel over a UDP socket.
+///
+/// Lock order: the timer mutex (held by the heartbeat), then m_CriticalSection. The surprise-removal lock is taken with
+/// neither held. Members that other threads read without m_CriticalSection are atomic.
+class CControlChannel : public Gx::ControlChannel, public CRefCounted {
+public:
+    class CXaction;
+    class CReadRegXaction;
+    class CWriteRegXaction;
+    class CReadMemXaction;
+    class CWriteMemXaction;
+
+    CControlChannel() noexcept;
+    ~CControlChannel() override;
+
+    /// Connects to a device. After a failure the socket is closed, no timer runs and no privilege is held.
+    [[nodiscard]] GXSTATUS Open(const sockaddr *deviceAddress, std::uint32_t accessFlags) noexcept;
+
+    [[nodiscard]] GXSTATUS Destroy() noexcept override;
+    [[nodiscard]] GXSTATUS GetProperty(std::uint32_t tag, void *buffer, std::size_t size,
+                                       std::size_t *pSize) noexcept override;
+    [[nodiscard]] GXSTATUS SetProperty(std::uint32_t tag, const void *buffer, std::size_t size) noexcept override;
+    [[nodiscard]] GXSTATUS ReadReg(const std::uint32_t *addresses, std::uint32_t *values,
+                                   std::uint32_t count) noexcept override;
+    [[nodiscard]] GXSTATUS WriteReg(const std::uint32_t *addresses, const std::uint32_t *values,
+                                    std::uint32_t count) noexcept override;
+    [[nodiscard]] GXSTATUS ReadMem(std::uint32_t address, void *buffer, std::uint32_t size) noexcept override;
+    [[nodiscard]] GXSTATUS WriteMem(std::uint32_t address, const void *data, std::uint32_t size) noexcept override;
+    [[nodiscard]] GXSTATUS OpenStream(std::uint32_t channel, const sockaddr *destination) noexcept override;
+    [[nodiscard]] GXSTATUS CloseStream(std::uint32_t channel) noexcept override;
+    [[nodiscard]] GXSTATUS SetHeartbeatTimeout(std::uint32_t ms) noexcept override;
+    [[nodiscard]] GXSTATUS EnableCommandDuplication(bool enable) noexcept override;
+    [[nodiscard]] GXSTATUS RegisterSurpriseRemovalCallback(SurpriseRemovalCallback *callback) noexcept override;
+    [[nodiscard]] GXSTATUS OpenMessageChannel(const sockaddr *destination, std::uint32_t timeout,
+                                              std::uint32_t retryCount) noexcept override;
+    [[nodiscard]] GXSTATUS CloseMessageChannel() noexcept override;
+
+    /// Start one transaction for the whole count, without splitting. The caller then calls Complete and releases the
+    /// transaction on the same thread; until then it holds the channel's lock.
+    [[nodiscard]] GXSTATUS ReadRegBegin(const std::uint32_t *addresses, std::uint32_t *values, std::uint32_t count,
+                                        std::unique_ptr<CReadRegXaction> *pXaction) noexcept;
+    [[nodiscard]] GXSTATUS WriteRegBegin(const std::uint32_t *addresses, const std::uint32_t *values,
+                                         std::uint32_t count, std::unique_ptr<CWriteRegXaction> *pXaction) noexcept;
+    [[nodiscard]] GXSTATUS ReadMemBegin(std::uint32_t address, void *buffer, std::uint32_t size,
+                                        std::unique_ptr<CReadMemXaction> *pXaction) noexcept;
+    [[nodiscard]] GXSTATUS WriteMemBegin(std::uint32_t address, const void *data, std::uint32_t size,
+                                         std::unique_ptr<CWriteMemXaction> *pXaction) noexcept;
+
+    /// Writes memory by WRITEREG; up to 3 trailing bytes are not written.
+    [[nodiscard]] GXSTATUS WriteMemEmulated(std::uint32_t address, const void *data, std::uint32_t size) noexcept;
+
+    /// Declares the device lost: disconnects for good, stops the heartbeat and queues the callback, if one is
+    /// registered.
+    void SurpriseRemoval() noexcept;
+
+private:
+    using Property = std::atomic<std::uint32_t>;
+
+    struct PropertyRow {
+        const char *Name;
+        Property CControlChannel::*Member;
+        bool ReadOnly;
+    };
+    static const PropertyRow m_PropertyTable[7];
+
+    static constexpr std::uint32_t m_DefaultReadRegTimeout_ms = 200;
+    static constexpr std::uint32_t m_DefaultWriteRegTimeout_ms = 200;
+    static constexpr std::uint32_t m_DefaultReadMemTimeout_ms = 200;
+    static constexpr std::uint32_t m_DefaultWriteMemTimeout_ms = 200;
+    static constexpr std::uint32_t m_DefaultMaxRetryCountRead = 2;
+    static constexpr std::uint32_t m_DefaultMaxRetryCountWrite = 2;
+
+    class CSurpriseRemovalCallback : public Posix::CAsyncCallback {
+    public:
+        explicit CSurpriseRemovalCallback(CControlChannel &parent) noexcept : m_pParentControlChannel(&parent) {}
+        void Register(SurpriseRemovalCallback *callee) noexcept;
+        bool IsRegistered() const noexcept { return m_pCallee != nullptr; }
+
+    protected:
+        void Deliver() noexcept override;
+
+    private:
+        Posix::CCriticalSection m_Lock{Posix::CCriticalSection::Kind::Recursive};
+        std::atomic<SurpriseRemovalCallback *> m_pCallee{nullptr}; ///< called under m_Lock
+        CControlChannel *m_pParentControlChannel;
+    };
+
+    class CHeartbeatTimer : public Posix::CRetriggerableTimer {
+    public:
+        explicit CHeartbeatTimer(CControlChannel &channel) noexcept : m_Channel(channel) {}
+
+    protected:
+        void TimeoutRoutine() noexcept override;
+
+    private:
+        CControlChannel &m_Channel;
+    };
+
+    [[nodiscard]] GXSTATUS OpenSocket(const sockaddr *deviceAddress) noexcept;
+    [[nodiscard]] GXSTATUS GainPrivilege(std::uint32_t accessFlags) noexcept;
+    [[nodiscard]] GXSTATUS StartHeartbeat() noexcept;
+    [[nodiscard]] GXSTATUS ReadCapabilities() noexcept;
+    void ReleasePrivilege() noexcept;
+    [[nodiscard]] GXSTATUS WriteHeartbeatTimeout(std::uint32_t ms) noexcept;
+    [[nodiscard]] GXSTATUS RetriggerHeartbeat(std::uint32_t ms) noexcept;
+    [[nodiscard]] GXSTATUS WriteOneReg(std::uint32_t address, std::uint32_t value) noexcept;
+    bool HasCapability(std::uint32_t bits) const noexcept { return (m_GvcpCapabilities & bits) != 0; }
+
+    CSurpriseRemovalCallback m_SurpriseRemovalCallback{*this};
+    CSocket m_GxSocket;
+    sockaddr_in deviceAddr{};
+    std::uint16_t XactId = 1; ///< next request id, guarded by m_CriticalSection
+    Posix::CCriticalSection m_CriticalSection{Posix::CCriticalSection::Kind::Recursive};
+    std::atomic<bool> m_Disconnected{false};
+    std::atomic<std::uint32_t> m_DeviceAccessFlags{0}; ///< privilege held: 0, 1 or 2
+    std::atomic<std::uint32_t> m_DeviceMode{0};
+    std::atomic<std::uint32_t> m_GvcpCapabilities{0};
+    std::atomic<std::uint32_t> m_HeartbeatTimeout_ms{3000};
+    CHeartbeatTimer m_HeartbeatTimer{*this};
+    Property m_ReadRegTimeout_ms{m_DefaultReadRegTimeout_ms};
+    Property m_WriteRegTimeout_ms{m_DefaultWriteRegTimeout_ms};
+    Property m_ReadMemTimeout_ms{m_DefaultReadMemTimeout_ms};
+    Property m_WriteMemTimeout_ms{m_DefaultWriteMemTimeout_ms};
+    std::atomic<bool> m_duplicateCommands{false};
+    Property m_MaxRetryCountRead{m_DefaultMaxRetryCountRead};
+    Property m_MaxRetryCountWrite{m_DefaultMaxRetryCountWrite};
+    Property m_StatisticReadWriteTimeoutCount{0};
+};
+
+} // namespace GxImp
