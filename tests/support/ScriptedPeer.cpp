@@ -1,0 +1,56 @@
+#include "support/ScriptedPeer.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+ScriptedPeer::ScriptedPeer(Script script)
+    : m_Script(std::move(script)), m_Socket(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+    m_Address.sin_family = AF_INET;
+    m_Address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof m_Address;
+    bind(m_Socket, reinterpret_cast<sockaddr *>(&m_Address), size);
+    getsockname(m_Socket, reinterpret_cast<sockaddr *>(&m_Address), &size);
+    m_Thread = std::thread([this] { run(); });
+}
+
+ScriptedPeer::~ScriptedPeer() {
+    shutdown(m_Socket, SHUT_RDWR); // wakes the thread, although it reports ENOTCONN
+    m_Thread.join();
+    close(m_Socket);
+}
+
+std::vector<Bytes> ScriptedPeer::requests() const {
+    std::lock_guard<std::mutex> lock(m_Mutex);
+    return m_Requests;
+}
+
+void ScriptedPeer::run() {
+    for (std::size_t number = 0;; ++number) {
+        Bytes request(2048);
+        sockaddr_in source{};
+        socklen_t size = sizeof source;
+        const ssize_t received =
+            recvfrom(m_Socket, request.data(), request.size(), 0, reinterpret_cast<sockaddr *>(&source), &size);
+        if (received <= 0)
+            return;
+        request.resize(static_cast<std::size_t>(received));
+        {
+            std::lock_guard<std::mutex> lock(m_Mutex);
+            m_Requests.push_back(request);
+        }
+        for (const Bytes &answer : m_Script(request, number))
+            sendto(m_Socket, answer.data(), answer.size(), 0, reinterpret_cast<sockaddr *>(&source), size);
+    }
+}
+
+Bytes acknowledge(const Bytes &request, std::uint16_t status, std::uint16_t code, const Bytes &payload, int idOffset) {
+    const auto id = static_cast<std::uint16_t>((request.at(6) << 8 | request.at(7)) + idOffset);
+    const std::uint16_t header[] = {status, code, static_cast<std::uint16_t>(payload.size()), id};
+    Bytes bytes;
+    for (const std::uint16_t word : header) {
+        bytes.push_back(static_cast<std::uint8_t>(word >> 8));
+        bytes.push_back(static_cast<std::uint8_t>(word & 0xFF));
+    }
+    bytes.insert(bytes.end(), payload.begin(), payload.end());
+    return bytes;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <arpa/inet.h>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <netinet/in.h>
+#include <thread>
+#include <vector>
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// A peer on loopback that answers each datagram as a script says; for what a well-behaved camera never does.
+class ScriptedPeer {
+public:
+    /// Called with each datagram and its number, from 0; returns the datagrams to answer with, in order.
+    using Script = std::function<std::vector<Bytes>(const Bytes &request, std::size_t number)>;
+
+    explicit ScriptedPeer(Script script);
+    ~ScriptedPeer();
+    ScriptedPeer(const ScriptedPeer &) = delete;
+    ScriptedPeer &operator=(const ScriptedPeer &) = delete;
+
+    sockaddr_in address() const { return m_Address; }
+    std::vector<Bytes> requests() const;
+
+private:
+    void run();
+
+    Script m_Script;
+    int m_Socket;
+    sockaddr_in m_Address{};
+    mutable std::mutex m_Mutex;
+    std::vector<Bytes> m_Requests;
+    std::thread m_Thread;
+};
+
+/// An acknowledge of a request: status, code, payload, with the request's id moved by idOffset.
+Bytes acknowledge(const Bytes &request, std::uint16_t status, std::uint16_t code, const Bytes &payload,
+                  int idOffset = 0);

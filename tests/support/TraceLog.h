@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <vector>
+
+/// Gathers the protocol library's traces as long as it lives.
+class TraceLog {
+public:
+    TraceLog();
+    ~TraceLog();
+    TraceLog(const TraceLog &) = delete;
+    TraceLog &operator=(const TraceLog &) = delete;
+
+    bool contains(const std::string &text) const;
+    std::string all() const;
+
+private:
+    static void sink(void *self, std::uint32_t flag, std::uint32_t level, const char *text);
+
+    mutable std::mutex m_Mutex;
+    std::vector<std::string> m_Lines;
+};
