@@ -66,6 +66,8 @@ public:
     Camera &operator=(Camera &&) noexcept;
     ~Camera();
 
+    /// Whether the camera has an address and the datagram is sent to it or is a broadcast that includes it.
+    bool hears(const Request &request) const;
     /// Handles one datagram that arrived on the camera's link; the camera itself tells whether it is meant.
     /// The replies' addresses are those before or after a change of address, whichever they are sent from.
     std::vector<Reply> receive(const Request &request, TimePoint now);

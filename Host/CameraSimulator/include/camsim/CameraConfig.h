@@ -29,7 +29,7 @@ enum class BroadcastAck {
 /// Which address a successful FORCEIP is acknowledged from.
 enum class ForceIpAck { FromNewAddress, FromOldAddress };
 
-/// What a camera held by an application does with a FORCEIP or SETIPCONFIG from anybody else.
+/// What a camera that an application holds does with FORCEIP and SETIPCONFIG.
 enum class WhileControlled { Accept, Refuse /* 0x8006 */, Ignore };
 
 /// An application that holds the control channel privilege.
@@ -107,6 +107,10 @@ struct CameraConfig {
     std::vector<MemoryRegion> memory;   ///< Memory besides bootstrap registers and XML; must not overlap them.
     std::vector<AddressRange> readOnly; ///< Registers and memory that answer 0x8004 to writes besides the usual ones.
 };
+
+/// Throws std::invalid_argument naming the member when addresses, durations or the holder make no sense. Texts and
+/// memory are checked when a Camera is made of the configuration.
+void checkConfig(const CameraConfig &config);
 
 /// The GenICam description a camera of the `gvcamsim` program has by default: identity, IP configuration and a few
 /// image format features over the bootstrap registers and the memory of `defaultFeatureMemory()`.

@@ -45,10 +45,11 @@ struct ReceivedRequest {
 
 /// Traffic totals of the interface.
 struct TrafficCounters {
-    std::uint64_t received = 0;     ///< datagrams read from the socket
-    std::uint64_t sent = 0;         ///< datagrams handed to the kernel
-    std::uint64_t sendFailures = 0; ///< datagrams the kernel refused, for instance for lack of a route
-    std::uint64_t faults = 0;       ///< faults that were applied
+    std::uint64_t received = 0;        ///< datagrams read from the socket
+    std::uint64_t sent = 0;            ///< datagrams handed to the kernel
+    std::uint64_t sendFailures = 0;    ///< datagrams the kernel refused, for instance for lack of a route
+    std::uint64_t addressFailures = 0; ///< addresses that cameras came to but that could not be set on the interface
+    std::uint64_t faults = 0;          ///< faults that were applied
 };
 
 /// Cameras on one network interface: one socket and one thread for all of them.
@@ -58,7 +59,7 @@ struct TrafficCounters {
 /// Operations that name a camera throw std::out_of_range when there is none with that MAC. Failures of the system
 /// throw std::system_error whose text names what was attempted on which interface.
 ///
-/// Two cameras may have the same IP address, as in the field; unicast commands then reach the one added first.
+/// Two cameras may have the same IP address, as in the field; unicast commands then reach the one that had it first.
 class Simulator {
 public:
     /// Starts nothing. Throws std::invalid_argument when options contradict each other.
