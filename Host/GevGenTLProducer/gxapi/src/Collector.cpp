@@ -7,12 +7,13 @@
 #include <cerrno>
 #include <memory>
 #include <new>
+#include <poll.h>
 
 namespace GxImp {
 
 namespace {
 
-/// Datagrams handled per wake-up of a socket that serves all adapters; bounded so that the others get their turn.
+/// Datagrams handled per wake-up of a socket; bounded so that the others get their turn.
 constexpr int MaxBurst = 64;
 
 /// True for a row whose socket is not bound to one adapter's address.
@@ -21,13 +22,17 @@ bool IsShared(const _GX_SOCKET_INTERFACE_INFO &info) noexcept {
     return address == htonl(INADDR_ANY) || address == htonl(INADDR_BROADCAST);
 }
 
-/// Where the next datagram of a socket arrived, without taking it from the socket.
+} // namespace
+
+/// Where a datagram that waits in a socket arrived.
 struct Arrival {
     sockaddr_in sender{};
-    in_pktinfo info{};
+    in_pktinfo info{}; ///< only of sockets with IP_PKTINFO
 };
 
-GXSTATUS PeekArrival(const CSocket &socket, Arrival &arrival) noexcept {
+namespace {
+
+bool PeekArrival(const CSocket &socket, Arrival &arrival) noexcept {
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof(in_pktinfo))];
     msghdr message{};
     message.msg_name = &arrival.sender;
@@ -35,12 +40,12 @@ GXSTATUS PeekArrival(const CSocket &socket, Arrival &arrival) noexcept {
     message.msg_control = control;
     message.msg_controllen = sizeof control;
     if (::recvmsg(static_cast<int>(SOCKET(socket)), &message, MSG_PEEK | MSG_DONTWAIT) < 0)
-        return GxStatusFromSocket(GxGetSocketError());
+        return false;
     for (cmsghdr *header = CMSG_FIRSTHDR(&message); header; header = CMSG_NXTHDR(&message, header)) {
         if (header->cmsg_level == IPPROTO_IP && header->cmsg_type == IP_PKTINFO)
             arrival.info = *reinterpret_cast<const in_pktinfo *>(CMSG_DATA(header));
     }
-    return GX_SUCCESS;
+    return true;
 }
 
 /// How well an address of the interface the datagram came in by stands for it; 0 for an address of another interface.
@@ -121,32 +126,29 @@ void CCollector::CallOnReady(const Rows &rows, std::size_t row, const _GX_SOCKET
         GX_TRACE(FlagDiscovery, LevelWarning, "Interface %d OnReady() returned 0x%x.", static_cast<int>(row), status);
 }
 
-void CCollector::HandleSharedRow(const Rows &rows, std::size_t row) noexcept {
-    CSocket &socket = rows.sockets[row];
-    const bool onlyListed = rows.infos[row].InterfaceAddrIn.sin_addr.s_addr == htonl(INADDR_BROADCAST);
+void CCollector::HandleRow(const Rows &rows, std::size_t row) noexcept {
+    const bool isShared = IsShared(rows.infos[row]);
+    Arrival arrival;
     for (int i = 0; i < MaxBurst && !m_Stop; ++i) {
-        Arrival arrival;
-        if (PeekArrival(socket, arrival) != GX_SUCCESS) // A pending socket error is taken by the peek.
+        // An adapter's own row needs no look ahead for its first datagram, and then reports a pending socket error.
+        if ((isShared || i > 0) && !PeekArrival(rows.sockets[row], arrival))
             return;
-        const _GX_SOCKET_INTERFACE_INFO *adapter = FindAdapter(rows.infos, rows.count, arrival);
-        if (adapter)
-            CallOnReady(rows, row, *adapter);
-        else if (onlyListed)
-            DropDatagram(socket);
-        else
-            CallOnReady(rows, row, UnlistedAdapter(arrival));
-    }
-}
-
-void CCollector::HandleReadyRows(const Rows &rows, const pollfd *descriptors) noexcept {
-    for (std::size_t row = 0; row < rows.count && !m_Stop; ++row) {
-        if (descriptors[row].revents == 0)
-            continue;
-        if (IsShared(rows.infos[row]))
-            HandleSharedRow(rows, row);
+        if (isShared)
+            HandleSharedRow(rows, row, arrival);
         else
             CallOnReady(rows, row, rows.infos[row]);
     }
+}
+
+void CCollector::HandleSharedRow(const Rows &rows, std::size_t row, const Arrival &arrival) noexcept {
+    const bool isDedicated = rows.infos[row].InterfaceAddrIn.sin_addr.s_addr == htonl(INADDR_BROADCAST);
+    // A limited broadcast reaches the wildcard row too; the dedicated row reports it.
+    const bool isBroadcast = arrival.info.ipi_addr.s_addr == htonl(INADDR_BROADCAST);
+    const _GX_SOCKET_INTERFACE_INFO *adapter = FindAdapter(rows.infos, rows.count, arrival);
+    if (isBroadcast != isDedicated || (isDedicated && !adapter))
+        DropDatagram(rows.sockets[row]);
+    else
+        CallOnReady(rows, row, adapter ? *adapter : UnlistedAdapter(arrival));
 }
 
 GXSTATUS CCollector::Collect(CSocket *sockets, std::size_t count, std::uint32_t timeout_ms,
@@ -164,7 +166,10 @@ GXSTATUS CCollector::Collect(CSocket *sockets, std::size_t count, std::uint32_t 
         const int ready = ::poll(descriptors.get(), count, deadline.RemainingPollTimeout());
         const int error = errno;
         if (ready > 0) {
-            HandleReadyRows(rows, descriptors.get());
+            for (std::size_t row = 0; row < count && !m_Stop; ++row) {
+                if (descriptors[row].revents != 0)
+                    HandleRow(rows, row);
+            }
             deadline = Deadline(timeout_ms);
         } else if (ready == 0) {
             return OnTimeout();

@@ -2,8 +2,6 @@
 
 #include "GxSocket.h"
 
-#include <poll.h>
-
 namespace GxImp {
 
 /// Takes one datagram, cut to size, from a socket that is readable. \param failure starts the trace of a receive error.
@@ -17,6 +15,8 @@ bool IsInSubnet(const sockaddr_in &sender, const _GX_SOCKET_INTERFACE_INFO &adap
 /// Traces where an acknowledge comes from and decides whether it counts: one from outside the adapter's subnet does
 /// only when all are accepted.
 bool AcceptSender(const sockaddr_in &sender, const _GX_SOCKET_INTERFACE_INFO &adapter, bool acceptAll) noexcept;
+
+struct Arrival;
 
 /// Gathers the acknowledges that arrive on several sockets.
 class CCollector {
@@ -50,8 +50,8 @@ private:
         const _GX_SOCKET_INTERFACE_INFO *infos;
     };
 
-    void HandleReadyRows(const Rows &rows, const pollfd *descriptors) noexcept;
-    void HandleSharedRow(const Rows &rows, std::size_t row) noexcept;
+    void HandleRow(const Rows &rows, std::size_t row) noexcept;
+    void HandleSharedRow(const Rows &rows, std::size_t row, const Arrival &arrival) noexcept;
     void CallOnReady(const Rows &rows, std::size_t row, const _GX_SOCKET_INTERFACE_INFO &info) noexcept;
 
     bool m_Stop = false;

@@ -1,0 +1,213 @@
+#include "Found.h"
+#include "gxapi/Gx.h"
+#include "support/Leaks.h"
+#include "support/Site.h"
+#include "support/TraceLog.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <gmock/gmock.h>
+#include <iostream>
+#include <memory>
+#include <thread>
+
+using camsim::CameraConfig;
+using Gx::Enumerator;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+using namespace testnet;
+
+namespace {
+
+constexpr std::uint32_t Timeout_ms = 250;
+
+std::vector<Found> discover(std::uint32_t flags, const sockaddr *target = nullptr) {
+    FoundList found;
+    EXPECT_EQ(Enumerator::Discover(&found, Timeout_ms, flags, target), 0u);
+    std::sort(found.list.begin(), found.list.end());
+    return found.list;
+}
+
+sockaddr_in target(const char *address, sa_family_t family = AF_INET) {
+    sockaddr_in result{};
+    result.sin_family = family;
+    result.sin_addr.s_addr = inet_addr(address);
+    return result;
+}
+
+CameraConfig linkLocal(unsigned number, const char *address) {
+    CameraConfig config = camera(number);
+    config.linkLocal = camsim::Ipv4::parse(address);
+    config.ipEnabled = GEV_IP_CONFIG_LLA;
+    return config;
+}
+
+/// Two adapters, each with a camera of its subnet and one of a foreign subnet.
+class TwoAdapters : public testing::Test {
+protected:
+    Site first{"nic0", "192.168.1.5/24", {cameraAt(1, "192.168.1.20/24"), linkLocal(2, "169.254.7.7")}};
+    Site second{"nic1", "10.0.0.7/8", {cameraAt(3, "10.9.8.7/8"), cameraAt(4, "172.16.0.9/16")}};
+
+    const Found near1{"1", "192.168.1.20", "192.168.1.20", "192.168.1.5"};
+    const Found foreign2{"2", "169.254.7.7", "169.254.7.7", "192.168.1.5"};
+    const Found near3{"3", "10.9.8.7", "10.9.8.7", "10.0.0.7"};
+    const Found foreign4{"4", "172.16.0.9", "172.16.0.9", "10.0.0.7"};
+};
+
+TEST_F(TwoAdapters, PlainDiscoveryFindsTheAdaptersSubnets) {
+    EXPECT_THAT(discover(Enumerator::FlagDefault), ElementsAre(near1, near3));
+    // On the wire: the subnet's broadcast address, flags without broadcast acknowledge.
+    const auto requests = first.cameras.requests();
+    ASSERT_EQ(requests.size(), 1u);
+    EXPECT_EQ(requests[0].destination.toString(), "192.168.1.255");
+    EXPECT_EQ(requests[0].bytes, (std::vector<std::uint8_t>{0x42, 0x01, 0, 2, 0, 0, 0xFF, 0xFF}));
+    EXPECT_EQ(second.cameras.requests().at(0).destination.toString(), "10.255.255.255");
+}
+
+TEST_F(TwoAdapters, BroadcastAcknowledgeFindsForeignSubnetsOnTheRightAdapter) {
+    const Holdings before = Holdings::now();
+    EXPECT_THAT(discover(Enumerator::FlagBroadcastAcknowledge), ElementsAre(near1, foreign2, near3, foreign4));
+    EXPECT_EQ(Holdings::now(), before);
+    const auto requests = second.cameras.requests();
+    ASSERT_EQ(requests.size(), 1u);
+    EXPECT_EQ(requests[0].destination.toString(), "255.255.255.255");
+    EXPECT_EQ(requests[0].bytes[1], 0x19);
+    // All adapters answer to one host port.
+    EXPECT_EQ(requests[0].source.port, first.cameras.requests().at(0).source.port);
+
+    // With a default route, the kernel's preferred source address for a foreign sender is that route's adapter.
+    ip("route add default via 192.168.1.1 dev nic0");
+    EXPECT_THAT(discover(Enumerator::FlagBroadcastAcknowledge), ElementsAre(near1, foreign2, near3, foreign4));
+}
+
+TEST_F(TwoAdapters, AdapterWithSeveralAddressesIsReportedByTheFittingOne) {
+    ip("address add 172.16.0.1/16 brd + dev nic1");
+    ip("address add 10.0.0.8/8 brd + dev nic1");
+    // Each address has a socket of its own and gets its own answer by unicast; what answers by broadcast is heard once
+    // for each of the three requests.
+    const std::vector<Found> found = discover(Enumerator::FlagBroadcastAcknowledge);
+    for (const Found &device : found) {
+        if (device.serial == "4") {
+            EXPECT_EQ(device.adapter, "172.16.0.1");
+        }
+        if (device.serial == "3") {
+            EXPECT_THAT(device.adapter, testing::AnyOf("10.0.0.7", "10.0.0.8"));
+        }
+    }
+    EXPECT_EQ(std::count_if(found.begin(), found.end(), [](const Found &f) { return f.serial == "4"; }), 3);
+    EXPECT_EQ(std::count(found.begin(), found.end(), near1), 1);
+}
+
+TEST_F(TwoAdapters, UnicastAsksOneDevice) {
+    const sockaddr_in near = target("192.168.1.20");
+    const sockaddr_in foreign = target("169.254.7.7"); // no route to it
+    const sockaddr_in absent = target("192.168.1.99");
+    const sockaddr_in v6 = target("192.168.1.20", AF_INET6);
+    const auto ask = [](const sockaddr_in &address, std::uint32_t flags) {
+        return discover(flags, reinterpret_cast<const sockaddr *>(&address));
+    };
+    EXPECT_THAT(ask(near, Enumerator::FlagDefault), ElementsAre(near1));
+    EXPECT_THAT(ask(near, Enumerator::FlagBroadcastAcknowledge), ElementsAre(near1));
+    EXPECT_THAT(ask(absent, Enumerator::FlagDefault), IsEmpty());
+
+    TraceLog traces;
+    FoundList found;
+    EXPECT_EQ(Enumerator::Discover(&found, 10, 0, reinterpret_cast<const sockaddr *>(&foreign)),
+              0xE1020000u | ENETUNREACH);
+    EXPECT_EQ(Enumerator::Discover(&found, 10, 0, reinterpret_cast<const sockaddr *>(&v6)), 0xE1000009u);
+    EXPECT_TRUE(traces.contains("Only IPv4 addressing supported. Found 10."));
+
+    // Over a route of the user's the camera is found, with the adapter it is behind.
+    ip("route add 169.254.0.0/16 dev nic0");
+    first.adapter.cameraSide().ip("route add 192.168.1.5/32 dev cam src 169.254.7.7");
+    EXPECT_THAT(ask(foreign, Enumerator::FlagBroadcastAcknowledge), ElementsAre(foreign2));
+}
+
+TEST_F(TwoAdapters, HostileAcknowledgesAreIgnored) {
+    camsim::FaultConfig faults;
+    const struct {
+        double camsim::FaultConfig::*fault;
+        bool found;
+        const char *trace; // "": none
+    } cases[] = {
+        {&camsim::FaultConfig::shortAck, false, ""},
+        {&camsim::FaultConfig::wrongCode, false, "Unexpected response during device discovering 0x7fff"},
+        {&camsim::FaultConfig::longAck, true, ""},
+        {&camsim::FaultConfig::garbage, true, ""},
+        {&camsim::FaultConfig::wrongId, true, ""},
+    };
+    for (const auto &row : cases) {
+        TraceLog traces;
+        camsim::FaultConfig spoiled;
+        spoiled.*row.fault = 100;
+        first.cameras.setFaults(spoiled);
+        second.cameras.setFaults(spoiled);
+        const std::size_t count = discover(Enumerator::FlagBroadcastAcknowledge).size();
+        EXPECT_EQ(count, row.found ? 4u : 0u) << row.trace;
+        EXPECT_TRUE(*row.trace == '\0' || traces.contains(row.trace)) << traces.all();
+    }
+}
+
+TEST(Adapters, UnusableOnesAreLeftOut) {
+    TraceLog traces;
+    FoundList found;
+    EXPECT_TRUE(GxFailed(Enumerator::Discover(&found, 10, Enumerator::FlagDefault, nullptr))); // only loopback
+    EXPECT_TRUE(traces.contains("Failed create socket collection"));
+    EXPECT_EQ(Enumerator::Discover(&found, 10, Enumerator::FlagBroadcastAcknowledge, nullptr), GX_FALSE);
+
+    Site noAddress("nic0", "", {cameraAt(1, "192.168.1.20/24")});
+    Site noBroadcast("nic1", "", {cameraAt(2, "10.0.0.9/24")});
+    Site down("nic2", "10.2.0.1/24", {cameraAt(3, "10.2.0.9/24")});
+    ip("address add 10.0.0.1/24 dev nic1"); // without brd
+    ip("link set nic2 down");
+    const Found near{"2", "10.0.0.9", "10.0.0.9", "10.0.0.1"};
+    EXPECT_THAT(discover(Enumerator::FlagDefault), ElementsAre(near));
+    EXPECT_THAT(discover(Enumerator::FlagBroadcastAcknowledge), ElementsAre(near));
+    EXPECT_EQ(noBroadcast.cameras.requests().at(0).destination.toString(), "10.0.0.255");
+}
+
+TEST(Adapters, CameraThatAnswersTwiceIsReportedTwiceOnOneAdapter) {
+    CameraConfig config = cameraAt(1, "192.168.1.20/24");
+    config.broadcastAck = camsim::BroadcastAck::Always;
+    Site site("nic0", "192.168.1.5/24", {config});
+    const Found near{"1", "192.168.1.20", "192.168.1.20", "192.168.1.5"};
+    EXPECT_THAT(discover(Enumerator::FlagBroadcastAcknowledge), ElementsAre(near, near));
+}
+
+/// A callee that takes its time, as one does that builds lists and compares entries.
+class SlowList : public FoundList {
+public:
+    GXSTATUS EnumCallback(const sockaddr *device, const GEV_DISCOVERY_INFO *info,
+                          const sockaddr *adapter) noexcept override {
+        std::this_thread::sleep_for(std::chrono::microseconds(50));
+        return FoundList::EnumCallback(device, info, adapter);
+    }
+};
+
+TEST(Scale, ThousandCamerasBehindOneAdapter) {
+    constexpr unsigned Count = 1000;
+    std::vector<CameraConfig> configs;
+    for (unsigned i = 0; i < Count; ++i) {
+        const std::string host = std::to_string(i / 250 + 1) + "." + std::to_string(i % 250 + 1);
+        // Every second one in a foreign subnet, so that half the answers come by broadcast.
+        configs.push_back(cameraAt(i, i % 2 == 0 ? "192.168." + host + "/16" : "172.16." + host + "/16"));
+    }
+    Site site("nic0", "192.168.0.5/16", configs);
+    const auto run = [] {
+        SlowList found;
+        EXPECT_EQ(Enumerator::Discover(&found, Timeout_ms, Enumerator::FlagBroadcastAcknowledge, nullptr), 0u);
+        std::sort(found.list.begin(), found.list.end());
+        found.list.erase(std::unique(found.list.begin(), found.list.end()), found.list.end());
+        return found.list.size();
+    };
+    std::cout << "default receive buffer (65536): " << run() << " of " << Count << "\n";
+    setenv("CORVO_BROADCAST_RECV_BUF_SIZE", "1000000", 1);
+    EXPECT_EQ(Gx::Init(), 0u);
+    const std::size_t found = run();
+    std::cout << "1000000: " << found << " of " << Count << "\n";
+    EXPECT_EQ(found, Count);
+}
+
+} // namespace

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "camsim/Simulator.h"
+#include "support/Namespace.h"
+
+#include <string>
+#include <vector>
+
+namespace testnet {
+
+/// One host adapter and the simulated cameras behind it.
+class Site {
+public:
+    /// Starts the cameras; they answer when this returns. \param seed of their faults; 0 draws one.
+    Site(const std::string &name, const std::string &address, const std::vector<camsim::CameraConfig> &cameras,
+         std::uint64_t seed = 0);
+
+    Adapter adapter;
+    camsim::Simulator cameras;
+};
+
+/// A camera whose MAC ends in the number and whose serial number is the number.
+camsim::CameraConfig camera(unsigned number);
+/// The same with a persistent address that is enabled. \param address "192.168.1.20/24"
+camsim::CameraConfig cameraAt(unsigned number, const std::string &address);
+/// "192.168.1.20/24" as settings without gateway.
+camsim::IpSettings settings(const std::string &address);
+
+} // namespace testnet
