@@ -136,7 +136,7 @@ GXSTATUS CControlChannel::WriteMem(std::uint32_t address, const void *data, std:
 }
 
 GXSTATUS CControlChannel::WriteMemEmulated(std::uint32_t address, const void *data, std::uint32_t size) noexcept {
-    const std::uint32_t count = size / sizeof(std::uint32_t);
+    const std::uint32_t count = size / 4;
     const std::unique_ptr<std::uint32_t[]> words(new (std::nothrow) std::uint32_t[std::size_t{2} * count]);
     if (!words)
         return GX_E_OUT_OF_MEMORY;

@@ -54,6 +54,8 @@ public:
                                          ControlChannel **pChannel) noexcept;
 
     /// Ends the heartbeat, gives the privilege back and drops the channel, which must not be used afterwards.
+    /// A notification of the device's loss may still be on its way then: unregister the callback first, unless it
+    /// outlives that.
     [[nodiscard]] virtual GXSTATUS Destroy() noexcept = 0;
 
     /// \param size bytes in buffer, at least 4. \param pSize if not null, receives 4.

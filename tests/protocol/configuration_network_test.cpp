@@ -1,0 +1,179 @@
+#include "Found.h"
+#include "gxapi/ForceIp.h"
+#include "gxapi/SetIpConfiguration.h"
+#include "support/Leaks.h"
+#include "support/Site.h"
+#include "support/TraceLog.h"
+
+#include <chrono>
+#include <gtest/gtest.h>
+
+using namespace testnet;
+using camsim::CameraConfig;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+sockaddr_in address(const char *text) {
+    sockaddr_in result{};
+    result.sin_family = AF_INET;
+    result.sin_addr.s_addr = inet_addr(text);
+    return result;
+}
+
+const sockaddr *raw(const sockaddr_in &address) { return reinterpret_cast<const sockaddr *>(&address); }
+
+GXSTATUS force(const camsim::MacAddress &mac, const char *ip, const char *mask = "255.255.255.0",
+               const char *gateway = "0.0.0.0") {
+    const sockaddr_in addresses[] = {address(ip), address(mask), address(gateway)};
+    return Gx::ForceIp(mac.octets.data(), raw(addresses[0]), raw(addresses[1]), raw(addresses[2]), 0);
+}
+
+/// Runs a function and returns how long it took in ms.
+template <typename Function> long timed(Function function) {
+    const auto start = Clock::now();
+    function();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
+}
+
+std::string currentAddress(const Site &site, const camsim::MacAddress &mac) {
+    const auto current = site.cameras.status(mac).current;
+    return current ? current->address.toString() : "";
+}
+
+/// A camera in a foreign subnet behind the second of two adapters.
+class Configuration : public testing::Test {
+protected:
+    void startWith(CameraConfig config) {
+        mac = config.mac;
+        second = std::make_unique<Site>("nic1", "10.0.0.7/24", std::vector<CameraConfig>{std::move(config)});
+    }
+    GXSTATUS configure(const char *name, bool persistent, std::uint32_t timeout_ms = 3000) {
+        GEV_IP_CONFIG modes{};
+        modes.PersistentIP = persistent ? 1 : 0;
+        modes.LLA = 1;
+        const sockaddr_in ip = address("10.0.0.60");
+        const sockaddr_in mask = address("255.255.255.0");
+        return Gx::SetIpConfiguration(mac.octets.data(), modes, persistent ? raw(ip) : nullptr,
+                                      persistent ? raw(mask) : nullptr, nullptr, name, true, timeout_ms);
+    }
+
+    Site first{"nic0", "192.168.1.5/24", {cameraAt(1, "192.168.1.20/24")}};
+    std::unique_ptr<Site> second;
+    camsim::MacAddress mac;
+};
+
+TEST_F(Configuration, ForceIpMovesTheDeviceWithTheMac) {
+    startWith(cameraAt(2, "172.16.0.9/16"));
+    const Holdings before = Holdings::now();
+    const long elapsed = timed([&] { EXPECT_EQ(force(mac, "10.0.0.50"), 0u); });
+    EXPECT_LT(elapsed, 2500); // the acknowledge ends the wait
+    EXPECT_EQ(Holdings::now(), before);
+    EXPECT_EQ(currentAddress(*second, mac), "10.0.0.50");
+    EXPECT_EQ(currentAddress(first, camera(1).mac), "192.168.1.20");
+
+    // Sent on both adapters, to the limited broadcast address, at least 10 ms apart.
+    const auto here = first.cameras.requests();
+    const auto there = second->cameras.requests();
+    ASSERT_EQ(here.size(), 1u);
+    ASSERT_EQ(there.size(), 1u);
+    EXPECT_TRUE(there[0].isBroadcast());
+    EXPECT_EQ(here[0].bytes, there[0].bytes);
+    EXPECT_GE(there[0].time - here[0].time, std::chrono::milliseconds(9));
+}
+
+TEST_F(Configuration, ForceIpAcknowledgedFromTheOldAddress) {
+    CameraConfig config = cameraAt(2, "10.0.0.9/24");
+    config.forceIpAck = camsim::ForceIpAck::FromOldAddress;
+    startWith(config);
+    EXPECT_EQ(force(mac, "10.0.0.50"), 0u);
+    EXPECT_EQ(currentAddress(*second, mac), "10.0.0.50");
+}
+
+TEST_F(Configuration, ForceIpThatNobodyGrantsTimesOut) {
+    CameraConfig config = cameraAt(2, "10.0.0.9/24");
+    config.heldBy = camsim::Holder{{camsim::Ipv4::parse("10.0.0.200"), 5555}};
+    config.heartbeatExpires = false;
+    startWith(config);
+    TraceLog traces;
+    const long elapsed = timed([&] { EXPECT_EQ(force(mac, "10.0.0.50"), 0xE1000007u); });
+    EXPECT_GE(elapsed, 3000);
+    EXPECT_EQ(currentAddress(*second, mac), "10.0.0.9");
+    // Refused, not unanswered: the refusal is seen and the wait goes on.
+    EXPECT_TRUE(traces.contains("Interface 1 OnReady() returned 0xe1018006.")) << traces.all();
+    EXPECT_TRUE(traces.contains("Failed to collect force IP responses. Status 0xe1000007"));
+    EXPECT_EQ(force(camera(99).mac, "10.0.0.50"), 0xE1000007u);
+}
+
+TEST_F(Configuration, ForceIpToZeroRestartsTheIpCycleWithoutWaiting) {
+    CameraConfig config = cameraAt(2, "10.0.0.9/24");
+    config.forced = settings("10.0.0.50/24");
+    startWith(config);
+    EXPECT_EQ(currentAddress(*second, mac), "10.0.0.50");
+    const long elapsed = timed([&] { EXPECT_EQ(force(mac, "0.0.0.0", "0.0.0.0"), 0u); });
+    EXPECT_LT(elapsed, 1000);
+    EXPECT_TRUE(eventually([&] { return currentAddress(*second, mac) == "10.0.0.9"; }));
+}
+
+TEST_F(Configuration, OnlyIPv4) {
+    sockaddr_in v6{};
+    v6.sin_family = AF_INET6;
+    const sockaddr_in v4 = address("10.0.0.50");
+    TraceLog traces;
+    EXPECT_EQ(Gx::ForceIp(mac.octets.data(), raw(v6), raw(v4), raw(v4), 0), 0xE1000009u);
+    EXPECT_EQ(Gx::SetIpConfiguration(mac.octets.data(), {}, raw(v6), nullptr, nullptr, nullptr, true, 10), 0xE1000009u);
+    EXPECT_TRUE(traces.contains("Only IPv4 addressing supported.\n"));
+    EXPECT_EQ(Gx::ForceIp(nullptr, raw(v4), raw(v4), raw(v4), 0), 0xE1000006u);
+}
+
+TEST_F(Configuration, VendorCommandReachesAForeignSubnetAndLasts) {
+    startWith(cameraAt(2, "172.16.0.9/16"));
+    const long elapsed = timed([&] { EXPECT_EQ(configure("Left\0\0\0\0\0\0\0\0\0\0\0\0", true), 0u); });
+    EXPECT_LT(elapsed, 2500);
+    const Bytes request = second->cameras.requests().at(0).bytes;
+    ASSERT_EQ(request.size(), 84u);
+    EXPECT_EQ(request[1], 0x11);
+    EXPECT_EQ(request[19], 0x05);
+    EXPECT_EQ(Bytes(request.begin() + 52, request.begin() + 68), Bytes(16)); // no gateway: zeros
+
+    second->cameras.powerCycle(mac);
+    EXPECT_TRUE(eventually([&] { return currentAddress(*second, mac) == "10.0.0.60"; }));
+    EXPECT_EQ(second->cameras.status(mac).userName, "Left");
+}
+
+TEST_F(Configuration, VendorCommandFailures) {
+    const struct {
+        camsim::VendorIpConfig behaviour;
+        GXSTATUS status;
+        bool waits;
+        const char *trace;
+    } cases[] = {
+        {camsim::VendorIpConfig::NotImplemented, 0xE1000007, true,
+         "Camera command Set IP Configuration not implemented"},
+        {camsim::VendorIpConfig::Error, 0xE1000013, false, "Interface 0 OnReady() returned 0xe1000013."},
+        {camsim::VendorIpConfig::Silent, 0xE1000007, true, "No responses - collection timed out"},
+    };
+    for (const auto &row : cases) {
+        CameraConfig config = cameraAt(2, "172.16.0.9/16");
+        config.vendorIpConfig = row.behaviour;
+        startWith(config);
+        TraceLog traces;
+        const long elapsed = timed([&] { EXPECT_EQ(configure(nullptr, true, 400), row.status) << row.trace; });
+        EXPECT_EQ(elapsed >= 400, row.waits) << row.trace;
+        EXPECT_TRUE(traces.contains(row.trace)) << traces.all();
+        EXPECT_EQ(second->cameras.status(mac).persistent.address.toString(), "172.16.0.9");
+        second.reset();
+    }
+}
+
+TEST_F(Configuration, VendorCommandWithoutAddressesKeepsTheStoredOnes) {
+    startWith(cameraAt(2, "172.16.0.9/16"));
+    EXPECT_EQ(configure(nullptr, false), 0u);
+    const camsim::CameraStatus status = second->cameras.status(mac);
+    EXPECT_EQ(status.ipEnabled, 4u);
+    EXPECT_EQ(status.persistent.address.toString(), "172.16.0.9");
+}
+
+} // namespace
