@@ -100,7 +100,7 @@ GvcpSocket::GvcpSocket(const Settings &settings)
     setOption(SOL_SOCKET, SO_BROADCAST, 1, "allow broadcasts");
     setOption(IPPROTO_IP, IP_PKTINFO, 1, "learn destination addresses");
     enlargeBuffers();
-    bindTo(settings.port);
+    bindTo(settings.port, settings.interface);
 }
 
 void GvcpSocket::setOption(int level, int option, int value, const char *what) {
@@ -114,11 +114,11 @@ void GvcpSocket::enlargeBuffers() {
             setOption(SOL_SOCKET, plain, bufferBytes, "enlarge a socket buffer");
 }
 
-void GvcpSocket::bindTo(std::uint16_t port) {
+void GvcpSocket::bindTo(std::uint16_t port, const std::string &interface) {
     // Without SO_REUSEADDR: a second simulator on the interface would silently take this one's unicast commands.
     sockaddr_in address = toSocketAddress({{}, port});
     if (bind(fd(), reinterpret_cast<sockaddr *>(&address), sizeof address) != 0)
-        fail("cannot bind UDP port " + std::to_string(port));
+        fail("cannot bind UDP port " + std::to_string(port) + " on interface '" + interface + "'");
     socklen_t size = sizeof address;
     if (getsockname(fd(), reinterpret_cast<sockaddr *>(&address), &size) != 0)
         fail("cannot read the socket's port");

@@ -41,7 +41,7 @@ public:
 private:
     void setOption(int level, int option, int value, const char *what);
     void enlargeBuffers();
-    void bindTo(std::uint16_t port);
+    void bindTo(std::uint16_t port, const std::string &interface);
     bool waitWritable() const;
 
     FileDescriptor socket_;

@@ -51,9 +51,10 @@ ifinfomsg linkBody(unsigned index) {
 } // namespace
 
 InterfaceAddresses::InterfaceAddresses(Netlink &netlink, std::string interface)
-    : netlink_(netlink), interface_(std::move(interface)), index_(indexOf(interface_)) {
-    readConfiguration();
-    writeConfiguration(1, 1);
+    : netlink_(netlink), interface_(std::move(interface)), index_(indexOf(interface_)),
+      oldConfiguration_(readConfiguration()) {
+    writeConfiguration(
+        {{IPV4_DEVCONF_PROMOTE_SECONDARIES, 1}, {IPV4_DEVCONF_ARP_IGNORE, 1}, {IPV4_DEVCONF_RP_FILTER, 0}});
 }
 
 InterfaceAddresses::~InterfaceAddresses() {
@@ -63,35 +64,38 @@ InterfaceAddresses::~InterfaceAddresses() {
             if (use.order != 0)
                 keys.push_back(key);
         remove(keys);
-        writeConfiguration(oldPromoteSecondaries_, oldArpIgnore_);
+        writeConfiguration(oldConfiguration_);
     } catch (const std::exception &) {
         // The interface is gone, and its addresses with it.
     }
 }
 
-void InterfaceAddresses::readConfiguration() {
+InterfaceAddresses::Configuration InterfaceAddresses::readConfiguration() const {
+    Configuration configuration;
     const ifinfomsg body = linkBody(index_);
-    netlink_.query({RTM_GETLINK, 0, &body, sizeof body}, "cannot read the settings of interface '" + interface_ + "'",
-                   [this](const nlmsghdr &header) {
-                       const auto *link = reinterpret_cast<const ifinfomsg *>(payloadOf(header));
-                       if ((link->ifi_flags & IFF_UP) == 0)
-                           throw std::runtime_error("the network interface '" + interface_ + "' is down");
-                       const auto *perFamily = findAttribute(IFLA_RTA(link), IFLA_PAYLOAD(&header), IFLA_AF_SPEC);
-                       const auto *settings = findNested(findNested(perFamily, AF_INET), IFLA_INET_CONF);
-                       oldPromoteSecondaries_ = settingOf(settings, IPV4_DEVCONF_PROMOTE_SECONDARIES);
-                       oldArpIgnore_ = settingOf(settings, IPV4_DEVCONF_ARP_IGNORE);
-                   });
+    netlink_.query(
+        {RTM_GETLINK, 0, &body, sizeof body}, "cannot read the settings of interface '" + interface_ + "'",
+        [&](const nlmsghdr &header) {
+            const auto *link = reinterpret_cast<const ifinfomsg *>(payloadOf(header));
+            if ((link->ifi_flags & IFF_UP) == 0)
+                throw std::runtime_error("the network interface '" + interface_ + "' is down");
+            const auto *perFamily = findAttribute(IFLA_RTA(link), IFLA_PAYLOAD(&header), IFLA_AF_SPEC);
+            const auto *settings = findNested(findNested(perFamily, AF_INET), IFLA_INET_CONF);
+            for (const auto id : {IPV4_DEVCONF_PROMOTE_SECONDARIES, IPV4_DEVCONF_ARP_IGNORE, IPV4_DEVCONF_RP_FILTER})
+                configuration[static_cast<std::uint16_t>(id)] = settingOf(settings, id);
+        });
+    return configuration;
 }
 
-void InterfaceAddresses::writeConfiguration(std::uint32_t promoteSecondaries, std::uint32_t arpIgnore) {
+void InterfaceAddresses::writeConfiguration(const Configuration &configuration) {
     const ifinfomsg body = linkBody(index_);
     std::vector<NetlinkMessage> messages{{RTM_SETLINK, NLM_F_ACK, &body, sizeof body}};
     NetlinkMessage &message = messages.front();
     const auto perFamily = message.begin(IFLA_AF_SPEC);
     const auto inet = message.begin(AF_INET);
     const auto settings = message.begin(IFLA_INET_CONF);
-    message.attribute32(IPV4_DEVCONF_PROMOTE_SECONDARIES, promoteSecondaries);
-    message.attribute32(IPV4_DEVCONF_ARP_IGNORE, arpIgnore);
+    for (const auto &[id, value] : configuration)
+        message.attribute32(id, value);
     message.end(settings);
     message.end(inet);
     message.end(perFamily);

@@ -14,8 +14,9 @@ namespace camsim {
 /// Sets cameras' addresses on a network interface and takes them away again, all at the latest when it is destroyed.
 ///
 /// Also makes the interface behave as cameras do while it exists: an address that goes away does not take the other
-/// addresses of its subnet along (promote_secondaries), and ARP requests are answered only for addresses of the
-/// interface they arrive on (arp_ignore). Belongs to the network namespace of the thread that makes it.
+/// addresses of its subnet along (promote_secondaries), ARP requests are answered only for addresses of the interface
+/// they arrive on (arp_ignore), and commands from foreign subnets are heard (rp_filter; a value set for all interfaces
+/// still counts). Belongs to the network namespace of the thread that makes it.
 class InterfaceAddresses {
 public:
     /// Throws std::system_error or std::runtime_error when the interface cannot be used, with its name in the text.
@@ -41,14 +42,15 @@ private:
     void set(const std::vector<Key> &keys);
     void remove(std::vector<Key> keys);
     NetlinkMessage message(std::uint16_t type, std::uint16_t flags, const Key &key) const;
-    void readConfiguration();
-    void writeConfiguration(std::uint32_t promoteSecondaries, std::uint32_t arpIgnore);
+    /// Settings of the interface by IPV4_DEVCONF_ number.
+    using Configuration = std::map<std::uint16_t, std::uint32_t>;
+    Configuration readConfiguration() const;
+    void writeConfiguration(const Configuration &configuration);
 
     Netlink &netlink_;
     const std::string interface_;
     const unsigned index_;
-    std::uint32_t oldPromoteSecondaries_ = 0;
-    std::uint32_t oldArpIgnore_ = 0;
+    const Configuration oldConfiguration_;
     std::map<Key, Use> uses_;
     std::uint64_t additions_ = 0;
 };

@@ -1,0 +1,131 @@
+#include "camsim/Scene.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+using namespace camsim;
+using namespace std::chrono_literals;
+
+namespace {
+
+std::string sceneError(const std::string &text) {
+    std::istringstream stream(text);
+    try {
+        readScene(stream, "scene");
+    } catch (const SceneError &error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+TEST(Scene, ReadsCamerasAndFaults) {
+    std::istringstream text("# two cameras\r\n"
+                            "[camera]\n"
+                            "  mac = 02-5A-E3-0A-0B-0C \r\n"
+                            "ip = 192.168.1.10/24 via 192.168.1.1\n"
+                            "model = Left, big = 1\n"
+                            "held-by = 10.0.0.1:5000 exclusive\n"
+                            "options = persistent+lla\n"
+                            "enabled = lla\n"
+                            "vendor-config = not-implemented\n"
+                            "silence = 250\n"
+                            "reachable = no\n"
+                            "url = http://camera/camera.xml\n"
+                            "\n"
+                            "; the other\n"
+                            "[camera]\n"
+                            "capabilities = 0x1F\n"
+                            "xml = none\n"
+                            "[faults]\n"
+                            "loss-from-camera = 12.5\n"
+                            "delay = 5-20\n"
+                            "commands = readreg+0x8004\n"
+                            "limit = 3\n");
+    const Scene scene = readScene(text, "scene");
+    ASSERT_EQ(scene.cameras.size(), 2u);
+    const CameraConfig &first = scene.cameras[0];
+    EXPECT_EQ(first.mac.toString(), "02:5A:E3:0A:0B:0C");
+    EXPECT_EQ(first.persistent,
+              (IpSettings{Ipv4::parse("192.168.1.10"), Ipv4::maskOf(24), Ipv4::parse("192.168.1.1")}));
+    EXPECT_EQ(first.model, "Left, big = 1");
+    ASSERT_TRUE(first.heldBy);
+    EXPECT_EQ(first.heldBy->application.toString(), "10.0.0.1:5000");
+    EXPECT_EQ(first.heldBy->privilege, GEV_EXCLUSIVE_CONTROL_ACCESS);
+    EXPECT_EQ(first.ipOptions, 5u);
+    EXPECT_EQ(first.ipEnabled, 4u);
+    EXPECT_EQ(first.vendorIpConfig, VendorIpConfig::NotImplemented);
+    EXPECT_EQ(first.restartSilence, 250ms);
+    EXPECT_FALSE(first.reachable);
+    EXPECT_EQ(first.firstUrl, "http://camera/camera.xml");
+    EXPECT_EQ(first.xml, defaultXml());
+    EXPECT_EQ(scene.cameras[1].capabilities, 0x1Fu);
+    EXPECT_TRUE(scene.cameras[1].xml.empty());
+    EXPECT_EQ(scene.faults.lossFromCamera, 12.5);
+    EXPECT_EQ(scene.faults.delayMin, 5ms);
+    EXPECT_EQ(scene.faults.delayMax, 20ms);
+    EXPECT_EQ(scene.faults.commands, (std::vector<std::uint16_t>{0x0080, 0x8004}));
+    EXPECT_EQ(scene.faults.limit, 3u);
+}
+
+TEST(Scene, CountsCamerasUp) {
+    const auto cameras = parseCameras("mac=025AE30102FF,ip=192.168.1.255/16,forced=10.0.0.9/8,dhcp=10.1.0.9/16,"
+                                      "serial=SN-099,name=cam,count=3");
+    ASSERT_EQ(cameras.size(), 3u);
+    EXPECT_EQ(cameras[2].mac.toString(), "02:5A:E3:01:03:01"); // carries into the next octet
+    EXPECT_EQ(cameras[2].persistent.address.toString(), "192.168.2.1");
+    EXPECT_EQ(cameras[2].forced->address.toString(), "10.0.0.11");
+    EXPECT_EQ(cameras[2].dhcpLease->address.toString(), "10.1.0.11");
+    EXPECT_EQ(cameras[1].serial, "SN-100");
+    EXPECT_EQ(cameras[2].serial, "SN-101");
+    EXPECT_EQ(cameras[2].userName, "cam");
+    EXPECT_EQ(parseCameras("model=a\\,b")[0].model, "a,b");
+}
+
+TEST(Scene, ErrorsNameThePlaceTheKeyAndWhatWasExpected) {
+    const std::pair<const char *, std::vector<const char *>> cases[] = {
+        {"[camera]\nmac = 02:5A:E3:01:02\n", {"scene:2: ", "mac", "02:5A:E3:01:02", "six octets"}},
+        {"[camera]\nmac = 02:5A:E3:01:02:0G\n", {"mac"}},
+        {"[camera]\n\nip = 192.168.1.10\n", {"scene:3: ", "ip", "ADDRESS/PREFIX"}},
+        {"[camera]\nip = 192.168.1.256/24\n", {"192.168.1.256"}},
+        {"[camera]\nip = 192.168.1.10/33\n", {"33"}},
+        {"[camera]\nip = 192.168.1.10/24 over 192.168.1.1\n", {"via"}},
+        {"[camera]\nip = 192.168.1.255/24\n", {"192.168.1.255/24", "host"}},
+        {"[camera]\nsilence = -1\n", {"silence", "-1"}},
+        {"[camera]\nsilence = 1s\n", {"silence", "1s"}},
+        {"[camera]\nreachable = maybe\n", {"reachable", "maybe", "yes, no"}},
+        {"[camera]\nvendor-config = on\n", {"supported, not-implemented, error, silent"}},
+        {"[camera]\nheld-by = 10.0.0.1\n", {"held-by", "ADDRESS:PORT"}},
+        {"[camera]\nheld-by = 10.0.0.1:70000\n", {"65535"}},
+        {"[camera]\nserial = 12345678901234567\n", {"serial number", "16"}},
+        {"[camera]\nxml = /nonexistent.xml\n", {"xml", "/nonexistent.xml"}},
+        {"[camera]\nip = 192.168.1.10/24\ncount = 250\n", {"count", "192.168.1.10/24"}},
+        {"[camera]\nspeed = 1\n", {"unknown key 'speed'"}},
+        {"[camera]\nmac\n", {"'mac'", "key=value"}},
+        {"mac = 025AE3010203\n", {"scene:1: ", "[camera]"}},
+        {"[kamera]\n", {"[kamera]", "[faults]"}},
+        {"[faults]\nduplicate = 101\n", {"duplicate", "0 to 100"}},
+        {"[faults]\ndelay = 9-3\n", {"delay"}},
+        {"[faults]\ncommands = readreg+fly\n", {"commands", "fly"}},
+    };
+    for (const auto &[text, words] : cases) {
+        const std::string message = sceneError(text);
+        for (const char *word : words)
+            EXPECT_NE(message.find(word), std::string::npos) << word << " is not in: " << message;
+    }
+    EXPECT_THROW(loadScene("/nonexistent.scene"), SceneError);
+}
+
+TEST(Scene, TakesTheXmlFileAsItIs) {
+    const std::string path = testing::TempDir() + "camsim-description.zip";
+    std::ofstream(path, std::ios::binary) << std::string("PK\x03\x04\x00z", 6);
+    const CameraConfig config = parseCameras("xml=" + path + ",xml-address=0x20000")[0];
+    std::remove(path.c_str());
+    EXPECT_EQ(config.xml, (std::vector<std::uint8_t>{'P', 'K', 3, 4, 0, 'z'}));
+    EXPECT_EQ(config.xmlFileName, "camsim-description.zip");
+    EXPECT_EQ(config.xmlAddress, 0x20000u);
+}
+
+} // namespace

@@ -1,0 +1,358 @@
+// The simulator on plain loopback: sockets, thread and faults.
+#include "camsim/Simulator.h"
+#include "WireText.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <set>
+#include <system_error>
+#include <thread>
+
+using namespace camsim;
+using namespace std::chrono_literals;
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+const char discovery[] = "42 01 0002 0000 FFFF";
+const char readHeartbeat[] = "42 01 0080 0004 0102 00000938";
+const char readHeartbeatAck[] = "00 00 00 81 00 04 01 02 00 00 0B B8";
+
+/// A UDP socket of an application at 127.0.0.1.
+class Application {
+public:
+    Application() : socket_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+        const sockaddr_in own = address("127.0.0.1", 0);
+        const int on = 1;
+        setsockopt(socket_, SOL_SOCKET, SO_BROADCAST, &on, sizeof on);
+        EXPECT_EQ(bind(socket_, reinterpret_cast<const sockaddr *>(&own), sizeof own), 0);
+    }
+    ~Application() { close(socket_); }
+    Application(const Application &) = delete;
+    Application &operator=(const Application &) = delete;
+
+    void send(const std::string &hex, const char *to, std::uint16_t port) {
+        const Bytes datagram = wire::bytes(hex);
+        const sockaddr_in target = address(to, port);
+        EXPECT_EQ(sendto(socket_, datagram.data(), datagram.size(), 0, reinterpret_cast<const sockaddr *>(&target),
+                         sizeof target),
+                  static_cast<ssize_t>(datagram.size()));
+    }
+
+    /// The datagrams that come until `count` are there or `patience` is over.
+    std::vector<Bytes> receive(std::size_t count, std::chrono::milliseconds patience) {
+        const timeval timeout{patience.count() / 1000, (patience.count() % 1000) * 1000};
+        setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+        std::vector<Bytes> datagrams;
+        while (datagrams.size() < count) {
+            Bytes datagram(2048);
+            const ssize_t size = recv(socket_, datagram.data(), datagram.size(), 0);
+            if (size < 0)
+                break;
+            datagram.resize(static_cast<std::size_t>(size));
+            datagrams.push_back(datagram);
+        }
+        return datagrams;
+    }
+
+private:
+    static sockaddr_in address(const char *text, std::uint16_t port) {
+        sockaddr_in result{};
+        result.sin_family = AF_INET;
+        result.sin_port = htons(port);
+        result.sin_addr.s_addr = inet_addr(text);
+        return result;
+    }
+
+    int socket_;
+};
+
+MacAddress macOf(unsigned number) { return MacAddress::fromNumber(0x025AE3000000 + number); }
+
+CameraConfig cameraAt(unsigned number, const std::string &address) {
+    CameraConfig config;
+    config.mac = macOf(number);
+    config.persistent = {Ipv4::parse(address), Ipv4::maskOf(8), {}};
+    config.ipEnabled = GEV_IP_CONFIG_PERSISTENT_IP;
+    config.restartSilence = 20ms;
+    return config;
+}
+
+SimulatorOptions loopback(std::uint64_t seed = 1) {
+    SimulatorOptions options;
+    options.port = 0;
+    options.seed = seed;
+    return options;
+}
+
+bool waitFor(const std::function<bool()> &condition) {
+    for (int i = 0; i < 500 && !condition(); ++i)
+        std::this_thread::sleep_for(10ms);
+    return condition();
+}
+
+/// Returns when the simulator has handled what was sent to it before: loopback queues datagrams at once, and of two
+/// calls the second one comes after the thread has looked at its socket.
+void settle(const Simulator &simulator) {
+    (void)simulator.counters();
+    (void)simulator.counters();
+}
+
+class RunningSimulator : public testing::Test {
+protected:
+    void SetUp() override {
+        simulator.addCamera(cameraAt(1, "127.0.0.10"));
+        simulator.addCamera(cameraAt(2, "127.0.0.11"));
+        simulator.start();
+    }
+
+    /// Everything that comes at once for a datagram.
+    std::vector<Bytes> exchange(const std::string &hex, const char *to) {
+        application.send(hex, to, simulator.port());
+        settle(simulator);
+        return application.receive(100, 1ms);
+    }
+
+    Simulator simulator{loopback()};
+    Application application;
+};
+
+TEST_F(RunningSimulator, ServesEachCameraAtItsAddressAndAllByBroadcast) {
+    ASSERT_NE(simulator.port(), 0);
+    const auto acks = exchange(discovery, "127.255.255.255");
+    ASSERT_EQ(acks.size(), 2u);
+    std::set<std::uint8_t> hosts;
+    for (const Bytes &ack : acks) {
+        ASSERT_EQ(ack.size(), 256u);
+        hosts.insert(ack[8 + 39]);
+    }
+    EXPECT_EQ(hosts, (std::set<std::uint8_t>{10, 11}));
+
+    const auto before = std::chrono::steady_clock::now();
+    simulator.clearRequests();
+    const auto reads = exchange(readHeartbeat, "127.0.0.11");
+    ASSERT_EQ(reads.size(), 1u);
+    EXPECT_EQ(wire::text(reads[0]), readHeartbeatAck);
+    EXPECT_EQ(simulator.status(macOf(2)).requests.at(TAG_READREG_CMD), 1u);
+    EXPECT_EQ(simulator.status(macOf(1)).requests.count(TAG_READREG_CMD), 0u);
+    const auto requests = simulator.requests();
+    ASSERT_EQ(requests.size(), 1u);
+    EXPECT_EQ(wire::text(requests[0].bytes), wire::text(wire::bytes(readHeartbeat)));
+    EXPECT_EQ(requests[0].destination.toString(), "127.0.0.11");
+    EXPECT_EQ(requests[0].command(), TAG_READREG_CMD);
+    EXPECT_EQ(requests[0].requestId(), 0x0102);
+    EXPECT_GE(requests[0].time, before);
+    EXPECT_TRUE(exchange(discovery, "127.0.0.12").empty());
+}
+
+TEST_F(RunningSimulator, ChangesAreEffectiveWhenTheCallReturns) {
+    simulator.setReachable(macOf(1), false);
+    EXPECT_TRUE(exchange(readHeartbeat, "127.0.0.10").empty());
+    simulator.removeCamera(macOf(2));
+    EXPECT_EQ(exchange(discovery, "127.255.255.255").size(), 1u);
+    EXPECT_THROW(simulator.status(macOf(2)), std::out_of_range);
+    EXPECT_THROW(simulator.addCamera(cameraAt(1, "127.0.0.13")), std::invalid_argument);
+    simulator.addCamera(cameraAt(3, "127.0.0.13"));
+    EXPECT_EQ(exchange(readHeartbeat, "127.0.0.13").size(), 1u);
+
+    simulator.setHolder(macOf(3), Holder{{Ipv4::parse("127.0.0.9"), 9}, GEV_EXCLUSIVE_CONTROL_ACCESS});
+    EXPECT_EQ(wire::text(exchange(readHeartbeat, "127.0.0.13").at(0)), "80 06 00 81 00 00 01 02");
+    simulator.powerCycle(macOf(3));
+    EXPECT_FALSE(simulator.status(macOf(3)).current);
+    ASSERT_TRUE(waitFor([this] { return simulator.status(macOf(3)).current.has_value(); }));
+    EXPECT_EQ(wire::text(exchange(readHeartbeat, "127.0.0.13").at(0)), readHeartbeatAck);
+    EXPECT_EQ(simulator.readRegister(macOf(3), GEV_REG_HEARTBEAT_TIMEOUT), 3000u);
+    EXPECT_THROW(simulator.readRegister(macOf(3), 0x9000), std::out_of_range);
+}
+
+TEST_F(RunningSimulator, AForcedAddressMovesTheCamera) {
+    const auto ack = exchange(wire::forceIp("025AE3000001", "7F000032", "FF000000"), "127.255.255.255");
+    ASSERT_EQ(ack.size(), 1u);
+    EXPECT_EQ(wire::text(ack[0]), "00 00 00 05 00 00 FF FF");
+    EXPECT_TRUE(exchange(readHeartbeat, "127.0.0.10").empty());
+    EXPECT_EQ(exchange(readHeartbeat, "127.0.0.50").size(), 1u);
+}
+
+TEST_F(RunningSimulator, FaultsHappenAsSet) {
+    struct Case {
+        const char *what;
+        std::function<void(FaultConfig &)> set;
+        std::vector<std::string> acks; ///< "*" for any bytes
+        bool executed;
+    };
+    const std::string ack = readHeartbeatAck;
+    const Case cases[] = {
+        {"none", [](FaultConfig &) {}, {ack}, true},
+        {"loss to camera", [](FaultConfig &f) { f.lossToCamera = 100; }, {}, false},
+        {"loss from camera", [](FaultConfig &f) { f.lossFromCamera = 100; }, {}, true},
+        {"wrong id", [](FaultConfig &f) { f.wrongId = 100; }, {"00 00 00 81 00 04 01 03 00 00 0B B8"}, true},
+        {"wrong code", [](FaultConfig &f) { f.wrongCode = 100; }, {"00 00 7F FF 00 04 01 02 00 00 0B B8"}, true},
+        {"stale id", [](FaultConfig &f) { f.staleId = 100; }, {"00 00 00 81 00 04 01 01 00 00 0B B8", ack}, true},
+        {"garbage", [](FaultConfig &f) { f.garbage = 100; }, {"*", ack}, true},
+        {"duplicate", [](FaultConfig &f) { f.duplicate = 100; }, {ack, ack}, true},
+        {"other command",
+         [](FaultConfig &f) { f.lossFromCamera = 100, f.commands = {TAG_DISCOVERY_CMD}; },
+         {ack},
+         true},
+        {"limit used up", [](FaultConfig &f) { f.lossFromCamera = 100, f.limit = 0; }, {ack}, true},
+        {"silent", [](FaultConfig &f) { f.silentAfter = 0; }, {}, false},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
+        FaultConfig faults;
+        c.set(faults);
+        simulator.setFaults(macOf(1), faults);
+        const auto executed = simulator.status(macOf(1)).acknowledges;
+        const auto acks = exchange(readHeartbeat, "127.0.0.10");
+        ASSERT_EQ(acks.size(), c.acks.size());
+        for (std::size_t i = 0; i < acks.size(); ++i)
+            EXPECT_TRUE(c.acks[i] == "*" || c.acks[i] == wire::text(acks[i])) << wire::text(acks[i]);
+        EXPECT_EQ(simulator.status(macOf(1)).acknowledges - executed, c.executed ? 1u : 0u);
+    }
+}
+
+TEST_F(RunningSimulator, FaultsOfLengthTimeAndOrder) {
+    FaultConfig faults;
+    faults.shortAck = 100;
+    simulator.setFaults(faults);
+    EXPECT_LT(exchange(readHeartbeat, "127.0.0.10").at(0).size(), 12u);
+    faults = {};
+    faults.longAck = 100;
+    simulator.setFaults(faults);
+    const Bytes oversized = exchange(readHeartbeat, "127.0.0.10").at(0);
+    EXPECT_GT(oversized.size(), 12u);
+    EXPECT_EQ(wire::text({oversized.begin(), oversized.begin() + 12}), readHeartbeatAck);
+    faults = {};
+    faults.delayMin = faults.delayMax = 60ms;
+    simulator.setFaults(faults);
+    const auto start = std::chrono::steady_clock::now();
+    application.send(readHeartbeat, "127.0.0.10", simulator.port());
+    EXPECT_EQ(application.receive(1, 2s).size(), 1u);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 60ms);
+    faults = {};
+    faults.reorder = 100;
+    simulator.setFaults({});
+    simulator.setFaults(macOf(1), faults);
+    const auto acks = exchange(discovery, "127.255.255.255"); // camera 2 answers after camera 1
+    ASSERT_EQ(acks.size(), 2u);
+    EXPECT_EQ(acks[0].at(8 + 39), 11);
+    EXPECT_EQ(acks[1].at(8 + 39), 10);
+    application.send(readHeartbeat, "127.0.0.10", simulator.port());
+    EXPECT_EQ(application.receive(1, 2s).size(), 1u); // nothing follows: it comes late, but comes
+    EXPECT_GT(simulator.counters().faults, 3u);
+    EXPECT_THROW(simulator.setFaults([] {
+        FaultConfig f;
+        f.wrongId = 101;
+        return f;
+    }()),
+                 std::invalid_argument);
+}
+
+TEST(SimulatorFaults, TheSeedRepeatsThem) {
+    const auto survivors = [](std::uint64_t seed) {
+        Simulator simulator(loopback(seed));
+        simulator.addCamera(cameraAt(1, "127.0.0.10"));
+        FaultConfig faults;
+        faults.lossFromCamera = 50;
+        simulator.setFaults(faults);
+        simulator.start();
+        Application application;
+        for (int i = 0; i < 64; ++i) {
+            char request[64];
+            std::snprintf(request, sizeof request, "42 01 0080 0004 %04X 00000938", i + 1);
+            application.send(request, "127.0.0.10", simulator.port());
+        }
+        settle(simulator);
+        settle(simulator);
+        std::vector<int> ids;
+        for (const Bytes &ack : application.receive(64, 1ms))
+            ids.push_back(ack.at(7));
+        return ids;
+    };
+    const auto first = survivors(7);
+    EXPECT_GT(first.size(), 10u);
+    EXPECT_LT(first.size(), 54u);
+    EXPECT_EQ(survivors(7), first);
+    EXPECT_NE(survivors(8), first);
+    EXPECT_NE(Simulator(loopback(0)).seed(), Simulator(loopback(0)).seed());
+}
+
+TEST(SimulatorLife, StartsStopsAndStartsAgain) {
+    Simulator simulator(loopback());
+    simulator.addCameras({cameraAt(1, "127.0.0.10"), cameraAt(2, "127.0.0.11")});
+    Application application;
+    for (int round = 0; round < 2; ++round) {
+        simulator.start();
+        EXPECT_THROW(simulator.start(), std::logic_error);
+        application.send(discovery, "127.0.0.10", simulator.port());
+        EXPECT_EQ(application.receive(1, 2s).size(), 1u);
+        simulator.stop();
+        simulator.stop();
+        EXPECT_FALSE(simulator.running());
+    }
+    EXPECT_EQ(simulator.status(macOf(1)).requests.at(TAG_DISCOVERY_CMD), 2u); // readable after the end
+    EXPECT_EQ(simulator.counters().sent, 2u);
+}
+
+TEST(SimulatorLife, FailsToStartWithAReason) {
+    SimulatorOptions options = loopback();
+    options.interface = "no-such-interface";
+    Simulator missing(options);
+    EXPECT_THROW(missing.start(), std::runtime_error);
+    EXPECT_FALSE(missing.running());
+
+    Simulator first(loopback());
+    first.start();
+    options = loopback();
+    options.port = first.port();
+    Simulator second(options);
+    EXPECT_THROW(second.start(), std::system_error);
+
+    options = loopback();
+    options.mode = AddressMode::Managed;
+    EXPECT_THROW(Simulator{options}, std::invalid_argument);
+    options = loopback();
+    options.networkNamespace = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    EXPECT_THROW(Simulator(options).start(), std::system_error);
+    close(options.networkNamespace);
+}
+
+TEST(SimulatorThreads, InspectionAndChangesMeetTrafficAndStop) {
+    Simulator simulator(loopback());
+    for (unsigned i = 1; i <= 5; ++i)
+        simulator.addCamera(cameraAt(i, "127.0.0." + std::to_string(10 + i)));
+    simulator.start();
+    std::atomic<bool> done{false};
+    std::thread traffic([&] {
+        Application application;
+        while (!done) {
+            application.send(discovery, "127.255.255.255", simulator.port());
+            application.receive(5, 2ms);
+        }
+    });
+    std::thread inspection([&] {
+        while (!done) {
+            EXPECT_EQ(simulator.cameras().size(), 5u);
+            (void)simulator.status(macOf(1));
+            (void)simulator.requests();
+        }
+    });
+    for (int i = 0; i < 30; ++i) {
+        simulator.powerCycle(macOf(2));
+        std::this_thread::sleep_for(2ms);
+    }
+    simulator.stop(); // while both still run
+    simulator.start();
+    done = true;
+    traffic.join();
+    inspection.join();
+    EXPECT_GT(simulator.counters().sent, 0u);
+}
+
+} // namespace
