@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <iterator>
 #include <set>
 
 namespace {
@@ -52,8 +53,7 @@ constexpr int LINES = 500;
     _exit(written ? 0 : 1);
 }
 
-// The limit makes the file roll over once while all processes write: every line must be in the file or its backup.
-TEST_F(RollingFileTest, LosesNoLineOfProcessesThatRollTheFileOverUnderEachOther) {
+void WriteFromManyProcesses(const std::string &path) {
     constexpr int BYTES_PER_LINE = 6;
     std::vector<pid_t> children;
     for (int process = 0; process < PROCESSES; ++process) {
@@ -67,15 +67,22 @@ TEST_F(RollingFileTest, LosesNoLineOfProcessesThatRollTheFileOverUnderEachOther)
         ASSERT_EQ(child, waitpid(child, &status, 0));
         EXPECT_EQ(0, status);
     }
-    std::istringstream text(LogTestFolder::Read(path + ".1") + LogTestFolder::Read(path));
-    std::multiset<std::string> lines;
-    for (std::string line; std::getline(text, line);)
-        lines.insert(line);
+}
+
+// The limit makes the file roll over once while all processes write: every line must be in the file or its backup.
+// Without the locks about every other round fails.
+TEST_F(RollingFileTest, LosesNoLineOfProcessesThatRollTheFileOverUnderEachOther) {
     std::multiset<std::string> expected;
     for (int i = 0; i < PROCESSES * LINES; ++i)
         expected.insert(std::to_string(10000 + i));
-    EXPECT_TRUE(std::filesystem::exists(path + ".1"));
-    EXPECT_EQ(expected, lines);
+    for (int round = 0; round < 10; ++round) {
+        const std::string file = path + "-" + std::to_string(round);
+        WriteFromManyProcesses(file);
+        EXPECT_TRUE(std::filesystem::exists(file + ".1"));
+        std::istringstream text(LogTestFolder::Read(file + ".1") + LogTestFolder::Read(file));
+        using Line = std::istream_iterator<std::string>;
+        EXPECT_EQ(expected, std::multiset<std::string>(Line(text), Line()));
+    }
 }
 
 } // namespace
