@@ -32,12 +32,16 @@ struct PathBuffer {
 fs::path FileOfThisCode() {
     Dl_info info{};
     void *extra = nullptr;
-    if (dladdr1(reinterpret_cast<void *>(&getCorvoFolderPath), &info, &extra, RTLD_DL_LINKMAP) == 0 ||
-        info.dli_fname == nullptr)
+    fs::path file;
+    boost::system::error_code ignored;
+    if (dladdr1(reinterpret_cast<void *>(&getCorvoFolderPath), &info, &extra, RTLD_DL_LINKMAP) != 0) {
+        const char *name = static_cast<const link_map *>(extra)->l_name; // empty for the program
+        const bool isProgram = name == nullptr || name[0] == '\0';
+        file = isProgram ? fs::read_symlink("/proc/self/exe", ignored) : fs::system_complete(name, ignored);
+    }
+    if (file.empty())
         throw RUNTIME_EXCEPTION("Failed to determine the directory of corvo base.");
-    const auto *module = static_cast<const link_map *>(extra);
-    const bool isProgram = module->l_name == nullptr || module->l_name[0] == '\0';
-    return isProgram ? fs::read_symlink("/proc/self/exe") : fs::absolute(info.dli_fname);
+    return file;
 }
 
 const char *BaseDirectory() {

@@ -82,6 +82,18 @@ const void *LoadFromLibrary(const char *name, const char *fileName, std::size_t 
     return data;
 }
 
+/// Removes the data's entry. \returns null when it has none.
+void *TakeLibraryOf(const void *data) {
+    const std::lock_guard<std::mutex> lock(handleMapMutex);
+    const auto entry = std::find_if(gHandleMap.begin(), gHandleMap.end(),
+                                    [data](const auto &candidate) { return candidate.first == data; });
+    if (entry == gHandleMap.end())
+        return nullptr;
+    void *library = entry->second;
+    gHandleMap.erase(entry);
+    return library;
+}
+
 /// \param size receives the stored size.
 const void *Load(const char *name, const char *fileName, std::size_t &size) {
     size = 0;
@@ -114,14 +126,8 @@ const char *GetResourceString(const char *name, const char *fileName, std::size_
 }
 
 bool FreeResource(const void *data) {
-    const std::lock_guard<std::mutex> lock(handleMapMutex);
-    const auto entry = std::find_if(gHandleMap.begin(), gHandleMap.end(),
-                                    [data](const auto &candidate) { return candidate.first == data; });
-    if (entry == gHandleMap.end())
-        return false;
-    void *library = entry->second;
-    gHandleMap.erase(entry);
-    return dlclose(library) == 0;
+    void *library = TakeLibraryOf(data);
+    return library != nullptr && dlclose(library) == 0;
 }
 
 void Trace(const char *format, ...) {
