@@ -81,6 +81,9 @@ std::string enterPrivateNetwork() {
     try {
         mapToRoot(uid, gid);
         runIp("link set lo up");
+        // A new namespace starts with the machine's values, and anything but 0 hides foreign subnets.
+        writeFile("/proc/sys/net/ipv4/conf/all/rp_filter", "0");
+        writeFile("/proc/sys/net/ipv4/conf/default/rp_filter", "0");
     } catch (const std::exception &error) {
         return error.what();
     }
