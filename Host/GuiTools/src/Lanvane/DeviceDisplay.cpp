@@ -1,0 +1,140 @@
+#include "DeviceDisplay.h"
+
+#include "AddressRules.h"
+#include "CorvoQtBase/GevGuiHelper.h"
+#include "CorvoQtBase/UntrustedText.h"
+#include "DeviceLister.h"
+
+#include <QApplication>
+#include <QHostAddress>
+#include <QStyle>
+
+using namespace Corvo;
+
+bool CompareDIByProps::operator()(const DIPtrAndIndexPair &a, const DIPtrAndIndexPair &b) const {
+    for (const char *key : {m_strPropKey1, m_strPropKey2}) {
+        String_t textA;
+        String_t textB;
+        a.m_pDI->GetPropertyValue(key, textA);
+        b.m_pDI->GetPropertyValue(key, textB);
+        if (textA != textB)
+            return textA < textB;
+    }
+    return false;
+}
+
+EDeviceAccessiblityInfo GetAccessibility(const CDeviceInfo &device) {
+    bool isNumber = false;
+    const uint verdict = displayText(device, PropAccessible).toUInt(&isNumber);
+    return isNumber && verdict <= Accessibility_NotReachable ? static_cast<EDeviceAccessiblityInfo>(verdict)
+                                                             : Accessibility_Unknown;
+}
+
+QString FormatAccessibility(EDeviceAccessiblityInfo verdict) {
+    switch (verdict) {
+    case Accessibility_Ok:
+        return QStringLiteral("OK");
+    case Accessibility_Opened:
+    case Accessibility_OpenedExclusively:
+        return QStringLiteral("In use");
+    case Accessibility_NotReachable:
+        return QStringLiteral("Not Reachable");
+    case Accessibility_Unknown:
+        break;
+    }
+    return QStringLiteral("Unknown");
+}
+
+QIcon AccessibilityIcon(EDeviceAccessiblityInfo verdict) {
+    if (verdict == Accessibility_Ok)
+        return {};
+    const bool isUnknown = verdict == Accessibility_Unknown;
+    return QApplication::style()->standardIcon(isUnknown ? QStyle::SP_MessageBoxCritical
+                                                         : QStyle::SP_MessageBoxWarning);
+}
+
+QString displayText(const CDeviceInfo &device, const char *property) { return GetUtf8Property(&device, property); }
+
+QString formatIPConfigurationOf(const CDeviceInfo &device) {
+    return formatIPConfiguration(displayText(device, "IpConfigCurrent").toLatin1().constData(), 0);
+}
+
+QString noDevicesText() {
+    return QStringLiteral("<p>No devices found!</p>Click <b>Refresh</b> or press <b>F5</b> to search for devices.");
+}
+
+QString noAdaptersText() {
+    return QStringLiteral("<p>No active network networkAdapter found!</p><p>Please make sure your network adapters are "
+                          "enabled and working correctly.</p>Click <b>Refresh</b> or press <b>F5</b> to refresh the "
+                          "list of adapters.");
+}
+
+QString adapterText(const CNetworkAdapter &adapter) {
+    QString text = QStringLiteral("<table align='left' border='0' cellpadding='1' cellspacing='1'>");
+    for (const QNetworkAddressEntry &entry : adapter.addressEntries()) {
+        if (entry.ip().protocol() != QAbstractSocket::IPv4Protocol)
+            continue;
+        text += QStringLiteral("<tr><td width='8'></td></tr><tr><td width='8'></td><td>IP Address:</td><td width='100' "
+                               "align='right'>%1</td></tr><tr><td></td><td>Subnet Mask:</td><td "
+                               "align='right'>%2</td></tr>")
+                    .arg(entry.ip().toString(), entry.netmask().toString());
+    }
+    return text + QStringLiteral("</table>");
+}
+
+namespace {
+
+constexpr const char *ErrorImage = "<p><img src=':/Lanvane/Resources/error.png'><br>";
+
+bool fitsAdapter(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter) {
+    const quint32 ip = QHostAddress(displayText(device, "IpAddress")).toIPv4Address();
+    const quint32 mask = QHostAddress(displayText(device, "SubnetMask")).toIPv4Address();
+    return hasDeviceValidnetworkPrefixForAdapter(ip, mask, adapter);
+}
+
+QString diagnosis(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter) {
+    switch (GetAccessibility(device)) {
+    case Accessibility_Unknown:
+        return QLatin1String(ErrorImage) +
+               QStringLiteral("There was an error while trying to determine the accessibility status of the "
+                              "device.</p>Try refreshing the list by clicking <b>Refresh</b>.");
+    case Accessibility_Opened:
+    case Accessibility_OpenedExclusively:
+        return QLatin1String(ErrorImage) +
+               QStringLiteral("The device is currently in use by another application!</p><p>Please close any "
+                              "applications currently using the device and click <b>Refresh</b> to check the status "
+                              "again.");
+    case Accessibility_NotReachable:
+        return QLatin1String(ErrorImage) +
+               QStringLiteral("The device is unreachable!</p><p>Currently you will not be able to use the "
+                              "device.</p>Please make sure the IP address is in the same subnet as the adapter the "
+                              "device is connected to.Possible addresses are:<br>") +
+               FormatSubnetAddresses(adapter);
+    case Accessibility_Ok:
+        break;
+    }
+    if (fitsAdapter(device, adapter))
+        return {};
+    return QLatin1String(ErrorImage) +
+           QStringLiteral("<p>The network adapter and the device are currently not in the same subnet. Therefore, the "
+                          "device will currently not be visible to applications.</p><p>Make sure the device and the "
+                          "network adapter share the same network prefix and subnet mask.</p>");
+}
+
+} // namespace
+
+QString deviceText(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter) {
+    const auto row = [](const char *label, const QString &value) {
+        return QStringLiteral("<tr><td width='8'></td><td>%1</td><td>%2</td></tr>")
+            .arg(QLatin1String(label), escapedUntrustedText(value));
+    };
+    return QStringLiteral("<p><table align='left' border='0' cellpadding='1' cellspacing='1'>") +
+           row("Vendor:", displayText(device, "VendorName")) + row("Model Name:", displayText(device, "ModelName")) +
+           row("Serial Number:", displayText(device, "SerialNumber")) +
+           row("MAC Address:", displayText(device, PropMacAddress)) +
+           row("IP Configuration:", formatIPConfigurationOf(device)) +
+           row("IP Address:", displayText(device, "IpAddress")) +
+           row("Subnet Mask:", displayText(device, "SubnetMask")) +
+           row("Gateway:", displayText(device, "DefaultGateway")) + QStringLiteral("</table></p>") +
+           diagnosis(device, adapter);
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
+#include "NetworkAdapter.h"
+
+#include <QIcon>
+#include <QString>
+
+#include <vector>
+
+/// A device info and its index in the lister's list.
+struct DIPtrAndIndexPair {
+    const Corvo::CDeviceInfo *m_pDI;
+    int m_DIIndex;
+};
+
+/// Orders devices by two properties, compared as texts.
+struct CompareDIByProps {
+    const char *m_strPropKey1;
+    const char *m_strPropKey2;
+
+    bool operator()(const DIPtrAndIndexPair &a, const DIPtrAndIndexPair &b) const;
+};
+
+/// The verdict stored in a device info; anything that is no number from 0 to 4 counts as unknown.
+Corvo::EDeviceAccessiblityInfo GetAccessibility(const Corvo::CDeviceInfo &device);
+/// Its word in the status column.
+QString FormatAccessibility(Corvo::EDeviceAccessiblityInfo verdict);
+/// Its icon in the status column; null for a device in order.
+QIcon AccessibilityIcon(Corvo::EDeviceAccessiblityInfo verdict);
+/// The icon of a model's family, or the generic camera.
+QIcon ModelIcon(const QString &modelName);
+
+/// A property for display: as it is, or empty when the device has none.
+QString displayText(const Corvo::CDeviceInfo &device, const char *property);
+QString formatIPConfigurationOf(const Corvo::CDeviceInfo &device);
+
+// Rich texts of the selection info. Texts that come from devices are escaped.
+
+QString noDevicesText();
+QString noAdaptersText();
+QString adapterText(const CNetworkAdapter &adapter);
+/// The device's data and at most one diagnosis. \param adapter where it is listed; may be null.
+QString deviceText(const Corvo::CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter);

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "MinimalCorvo/Container.h"
+#include "MinimalCorvoGigETL/GigETransportLayer.h"
+
+#include <QAtomicInt>
+#include <QObject>
+
+/// Property keys that the lister adds to or changes in device infos.
+extern const char *const PropMacAddress; ///< "MacAddress"
+extern const char *const PropInterface;  ///< "Interface"; several host addresses are joined by ";"
+extern const char *const PropIfName;     ///< "IF_~_Name": system names of those interfaces, joined by ";"
+extern const char *const PropAccessible; ///< "DEV_~_Accessible": EDeviceAccessiblityInfo as a decimal number
+
+/// The one list of GigE devices that the window shows: one entry for each MAC address, with the host interface's name
+/// and an accessibility verdict. To be used on the GUI thread, between CorvoInitialize and CorvoTerminate.
+class DeviceLister : public QObject {
+    Q_OBJECT
+
+public:
+    using DeviceInfoList_t = Corvo::DeviceInfoList;
+
+    DeviceLister();
+    /// The last lister releases the transport layer they share.
+    ~DeviceLister() override;
+
+    /// The result of the last discovery.
+    const DeviceInfoList_t &devices() const { return m_lstDevices; }
+
+    /// The transport layer that all listers share, created on demand. \throws RuntimeException
+    Corvo::IGigETransportLayer &Tl();
+
+    /// Rebuilds the list by a discovery on all adapters. Blocks for about half a second, and longer for each device
+    /// that does not answer its probe. \throws GenericException what the transport layer raises; the list is then as
+    /// it was or as far as it came.
+    void discoverAllDevices();
+
+    /// Patches the entries of a device without a discovery. A null text leaves its value alone.
+    ///
+    /// \param pstrIpConfig decimal number of the enabled modes (GEV_IP_CONFIG).
+    /// \param testAccessibility asks the device again whether it can be opened.
+    /// \return number of entries patched.
+    std::size_t updateDeviceInfo(const char *pstrMac, const char *pstrIpConfig, const char *pstrIpAddress,
+                                 const char *pstrSubnetMask, const char *pstrDefaultGateway, bool testAccessibility);
+
+    /// Whether a value is one of the parts of a multi-part value.
+    static bool ValExistsInMultipartPropertyValue(const Corvo::String_t &multipartValue, const Corvo::String_t &value,
+                                                  const char *separator);
+    /// Appends the values of props2 to the multi-part values of props1, for the keys that both have.
+    ///
+    /// \param propNames keys to merge; all keys of props2 in the form without.
+    /// \param allowDuplicates appends values that are parts already.
+    /// \return number of values appended.
+    static std::size_t mergeProperties(Corvo::IProperties &props1, const Corvo::IProperties &props2,
+                                       const char *pszSeparator, const Corvo::StringList_t &propNames,
+                                       bool allowDuplicates);
+    static std::size_t mergeProperties(Corvo::IProperties &props1, const Corvo::IProperties &props2,
+                                       const char *pszSeparator, bool allowDuplicates);
+
+private:
+    void testAccessibility(Corvo::CDeviceInfo &device);
+
+    DeviceInfoList_t m_lstDevices;
+
+    static Corvo::IGigETransportLayer *s_pTl;
+    static QAtomicInt s_ref;
+};

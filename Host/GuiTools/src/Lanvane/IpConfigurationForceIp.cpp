@@ -1,0 +1,214 @@
+// IpConfigurationWidget: temporary addresses, and opening a device that may need one.
+
+#include "AddressRules.h"
+#include "Base/GCException.h"
+#include "CorvoQtBase/errorhandling.h"
+#include "MinimalCorvo/TraceLog.h"
+#include "MinimalCorvoGigETL/ICorvoGigEDevice.h"
+#include "WaitIndication.h"
+#include "ipaddresswidget.h"
+#include "ipconfigurationwidget.h"
+#include "ui_ipconfigurationwidget.h"
+
+#include <QDebug>
+#include <QMessageBox>
+#include <QScopedValueRollback>
+
+using namespace Corvo;
+
+namespace {
+
+constexpr unsigned Progress = tracelog::lvNotice;
+constexpr unsigned Warning = tracelog::lvWarning;
+constexpr unsigned Error = tracelog::lvError;
+
+#define TRACE(level, ...) tracelog::LogTrace(GetIPConfigBaseCatID(), level, __VA_ARGS__)
+
+/// First half of the MAC addresses of the maker's devices, for the user to complete.
+constexpr const char *MacPrefix = "02-5A-E3-";
+
+QByteArray bytes(const QString &text) { return text.toLocal8Bit(); }
+
+String_t gc(const QString &text) { return text.toUtf8().constData(); }
+
+QNetworkAddressEntry firstIPv4Entry(const CNetworkAdapter *adapter) {
+    if (adapter) {
+        for (const QNetworkAddressEntry &entry : adapter->addressEntries()) {
+            if (entry.ip().protocol() == QAbstractSocket::IPv4Protocol)
+                return entry;
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+QString IpConfigurationWidget::validAddressesText() const {
+    return QStringLiteral("Valid addresses are:<br>") +
+           FormatSubnetAddresses(GetNetworkAdapaterFromDeviceItem(ui->deviceTree->currentItem()));
+}
+
+bool IpConfigurationWidget::forceIp(const QString &headerText, bool showMacAddress, QString *newIpAddress) {
+    QTreeWidgetItem *item = ui->deviceTree->currentItem();
+    const OptionalDevice device = deviceOf(item);
+    const QString deviceMac = device ? displayText(*device, PropMacAddress) : QString();
+    TRACE(Progress, "Forcing IP of device with MAC=%s.", bytes(deviceMac).constData());
+    const QNetworkAddressEntry entry = firstIPv4Entry(GetNetworkAdapaterFromDeviceItem(item));
+
+    IpAddressWidget dialog(this);
+    dialog.setWindowTitle(QStringLiteral("Assign Temporary IP Address (Force IP)"));
+    dialog.setHeaderText(headerText);
+    dialog.setShowMacAddress(showMacAddress);
+    dialog.setIpAddress(SuggestIPAddress(entry));
+    if (!entry.netmask().isNull())
+        dialog.setSubnetMask(entry.netmask().toString());
+    dialog.setDefaultGateway(QStringLiteral("0.0.0.0"));
+    dialog.setMacAddress(deviceMac.isEmpty() ? QString::fromLatin1(MacPrefix) : deviceMac);
+
+    for (;;) {
+        if (dialog.exec() != QDialog::Accepted) {
+            TRACE(Progress, "Forcing IP of device with MAC=%s has been canceled by user.",
+                  bytes(deviceMac).constData());
+            return false;
+        }
+        EditorContent entered{AddressMode::Static, dialog.ipAddress(), dialog.subnetMask(), dialog.defaultGateway()};
+        for (QString *address : {&entered.ipAddress, &entered.netmask, &entered.defaultGateway})
+            fixupIpAddress(*address);
+        QString mac = dialog.macAddress();
+        fixupMacAddress(mac);
+        mac = mac.toUpper();
+        TRACE(Progress, "User entered IP=%s; Netmask=%s; Gateway=%s; MAC=%s", bytes(entered.ipAddress).constData(),
+              bytes(entered.netmask).constData(), bytes(entered.defaultGateway).constData(), bytes(mac).constData());
+        if (!isIPAddressValidForDevice(entered.ipAddress)) {
+            TRACE(Warning, "Invalid IP address entered for MAC=%s. Asking again.", bytes(mac).constData());
+            QMessageBox::critical(
+                this, QStringLiteral("Error"),
+                QStringLiteral("IP Addresses 127.0.0.1 and 224.0.0.0 to 255.255.255.255 cannot be used."),
+                QMessageBox::Ok);
+            continue;
+        }
+        bool rediscovered = false;
+        if (sendForceIp(mac, entered, newIpAddress, &rediscovered))
+            return rediscovered;
+    }
+}
+
+/// False asks the user again.
+bool IpConfigurationWidget::sendForceIp(const QString &mac, const EditorContent &addresses, QString *newIpAddress,
+                                        bool *pRediscovered) {
+    const QScopedValueRollback<int> busy(m_BusyDepth, m_BusyDepth + 1);
+    const WaitCursor cursor;
+    const QByteArray macText = bytes(mac);
+    qDebug("Forcing IP configuration for MAC: '%s' with IP: '%s'; Subnet: '%s'; Default Gateway: '%s'",
+           macText.constData(), bytes(addresses.ipAddress).constData(), bytes(addresses.netmask).constData(),
+           bytes(addresses.defaultGateway).constData());
+    TRACE(Progress, "Now forcing IP for MAC=%s. Retries remaining=%i.", macText.constData(), 0);
+    try {
+        m_pDeviceLister->Tl().ForceIp(gc(mac), gc(addresses.ipAddress), gc(addresses.netmask),
+                                      gc(addresses.defaultGateway));
+        TRACE(Progress, "Successfully forced IP for MAC=%s.", macText.constData());
+        if (newIpAddress)
+            *newIpAddress = addresses.ipAddress;
+        *pRediscovered = waitForDevice(mac);
+        m_pDeviceLister->updateDeviceInfo(macText, nullptr, bytes(addresses.ipAddress), bytes(addresses.netmask),
+                                          bytes(addresses.defaultGateway), true);
+    } catch (const GenICam::GenericException &error) {
+        TRACE(Error, "Failed to force IP for MAC=%s. Err='%s'", macText.constData(), error.GetDescription());
+        showException("forceIp", error, this);
+        return false;
+    } catch (const std::exception &error) {
+        TRACE(Error, "Failed to force IP for MAC=%s.", macText.constData());
+        showException("forceIp", error, this);
+    } catch (...) {
+        TRACE(Error, "Failed to force IP for MAC=%s.", macText.constData());
+        showUnexpectedException("forceIp", "Unknown exception occurred", this);
+    }
+    return true;
+}
+
+bool IpConfigurationWidget::openDevice(const QString &ipAddress) {
+    QString address = ipAddress;
+    for (;;) {
+        QString failure;
+        if (tryOpenDevice(address, &failure))
+            return true;
+        if (isInUseByAnother(address)) {
+            const QString title = QStringLiteral("Connection failed");
+            const QString text =
+                QStringLiteral("Access denied\nThe device is controlled by another application.\nClose "
+                               "the connection before changing the IP configuration.");
+            showWarningMessage(title, QStringLiteral("openDevice"), text, this);
+            QMessageBox::warning(this, title, text);
+            return false;
+        }
+        qDebug("Could not open the device. Will try forceIP ('%s')", bytes(failure).constData());
+        const QString header =
+            QStringLiteral("A connection to the device must be established in order to change the configuration.<br>To "
+                           "do this, a temporary IP address needs to be assigned to the device.<br>This temporary "
+                           "address will only be used to update the configuration and will not be stored on the "
+                           "device.<br>") +
+            validAddressesText();
+        if (!forceIp(header, false, &address))
+            return false;
+    }
+}
+
+bool IpConfigurationWidget::tryOpenDevice(const QString &ipAddress, QString *failure) {
+    const WaitBox box(QStringLiteral("Trying to establish a connection to the device..."), this);
+    IGigETransportLayer &tl = m_pDeviceLister->Tl();
+    ICorvoDevice *created = nullptr;
+    try {
+        CQuorelGigEDeviceInfo info;
+        info.SetIpAddress(gc(ipAddress));
+        created = tl.CreateDevice(info);
+        m_pDevice = dynamic_cast<ICorvoGigEDevice *>(created);
+        if (!m_pDevice)
+            throw LOGICAL_ERROR_EXCEPTION("The device must be a GEV Camera.");
+        m_pDevice->Open(Control | Stream | Event);
+        return true;
+    } catch (const GenICam::GenericException &error) {
+        *failure = QString::fromUtf8(error.GetDescription());
+        m_pDevice = nullptr;
+        if (created)
+            tl.DestroyDevice(created);
+        return false;
+    }
+}
+
+/// A refused open looks like any other failure: the device itself tells whether somebody holds it.
+bool IpConfigurationWidget::isInUseByAnother(const QString &ipAddress) {
+    EDeviceAccessiblityInfo verdict = Accessibility_Unknown;
+    try {
+        CQuorelGigEDeviceInfo info;
+        info.SetIpAddress(gc(ipAddress));
+        m_pDeviceLister->Tl().IsDeviceAccessible(info, AccessModeSet(Control), &verdict);
+    } catch (const GenICam::GenericException &) { // not found at that address, so nothing is known of its holder
+    }
+    return verdict == Accessibility_Opened || verdict == Accessibility_OpenedExclusively;
+}
+
+void IpConfigurationWidget::onAssignTemporaryIPAddress() {
+    const OptionalDevice device = GetSelectedDeviceInfo();
+    if (!device || m_BusyDepth > 0)
+        return;
+    try {
+        forceIp(QStringLiteral("Please specify a temporary IP address.<br>This address will be valid until the device "
+                               "resets.") +
+                    validAddressesText(),
+                false, nullptr);
+        updateTreeRowFromDeviceInfoByMac(displayText(*device, PropMacAddress));
+        updateUiFromTreeItem(ui->deviceTree->currentItem());
+    } catch (const std::exception &error) {
+        qDebug("onAssignTemporaryIPAddress: error forcing IP (err='%s')", error.what());
+    }
+}
+
+void IpConfigurationWidget::forceIpByMac_triggered() {
+    if (m_BusyDepth > 0)
+        return;
+    guarded("forceIpByMac_triggered", [this] {
+        forceIp(QStringLiteral("Please specify the MAC address for the device to force the IP address.\n\nThere won't "
+                               "be any error message in case you specify the wrong MAC address."),
+                true, nullptr);
+    });
+}

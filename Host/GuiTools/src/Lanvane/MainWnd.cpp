@@ -1,0 +1,87 @@
+#include "MainWnd.h"
+
+#include "CorvoQtBase/HelpHelper.h"
+#include "aboutdialog.h"
+#include "ipconfigurationwidget.h"
+
+#include <QCloseEvent>
+#include <QDebug>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QSettings>
+
+namespace {
+
+constexpr const char *SettingsGroup = "MainWindow";
+/// Stage of the build, for instance "beta"; empty for a release.
+constexpr const char *BuildStageTag = "";
+
+/// The stored rectangle with the frame that window systems put around it, roughly.
+QRect frameOf(const QPoint &pos, const QSize &size) {
+    return {QPoint(pos.x() - 8, pos.y() - 16), QPoint(pos.x() + size.width() - 9, pos.y() + size.height() - 9)};
+}
+
+bool isOnAScreen(const QRect &frame) {
+    if (!frame.isValid())
+        return false;
+    for (const QScreen *screen : QGuiApplication::screens()) {
+        if (screen->availableGeometry().intersects(frame))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+QString buildSuffix() {
+    QString suffix = QStringLiteral(" 64-Bit");
+    if (*BuildStageTag != '\0')
+        suffix += QLatin1Char(' ');
+    return suffix;
+}
+
+MainWnd::MainWnd(QWidget *parent, Qt::WindowFlags flags) : QMainWindow(parent, flags), m_IpConfigWidget(nullptr) {
+    setupUi(this);
+    m_IpConfigWidget = new IpConfigurationWidget(this);
+    setCentralWidget(m_IpConfigWidget);
+    if (!CHelpHelper::isHelpAvailable(CHelpHelper::HelpType_ApplicationHelp)) {
+        menuHelp->removeAction(actionViewHelp);
+        qDebug() << "View Help removed";
+    }
+    restoreGeometryFromSettings();
+    connect(actionExit, SIGNAL(triggered()), this, SLOT(close()));
+}
+
+void MainWnd::restoreGeometryFromSettings() {
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    if (!settings.contains("pos") || !settings.contains("size"))
+        return;
+    const QPoint pos = settings.value("pos").toPoint();
+    const QSize size = settings.value("size").toSize();
+    if (!isOnAScreen(frameOf(pos, size)))
+        return;
+    resize(size);
+    move(pos);
+}
+
+void MainWnd::on_actionRefresh_triggered() { m_IpConfigWidget->refresh(); }
+
+void MainWnd::on_actionAbout_triggered() {
+    AboutDialog about(this);
+    about.setProductVersion(QStringLiteral("%1.%2.%3.%4%5").arg(1).arg(0).arg(13).arg(0).arg(buildSuffix()));
+    about.setCopyrightTimeRange(QStringLiteral("2019"));
+    about.exec();
+}
+
+void MainWnd::closeEvent(QCloseEvent *event) {
+    if (!m_IpConfigWidget->close()) {
+        event->ignore();
+        return;
+    }
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    settings.setValue("pos", pos());
+    settings.setValue("size", QSize(width(), height()));
+    event->accept();
+}

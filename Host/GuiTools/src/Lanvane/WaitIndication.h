@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <memory>
+
+class QDialog;
+class QString;
+class QWidget;
+
+/// Shows the wait cursor as long as it lives. Guards nest.
+class WaitCursor {
+public:
+    WaitCursor();
+    ~WaitCursor();
+    Q_DISABLE_COPY(WaitCursor)
+};
+
+/// A small modeless box with a text, and the wait cursor, for the time of a long operation.
+class WaitBox {
+public:
+    WaitBox(const QString &text, QWidget *parent);
+    ~WaitBox();
+    Q_DISABLE_COPY(WaitBox)
+
+private:
+    WaitCursor m_Cursor;
+    std::unique_ptr<QDialog> m_Box;
+};
+
+/// Lets the windows paint and posted events arrive; what the user does waits.
+void processEventsWithoutUser();
+/// The same for a time in milliseconds.
+void pauseWithoutUser(int milliseconds);

@@ -1,0 +1,530 @@
+#include "ipconfigurationwidget.h"
+
+#include "AddressCleanup.h"
+#include "AddressRules.h"
+#include "Base/GCException.h"
+#include "CorvoQtBase/errorhandling.h"
+#include "MinimalCorvo/TraceLog.h"
+#include "QIpAddressValidator.h"
+#include "QIpAddressWithNetmaskValidator.h"
+#include "QIpNetmaskValidator.h"
+#include "WaitIndication.h"
+#include "ui_ipconfigurationwidget.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QHostAddress>
+#include <QMenu>
+#include <QMessageBox>
+#include <QScopedValueRollback>
+#include <QSettings>
+#include <QShortcut>
+#include <QSignalBlocker>
+
+#include <algorithm>
+
+using namespace Corvo;
+
+namespace {
+
+enum Column { ColName, ColSerialNumber, ColMac, ColStatus, ColIpConfiguration, ColIpAddress, ColSubnetMask };
+enum RowType { AdapterRow = QTreeWidgetItem::UserType + 1, DeviceRow };
+constexpr int IndexRole = Qt::UserRole;
+
+constexpr const char *SettingsGroup = "MainWindow";
+constexpr int HeaderVersion = 2;
+
+const QNetworkInterface::InterfaceFlags RequiredFlags = QNetworkInterface::IsUp | QNetworkInterface::IsRunning;
+
+/// Starts the first refresh once the window is there.
+class DeferredInitialRefreshEvent : public QEvent {
+public:
+    DeferredInitialRefreshEvent() : QEvent(eventType()) {}
+    static Type eventType() {
+        static const int type = registerEventType();
+        return static_cast<Type>(type);
+    }
+};
+
+int indexOf(const QTreeWidgetItem *item) { return item->data(ColName, IndexRole).toInt(); }
+
+/// Cleaned up, so that other spellings of one address count as the same.
+QString cleaned(QString address) {
+    fixupIpAddress(address);
+    return address;
+}
+
+QString cleanedNetmask(const QLineEdit *edit) {
+    QString mask = edit->text();
+    edit->validator()->fixup(mask);
+    return cleaned(mask);
+}
+
+} // namespace
+
+unsigned long GetIPConfigBaseCatID() {
+    static const unsigned long id = tracelog::LogGetCatID("Lanvane.Base");
+    return id;
+}
+
+void IpConfigurationWidget::fixupIpAddress(QString &address) { ::fixupIpAddress(address); }
+
+void IpConfigurationWidget::fixupMacAddress(QString &mac) { ::fixupMacAddress(mac); }
+
+IpConfigurationWidget::IpConfigurationWidget(QWidget *parent)
+    : QWidget(parent), ui(std::make_unique<Ui::IpConfigurationWidget>()) {
+    ui->setupUi(this);
+    m_pDeviceLister = std::make_unique<DeviceLister>();
+    setUpTree();
+    setUpActions();
+    setUpEditor();
+    updateUiFromTreeItem(nullptr);
+    QCoreApplication::postEvent(this, new DeferredInitialRefreshEvent);
+}
+
+IpConfigurationWidget::~IpConfigurationWidget() { closeDevice(); }
+
+void IpConfigurationWidget::setUpTree() {
+    ui->deviceTree->setHeaderLabels({QString(), QStringLiteral("Serial Number"), QStringLiteral("MAC Address"),
+                                     QStringLiteral("Status"), QStringLiteral("IP Configuration"),
+                                     QStringLiteral("IP Address"), QStringLiteral("Subnet Mask")});
+    restoreHeader();
+    connect(ui->deviceTree, SIGNAL(customContextMenuRequested(const QPoint &)), this,
+            SLOT(onShowContextMenu(const QPoint &)));
+    connect(ui->deviceTree, &QTreeWidget::currentItemChanged, this, &IpConfigurationWidget::onCurrentItemChanged);
+    connect(ui->selectionInfo, SIGNAL(linkActivated(const QString &)), this,
+            SLOT(onSelectionInfo_linkActivated(const QString &)));
+    ui->splitter->setStretchFactor(0, 3);
+    ui->splitter->setStretchFactor(1, 2);
+}
+
+void IpConfigurationWidget::setUpActions() {
+    auto *showConnections = new QAction(this);
+    showConnections->setObjectName(QStringLiteral("actionShowNetworkConnections"));
+    showConnections->setShortcut(QKeySequence(QStringLiteral("Alt+Shift+Ctrl+N")));
+    connect(showConnections, SIGNAL(triggered()), this, SLOT(ShowNetworkConnections_triggered()));
+    auto *forceByMac = new QAction(this);
+    forceByMac->setObjectName(QStringLiteral("actionForceIpByMac"));
+    forceByMac->setShortcut(QKeySequence(QStringLiteral("Alt+Shift+Ctrl+F")));
+    connect(forceByMac, SIGNAL(triggered()), this, SLOT(forceIpByMac_triggered()));
+    addActions({showConnections, forceByMac});
+}
+
+void IpConfigurationWidget::setUpEditor() {
+    for (QRadioButton *button : {ui->btnUsePersistentIp, ui->btnUseDhcp, ui->btnUseAutoIp})
+        connect(button, SIGNAL(clicked(bool)), this, SLOT(ipConfigurationEdited()));
+    auto *address = new QIpAddressWithNetmaskValidator(ui->editNetmask, ui->editIpAddress);
+    ui->editIpAddress->setValidator(address);
+    ui->editNetmask->setValidator(new QIpNetmaskValidator(ui->editNetmask));
+    for (QLineEdit *edit : {ui->editIpAddress, ui->editNetmask, ui->editDefaultGateway})
+        connect(edit, &QLineEdit::returnPressed, this, &IpConfigurationWidget::onReturnPressed);
+    auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), ui->editor);
+    escape->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(escape, &QShortcut::activated, this, &IpConfigurationWidget::revertEditor);
+}
+
+void IpConfigurationWidget::restoreHeader() {
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    if (settings.value("headerver").toInt() == HeaderVersion)
+        ui->deviceTree->header()->restoreState(settings.value("header").toByteArray());
+}
+
+void IpConfigurationWidget::saveHeader() const {
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    settings.setValue("headerver", HeaderVersion);
+    settings.setValue("header", ui->deviceTree->header()->saveState());
+}
+
+void IpConfigurationWidget::guarded(const char *context, const std::function<void()> &work) {
+    try {
+        work();
+    } catch (const GenICam::GenericException &error) {
+        showException(context, error, this);
+    } catch (const std::exception &error) {
+        showException(context, error, this);
+    } catch (...) {
+        showUnexpectedException(context, "Unknown exception occurred", this);
+    }
+}
+
+bool IpConfigurationWidget::event(QEvent *event) {
+    if (event->type() != DeferredInitialRefreshEvent::eventType())
+        return QWidget::event(event);
+    refresh();
+    return true;
+}
+
+void IpConfigurationWidget::closeEvent(QCloseEvent *event) {
+    // A window system's request can arrive in the middle of a wait, whose code still needs the window.
+    if (m_BusyDepth > 0 || !saveBeforeClosing()) {
+        event->ignore();
+        return;
+    }
+    closeDevice();
+    saveHeader();
+    event->accept();
+}
+
+// Refresh and rows
+
+void IpConfigurationWidget::refresh() {
+    if (m_BusyDepth > 0)
+        return;
+    guarded("Failed to enumerate devices", [this] { doRefresh(); });
+}
+
+void IpConfigurationWidget::on_btnRefresh_clicked() { refresh(); }
+
+void IpConfigurationWidget::doRefresh() {
+    const OptionalDevice device = GetSelectedDeviceInfo();
+    const QString mac = device ? displayText(*device, PropMacAddress) : QString();
+    const CNetworkAdapter *adapter = GetSelectedNetworkAdapter();
+    const QString adapterName = adapter ? adapter->name() : QString();
+    if (checkSaveChanges() && !(device && writeConfiguration(*device))) {
+        QMessageBox::critical(this, window()->windowTitle(),
+                              QStringLiteral("The configuration could not be saved.\nThe Refresh operation has been "
+                                             "canceled."));
+        return;
+    }
+
+    const QScopedValueRollback<int> busy(m_BusyDepth, m_BusyDepth + 1);
+    const QSignalBlocker blocker(ui->deviceTree); // rows come and go without prompts
+    closeDevice();
+    ui->deviceTree->clear();
+    updateUiFromTreeItem(nullptr);
+    setSelectionInfoText(QStringLiteral("Searching for devices..."));
+    const WaitCursor cursor;
+    repaint();
+    processEventsWithoutUser();
+    try {
+        fillTree();
+    } catch (...) {
+        select(mac, adapterName);
+        throw;
+    }
+    select(mac, adapterName);
+}
+
+void IpConfigurationWidget::fillTree() {
+    m_NetworkAdapters = CNetworkAdapter::allNetworkAdapters(RequiredFlags, QNetworkInterface::IsLoopBack);
+    for (int i = 0; i < m_NetworkAdapters.size(); ++i) {
+        auto *item = new QTreeWidgetItem(ui->deviceTree, AdapterRow);
+        item->setData(ColName, IndexRole, i);
+        UpdateTreeItemFromNetworkAdapter(item, &m_NetworkAdapters[i]);
+    }
+    if (m_NetworkAdapters.isEmpty())
+        return;
+    m_pDeviceLister->discoverAllDevices();
+    addDeviceRows();
+    for (int column = 0; column < ui->deviceTree->columnCount(); ++column)
+        ui->deviceTree->resizeColumnToContents(column);
+}
+
+void IpConfigurationWidget::addDeviceRows() {
+    std::vector<DIPtrAndIndexPair> sorted;
+    int index = 0;
+    for (const CDeviceInfo &device : m_pDeviceLister->devices())
+        sorted.push_back({&device, index++});
+    std::stable_sort(sorted.begin(), sorted.end(), CompareDIByProps{"ModelName", PropMacAddress});
+    for (const DIPtrAndIndexPair &entry : sorted) {
+        QTreeWidgetItem *adapter = findAdapterTreeItem(displayText(*entry.m_pDI, PropIfName));
+        auto *item = adapter ? new QTreeWidgetItem(adapter, DeviceRow) : new QTreeWidgetItem(ui->deviceTree, DeviceRow);
+        item->setData(ColName, IndexRole, entry.m_DIIndex);
+        const CQuorelGigEDeviceInfo device(*entry.m_pDI);
+        UpdateTreeItemFromDeviceInfo(item, &device);
+    }
+}
+
+void IpConfigurationWidget::select(const QString &mac, const QString &adapterName) {
+    QTreeWidgetItem *item = mac.isEmpty() ? nullptr : findDeviceTreeItem(mac);
+    if (!item && !adapterName.isEmpty())
+        item = findAdapterTreeItem(adapterName);
+    if (!item)
+        item = ui->deviceTree->topLevelItem(0);
+    ui->deviceTree->setCurrentItem(item);
+    updateUiFromTreeItem(item);
+    if (m_NetworkAdapters.isEmpty())
+        setSelectionInfoText(noAdaptersText());
+}
+
+std::size_t IpConfigurationWidget::updateTreeRowFromDeviceInfoByMac(const QString &mac) {
+    std::size_t count = 0;
+    for (QTreeWidgetItem *item : deviceTreeItems()) {
+        const OptionalDevice device = deviceOf(item);
+        if (device && displayText(*device, PropMacAddress) == mac && UpdateTreeItemFromDeviceInfo(item, &*device))
+            ++count;
+    }
+    return count;
+}
+
+bool IpConfigurationWidget::UpdateTreeItemFromDeviceInfo(QTreeWidgetItem *item, const CQuorelGigEDeviceInfo *device) {
+    if (!item || !device)
+        return false;
+    const EDeviceAccessiblityInfo verdict = GetAccessibility(*device);
+    const QString model = displayText(*device, "ModelName");
+    item->setText(ColName, model);
+    item->setIcon(ColName, ModelIcon(model));
+    item->setText(ColSerialNumber, displayText(*device, "SerialNumber"));
+    item->setText(ColMac, displayText(*device, PropMacAddress));
+    item->setText(ColStatus, FormatAccessibility(verdict));
+    item->setIcon(ColStatus, AccessibilityIcon(verdict));
+    item->setText(ColIpConfiguration, formatIPConfigurationOf(*device));
+    item->setText(ColIpAddress, displayText(*device, "IpAddress"));
+    item->setText(ColSubnetMask, displayText(*device, "SubnetMask"));
+    return true;
+}
+
+bool IpConfigurationWidget::UpdateTreeItemFromNetworkAdapter(QTreeWidgetItem *item, const CNetworkAdapter *adapter) {
+    if (!item || !adapter)
+        return false;
+    item->setText(ColName, adapter->displayName());
+    item->setIcon(ColName, QIcon(QStringLiteral(":/Lanvane/Resources/network_adapter.png")));
+    item->setFirstColumnSpanned(true);
+    item->setExpanded(true);
+    item->setChildIndicatorPolicy(QTreeWidgetItem::ShowIndicator);
+    return true;
+}
+
+QTreeWidgetItem *IpConfigurationWidget::findAdapterTreeItem(const QString &name) const {
+    // A device seen through several adapters stands under the first that there is.
+    for (const QString &part : name.split(QLatin1Char(';'))) {
+        for (int i = 0; i < ui->deviceTree->topLevelItemCount(); ++i) {
+            QTreeWidgetItem *item = ui->deviceTree->topLevelItem(i);
+            const CNetworkAdapter *adapter =
+                item->type() == AdapterRow ? GetNetworkAdapterFromItemIndex(indexOf(item)) : nullptr;
+            if (adapter && adapter->name() == part)
+                return item;
+        }
+    }
+    return nullptr;
+}
+
+QTreeWidgetItem *IpConfigurationWidget::findDeviceTreeItem(const QString &mac) const {
+    for (QTreeWidgetItem *item : deviceTreeItems()) {
+        const OptionalDevice device = deviceOf(item);
+        if (device && displayText(*device, PropMacAddress) == mac)
+            return item;
+    }
+    return nullptr;
+}
+
+std::vector<QTreeWidgetItem *> IpConfigurationWidget::deviceTreeItems() const {
+    std::vector<QTreeWidgetItem *> items;
+    for (QTreeWidgetItemIterator i(ui->deviceTree); *i; ++i) {
+        if ((*i)->type() == DeviceRow)
+            items.push_back(*i);
+    }
+    return items;
+}
+
+// Selection
+
+const CNetworkAdapter *IpConfigurationWidget::GetNetworkAdapterFromItemIndex(int index) const {
+    return index >= 0 && index < m_NetworkAdapters.size() ? &m_NetworkAdapters[index] : nullptr;
+}
+
+IpConfigurationWidget::OptionalDevice IpConfigurationWidget::GetDeviceInfoFromItemIndex(int index) const {
+    const auto &devices = m_pDeviceLister->devices();
+    if (index < 0 || static_cast<std::size_t>(index) >= devices.size())
+        return std::nullopt;
+    return CQuorelGigEDeviceInfo(devices[static_cast<std::size_t>(index)]);
+}
+
+IpConfigurationWidget::OptionalDevice IpConfigurationWidget::deviceOf(const QTreeWidgetItem *item) const {
+    return item && item->type() == DeviceRow ? GetDeviceInfoFromItemIndex(indexOf(item)) : std::nullopt;
+}
+
+IpConfigurationWidget::OptionalDevice IpConfigurationWidget::GetSelectedDeviceInfo() const {
+    return deviceOf(ui->deviceTree->currentItem());
+}
+
+const CNetworkAdapter *IpConfigurationWidget::GetSelectedNetworkAdapter() const {
+    const QTreeWidgetItem *item = ui->deviceTree->currentItem();
+    return item && item->type() == AdapterRow ? GetNetworkAdapterFromItemIndex(indexOf(item)) : nullptr;
+}
+
+const CNetworkAdapter *IpConfigurationWidget::GetNetworkAdapaterFromDeviceItem(const QTreeWidgetItem *item) const {
+    if (item && item->type() == DeviceRow)
+        item = item->parent();
+    return item && item->type() == AdapterRow ? GetNetworkAdapterFromItemIndex(indexOf(item)) : nullptr;
+}
+
+void IpConfigurationWidget::onCurrentItemChanged(QTreeWidgetItem *current, QTreeWidgetItem *previous) {
+    guarded("onCurrentItemChanged", [&] {
+        if (checkSaveChanges())
+            saveChangesOf(previous);
+        closeDevice();
+        updateUiFromTreeItem(current);
+    });
+}
+
+void IpConfigurationWidget::updateUiFromTreeItem(const QTreeWidgetItem *item) {
+    const OptionalDevice device = deviceOf(item);
+    const CNetworkAdapter *adapter = GetNetworkAdapaterFromDeviceItem(item);
+    if (device)
+        setSelectionInfoText(deviceText(*device, adapter));
+    else if (adapter)
+        setSelectionInfoText(adapterText(*adapter));
+    else
+        setSelectionInfoText(noDevicesText());
+    fillEditor(item);
+}
+
+void IpConfigurationWidget::setSelectionInfoText(const QString &richText) { ui->selectionInfo->setText(richText); }
+
+void IpConfigurationWidget::setHintText(const QString &text) { ui->hintText->setText(text); }
+
+void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
+    QTreeWidgetItem *item = ui->deviceTree->itemAt(position);
+    if (!item || item->type() == AdapterRow)
+        return;
+    Q_ASSERT_X(item->type() == DeviceRow, "onShowContextMenu", "Unknown treeitem type");
+    QMenu menu(this);
+    QAction *assign = menu.addAction(QStringLiteral("&Assign Temporary IP Address..."));
+    connect(assign, SIGNAL(triggered()), this, SLOT(onAssignTemporaryIPAddress()));
+    menu.exec(ui->deviceTree->viewport()->mapToGlobal(position));
+}
+
+void IpConfigurationWidget::onSelectionInfo_linkActivated(const QString &) {}
+
+void IpConfigurationWidget::ShowNetworkConnections_triggered() {}
+
+// Editor
+
+void IpConfigurationWidget::fillEditor(const QTreeWidgetItem *item) {
+    const OptionalDevice device = deviceOf(item);
+    const auto persistentOr = [&](const char *persistent, const char *current) {
+        return device ? displayText(*device, device->GetPropertyAvailable(persistent) ? persistent : current)
+                      : QString();
+    };
+    const bool known = device && device->GetPropertyAvailable("_PortableIpConfigCurrent");
+    ui->editIpAddress->setText(persistentOr("GevPersistentIPAddress", "IpAddress"));
+    ui->editNetmask->setText(persistentOr("GevPersistentSubnetMask", "SubnetMask"));
+    ui->editDefaultGateway->setText(persistentOr("GevPersistentDefaultGateway", "DefaultGateway"));
+    for (QRadioButton *button : {ui->btnUsePersistentIp, ui->btnUseDhcp, ui->btnUseAutoIp})
+        button->setAutoExclusive(false); // else one could not be unchecked
+    ui->btnUsePersistentIp->setChecked(known && device->IsPersistentIpActive());
+    ui->btnUseDhcp->setChecked(known && !device->IsPersistentIpActive() && device->IsDhcpActive());
+    ui->btnUseAutoIp->setChecked(known && !device->IsPersistentIpActive() && !device->IsDhcpActive() &&
+                                 device->IsAutoIpActive());
+    for (QRadioButton *button : {ui->btnUsePersistentIp, ui->btnUseDhcp, ui->btnUseAutoIp})
+        button->setAutoExclusive(true);
+    clearEditFlags();
+    updateUiState(const_cast<QTreeWidgetItem *>(item));
+    m_Loaded = editorContent();
+}
+
+void IpConfigurationWidget::updateUiState(QTreeWidgetItem *item) {
+    const OptionalDevice device = deviceOf(item);
+    const EDeviceAccessiblityInfo verdict = device ? GetAccessibility(*device) : Accessibility_Unknown;
+    const bool inUse = verdict == Accessibility_Opened || verdict == Accessibility_OpenedExclusively;
+    enableWidgets(device && !inUse);
+    if (inUse)
+        setHintText(QStringLiteral("The device is in use. Its configuration cannot be changed."));
+}
+
+void IpConfigurationWidget::enableWidgets(bool enable) {
+    const OptionalDevice device = GetSelectedDeviceInfo();
+    const bool known = device && device->GetPropertyAvailable("_PortableIpConfigOptions");
+    ui->editor->setEnabled(enable);
+    ui->btnUsePersistentIp->setEnabled(enable && known && device->IsPersistentIpSupported());
+    ui->btnUseDhcp->setEnabled(enable && known && device->IsDhcpSupported());
+    ui->btnUseAutoIp->setEnabled(enable && known && device->IsAutoIpSupported());
+    const bool isStatic = selectedMode() == AddressMode::Static;
+    for (QLineEdit *edit : {ui->editIpAddress, ui->editNetmask, ui->editDefaultGateway})
+        edit->setEnabled(enable && isStatic);
+    const bool valid = isValidConfigInUI();
+    const bool changed = hasChanges();
+    setHintText(changed && !valid && enable ? QStringLiteral("The addresses do not make a valid configuration.")
+                                            : QString());
+    ui->btnWriteConfiguration->setEnabled(enable && changed && valid);
+    ui->btnWriteConfiguration->setDefault(m_isEditModeActive && changed && valid);
+}
+
+void IpConfigurationWidget::ipConfigurationEdited() {
+    m_isIpProtocolConfigDirty = selectedMode() != m_Loaded.mode;
+    edited();
+}
+
+void IpConfigurationWidget::on_editIpAddress_textEdited(const QString &text) {
+    m_isIpAddressEdited = true;
+    m_isIpAddressDirty = cleaned(text) != m_Loaded.ipAddress;
+    edited();
+}
+
+void IpConfigurationWidget::on_editNetmask_textEdited(const QString &) {
+    m_isNetmaskEdited = true;
+    m_isNetmaskDirty = cleanedNetmask(ui->editNetmask) != m_Loaded.netmask;
+    edited();
+}
+
+void IpConfigurationWidget::on_editNetmask_editingFinished() {
+    QString mask = ui->editNetmask->text();
+    ui->editNetmask->validator()->fixup(mask);
+    ui->editNetmask->setText(mask);
+}
+
+void IpConfigurationWidget::on_editDefaultGateway_textEdited(const QString &text) {
+    m_isDefaultGatewayEdited = true;
+    m_isDefaultGatewayDirty = cleaned(text) != m_Loaded.defaultGateway;
+    edited();
+}
+
+void IpConfigurationWidget::edited() {
+    m_isEditModeActive = true;
+    updateUiState(ui->deviceTree->currentItem());
+}
+
+void IpConfigurationWidget::onReturnPressed() {
+    if (ui->btnWriteConfiguration->isEnabled())
+        ui->btnWriteConfiguration->click();
+}
+
+void IpConfigurationWidget::revertEditor() { fillEditor(ui->deviceTree->currentItem()); }
+
+bool IpConfigurationWidget::isValidConfigInUI() const {
+    const AddressMode mode = selectedMode();
+    if (mode != AddressMode::Static)
+        return mode != AddressMode::None;
+    const EditorContent content = editorContent();
+    const QHostAddress gateway(content.defaultGateway);
+    const bool gatewayValid =
+        gateway == QHostAddress(QHostAddress::AnyIPv4) || isIPAddressValidForDevice(content.defaultGateway);
+    return ui->editIpAddress->hasAcceptableInput() && isIPAddressValidForDevice(content.ipAddress) &&
+           ui->editNetmask->hasAcceptableInput() && gatewayValid;
+}
+
+bool IpConfigurationWidget::hasChanges() const {
+    return m_isIpProtocolConfigDirty || m_isIpAddressDirty || m_isNetmaskDirty || m_isDefaultGatewayDirty ||
+           m_isCustomNameDirty;
+}
+
+IpConfigurationWidget::AddressMode IpConfigurationWidget::selectedMode() const {
+    const auto isChosen = [](const QRadioButton *button) { return button->isEnabled() && button->isChecked(); };
+    if (isChosen(ui->btnUsePersistentIp))
+        return AddressMode::Static;
+    if (isChosen(ui->btnUseDhcp))
+        return AddressMode::Dhcp;
+    return isChosen(ui->btnUseAutoIp) ? AddressMode::AutoIp : AddressMode::None;
+}
+
+IpConfigurationWidget::EditorContent IpConfigurationWidget::editorContent() const {
+    return {selectedMode(), cleaned(ui->editIpAddress->text()), cleanedNetmask(ui->editNetmask),
+            cleaned(ui->editDefaultGateway->text())};
+}
+
+void IpConfigurationWidget::clearEditFlags() {
+    m_isIpProtocolConfigDirty = false;
+    m_isIpAddressDirty = false;
+    m_isIpAddressEdited = false;
+    m_isNetmaskDirty = false;
+    m_isNetmaskEdited = false;
+    m_isDefaultGatewayDirty = false;
+    m_isDefaultGatewayEdited = false;
+    m_isCustomNameDirty = false;
+    m_isEditModeActive = false;
+    ui->btnWriteConfiguration->setDefault(false);
+}
