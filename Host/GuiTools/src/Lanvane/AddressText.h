@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QHostAddress>
+#include <QString>
+
+/// Cleans an IPv4 address as the user typed it: trims it, turns an empty text into "0.0.0.0" and drops leading zeros
+/// within the octets (192.168.001.010 becomes 192.168.1.10). The first octet keeps one leading zero.
+void fixupIpAddress(QString &text);
+
+/// Keeps nothing but the hexadecimal digits, in their order and letter case.
+void fixupMacAddress(QString &text);
+
+/// The address that \p text stands for once cleaned, so that what is judged is what will be sent: without the clean-up
+/// a leading zero makes an octet octal. Null when the text is no IPv4 address.
+QHostAddress ipv4AddressFromText(const QString &text);
