@@ -1,0 +1,73 @@
+#include "XmlSource.h"
+
+#include <algorithm>
+#include <fstream>
+
+namespace GenApi {
+
+namespace {
+
+/// Elements and attributes cost many times their text in memory.
+constexpr std::ptrdiff_t maxTags = 2'000'000;
+
+bool IsWideEncoding(std::string_view bytes) {
+    return bytes.size() >= 2 && (bytes[0] == '\0' || bytes[1] == '\0' || bytes[0] == '\xFE' || bytes[0] == '\xFF');
+}
+
+/// Some devices put a line of text or a byte order mark before the XML and fill the memory behind it with zeros.
+std::string_view StripSurroundings(std::string_view bytes) {
+    if (IsWideEncoding(bytes))
+        return bytes;
+    bytes = bytes.substr(0, bytes.find_last_not_of('\0') + 1);
+    constexpr std::size_t searchedBytes = 4096;
+    std::size_t start = bytes.substr(0, searchedBytes).find("<?xml");
+    if (start == std::string_view::npos)
+        start = bytes.find('<');
+    return start == std::string_view::npos ? bytes : bytes.substr(start);
+}
+
+void CheckAmount(std::string_view bytes) {
+    if (bytes.size() > MaxXmlBytes)
+        throw RUNTIME_EXCEPTION("The camera description has %zu bytes, more than the %zu allowed", bytes.size(),
+                                MaxXmlBytes);
+    const auto tags = std::count(bytes.begin(), bytes.end(), '<');
+    const auto attributes = std::count(bytes.begin(), bytes.end(), '=');
+    if (tags > maxTags || attributes > maxTags)
+        throw RUNTIME_EXCEPTION("The camera description has too many elements (%td tags, %td attributes)", tags,
+                                attributes);
+}
+
+void RefuseDoctype(const pugi::xml_document &document) {
+    for (const pugi::xml_node node : document.children())
+        if (node.type() == pugi::node_doctype)
+            throw RUNTIME_EXCEPTION("The camera description has a DOCTYPE, which is not allowed");
+}
+
+} // namespace
+
+std::string ReadDescriptionFile(const gcstring &fileName) {
+    std::ifstream file(fileName.c_str(), std::ios::binary);
+    std::string bytes(MaxStoredBytes + 1, '\0');
+    if (!file || !file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())).eof())
+        throw RUNTIME_EXCEPTION("Cannot read the camera description file '%s', or it is larger than %zu bytes",
+                                fileName.c_str(), MaxStoredBytes);
+    bytes.resize(static_cast<std::size_t>(file.gcount()));
+    return bytes;
+}
+
+XmlDocument ParseXml(std::string_view bytes) {
+    const std::string_view xml = StripSurroundings(bytes);
+    CheckAmount(xml);
+    auto document = std::make_shared<pugi::xml_document>();
+    constexpr unsigned options = pugi::parse_default | pugi::parse_doctype | pugi::parse_embed_pcdata;
+    const pugi::xml_parse_result result = document->load_buffer(xml.data(), xml.size(), options);
+    if (!result)
+        throw RUNTIME_EXCEPTION("The camera description is no well-formed XML: %s at offset %td", result.description(),
+                                xml.data() - bytes.data() + result.offset);
+    RefuseDoctype(*document);
+    if (!document->child("RegisterDescription"))
+        throw RUNTIME_EXCEPTION("The camera description has no root element 'RegisterDescription'");
+    return document;
+}
+
+} // namespace GenApi
