@@ -10,8 +10,8 @@ public:
     IBase(const IBase &) = delete;
     IBase &operator=(const IBase &) = delete;
 
-    /// What can be done with the node now. Not implemented wins over not available, which wins over everything else; the
-    /// read and write rights of the node, its imposed mode, its target and its port are combined by AND, and a lock
+    /// What can be done with the node now. Not implemented wins over not available, which wins over everything else;
+    /// the read and write rights of the node, its imposed mode, its target and its port are combined by AND, and a lock
     /// takes writing away. Structural faults of the file (a reference to a node that does not exist) give NI.
     /// \throws RuntimeException when a condition of the node cannot be evaluated; whatever the port throws.
     virtual EAccessMode GetAccessMode() const = 0;

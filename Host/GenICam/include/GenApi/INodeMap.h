@@ -8,9 +8,9 @@ namespace GenApi {
 
 /// The features of one device.
 ///
-/// Made by CNodeMapFactory and destroyed through IDestroy (CNodeMapRef does both). Every operation on the map and on its
-/// nodes takes the map's one recursive lock, so any thread may use it; take GetLock() to make several operations one.
-/// Callbacks inside the lock run with it held. A node map used by several threads must outlive their operations.
+/// Made by CNodeMapFactory and destroyed through IDestroy (CNodeMapRef does both). Every operation on the map and on
+/// its nodes takes the map's one recursive lock, so any thread may use it; take GetLock() to make several operations
+/// one. Callbacks inside the lock run with it held. A node map used by several threads must outlive their operations.
 class INodeMap {
 public:
     INodeMap(const INodeMap &) = delete;

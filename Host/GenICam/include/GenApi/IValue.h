@@ -12,8 +12,8 @@ public:
     /// \throws AccessException when the node is not readable; RuntimeException when the value cannot be had.
     virtual gcstring ToString(bool Verify = false, bool IgnoreCache = false) = 0;
     /// Sets the value from text. \param Verify check it against the limits.
-    /// \throws AccessException when the node is not writable; InvalidArgumentException when the text is no value of this
-    /// node; OutOfRangeException.
+    /// \throws AccessException when the node is not writable; InvalidArgumentException when the text is no value of
+    /// this node; OutOfRangeException.
     virtual void FromString(const gcstring &ValueStr, bool Verify = true) = 0;
     /// True when reading the value needs no access to the port.
     virtual bool IsValueCacheValid() const = 0;

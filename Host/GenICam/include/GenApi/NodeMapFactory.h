@@ -27,6 +27,7 @@ public:
     /// Adds the content of another factory. It is merged when the node map is made: a node of a new name is added, a
     /// category gets the features it does not list yet, any other node replaces the one of its name unless its
     /// MergePriority is lower.
+    /// \throws what Preprocess of the other factory throws; LogicalErrorException when this one is preprocessed.
     void AddInjectionData(const CNodeMapFactory &injectionData);
 
     bool IsPreprocessed() const;

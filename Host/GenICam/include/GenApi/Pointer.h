@@ -17,8 +17,8 @@
 
 namespace GenApi {
 
-/// Points to one interface of a node, found by dynamic cast: empty when the node is missing or of another kind. Does not
-/// own the node, which lives as long as its node map.
+/// Points to one interface of a node, found by dynamic cast: empty when the node is missing or of another kind. Does
+/// not own the node, which lives as long as its node map.
 template <class T, class B = IBase> class CPointer {
 public:
     CPointer() = default;

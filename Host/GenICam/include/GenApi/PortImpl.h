@@ -18,8 +18,8 @@ public:
 
     /// The port node this port is connected to, or null.
     INode *GetPortNode() const { return m_pNode; }
-    /// Tells the node map that the port's access mode or the device's content changed. Nothing happens while the port is
-    /// not connected.
+    /// Tells the node map that the port's access mode or the device's content changed. Nothing happens while the port
+    /// is not connected.
     void InvalidateNode();
 
 private:

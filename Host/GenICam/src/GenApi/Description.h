@@ -150,6 +150,8 @@ struct SNodeDescription {
     uint32_t propertyCount;
     /// Which properties the node has, for a quick "no".
     std::bitset<static_cast<std::size_t>(EProperty::Count)> has;
+    /// Something the node cannot work without does not exist.
+    bool isBroken = false;
 };
 
 /// Attributes of the root element.

@@ -44,9 +44,7 @@ bool HasAddress(ENodeType type) {
            type == ENodeType::StringReg || type == ENodeType::Register;
 }
 
-std::string_view Attribute(pugi::xml_node element, const char *name) {
-    return Trim(element.attribute(name).value());
-}
+std::string_view Attribute(pugi::xml_node element, const char *name) { return Trim(element.attribute(name).value()); }
 
 /// An element within a node that is a node of its own; its property gets the new node as target.
 struct SNested {

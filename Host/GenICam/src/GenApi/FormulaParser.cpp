@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t maxFormulaLength = 256 * 1024;
 // Each level costs a few stack frames while parsing.
-constexpr unsigned maxFormulaDepth = 200;
+constexpr unsigned maxFormulaDepth = 1000;
 
 struct SBinaryOperator {
     EToken token;
@@ -21,7 +21,6 @@ struct SBinaryOperator {
 };
 
 constexpr int lowestPrecedence = 1;
-constexpr int powerPrecedence = 10;
 
 constexpr SBinaryOperator binaryOperators[] = {
     {EToken::OrOr, EFormulaOp::Or, lowestPrecedence},
@@ -42,7 +41,7 @@ constexpr SBinaryOperator binaryOperators[] = {
     {EToken::Star, EFormulaOp::Multiply, 10},
     {EToken::Slash, EFormulaOp::Divide, 10},
     {EToken::Percent, EFormulaOp::Remainder, 10},
-    {EToken::StarStar, EFormulaOp::Power, powerPrecedence + 1},
+    {EToken::StarStar, EFormulaOp::Power, 11},
 };
 
 struct SFunction {
@@ -51,11 +50,12 @@ struct SFunction {
 };
 
 constexpr SFunction functions[] = {
-    {"SGN", EFormulaOp::Sgn},     {"NEG", EFormulaOp::Negate},  {"ABS", EFormulaOp::Abs},   {"TRUNC", EFormulaOp::Trunc},
-    {"FLOOR", EFormulaOp::Floor}, {"CEIL", EFormulaOp::Ceil},   {"ROUND", EFormulaOp::Round}, {"SQRT", EFormulaOp::Sqrt},
-    {"EXP", EFormulaOp::Exp},     {"LN", EFormulaOp::Ln},       {"LG", EFormulaOp::Lg},     {"SIN", EFormulaOp::Sin},
-    {"COS", EFormulaOp::Cos},     {"TAN", EFormulaOp::Tan},     {"ASIN", EFormulaOp::Asin}, {"ACOS", EFormulaOp::Acos},
-    {"ATAN", EFormulaOp::Atan},
+    {"SGN", EFormulaOp::Sgn},     {"NEG", EFormulaOp::Negate},  {"ABS", EFormulaOp::Abs},
+    {"TRUNC", EFormulaOp::Trunc}, {"FLOOR", EFormulaOp::Floor}, {"CEIL", EFormulaOp::Ceil},
+    {"ROUND", EFormulaOp::Round}, {"SQRT", EFormulaOp::Sqrt},   {"EXP", EFormulaOp::Exp},
+    {"LN", EFormulaOp::Ln},       {"LG", EFormulaOp::Lg},       {"SIN", EFormulaOp::Sin},
+    {"COS", EFormulaOp::Cos},     {"TAN", EFormulaOp::Tan},     {"ASIN", EFormulaOp::Asin},
+    {"ACOS", EFormulaOp::Acos},   {"ATAN", EFormulaOp::Atan},
 };
 
 /// Precedence climbing that emits code for a stack machine as it goes.
@@ -159,8 +159,9 @@ void CFormulaParser::ParseBinary(int minimumPrecedence) {
     const CLevel level(*this);
     ParseUnary();
     for (;;) {
-        const auto op = std::find_if(std::begin(binaryOperators), std::end(binaryOperators),
-                                     [this](const SBinaryOperator &candidate) { return candidate.token == m_token.kind; });
+        const auto op =
+            std::find_if(std::begin(binaryOperators), std::end(binaryOperators),
+                         [this](const SBinaryOperator &candidate) { return candidate.token == m_token.kind; });
         if (op == std::end(binaryOperators) || op->precedence < minimumPrecedence)
             return;
         Advance();

@@ -81,9 +81,7 @@ bool EqualsNoCase(std::string_view a, std::string_view b) {
            std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return Lower(x) == Lower(y); });
 }
 
-bool IsYes(std::string_view text) {
-    return EqualsNoCase(text, "yes") || EqualsNoCase(text, "true") || text == "1";
-}
+bool IsYes(std::string_view text) { return EqualsNoCase(text, "yes") || EqualsNoCase(text, "true") || text == "1"; }
 
 std::optional<int64_t> ParseInteger(std::string_view text) {
     text = Trim(text);

@@ -19,8 +19,9 @@ using XmlDocument = std::shared_ptr<pugi::xml_document>;
 /// Reads a whole file of at most MaxStoredBytes. \throws RuntimeException.
 std::string ReadDescriptionFile(const gcstring &fileName);
 
-/// Parses a camera description. Tolerates a byte order mark, ISO-8859-1, a text line before the XML and zero bytes after
-/// it. \throws RuntimeException on malformed XML (with the offset), a DOCTYPE, another root element, too much content.
+/// Parses a camera description. Tolerates a byte order mark, ISO-8859-1, a text line before the XML and zero bytes
+/// after it. \throws RuntimeException on malformed XML (with the offset), a DOCTYPE, another root element, too much
+/// content.
 XmlDocument ParseXml(std::string_view bytes);
 
 /// Calls `visit(element)` for each node element below the root, in order; groups are entered, not visited.

@@ -4,6 +4,10 @@
 
 #include <cstddef>
 
+namespace GenApi {
+class INodeMap;
+}
+
 namespace Corvo {
 
 enum eFolderType : int {
@@ -77,6 +81,11 @@ String_t replaceSpacesWith20(const String_t &text);
 /// Reads a whole file, byte by byte as it stands. \throws RuntimeException "Failed to open file ..." when it cannot be
 /// read; \p text is then left alone.
 void textFileToString(const String_t &fileName, String_t &text);
+
+/// The node map of a transport layer that has no parameters of its own. The caller hands it to DestroyNodeMap.
+GenApi::INodeMap *CreateDefaultTransportLayerParamsNodeMap();
+/// Destroys a node map made from an embedded document; null is fine.
+void DestroyNodeMap(GenApi::INodeMap *nodeMap);
 
 /// Threads have no names on this platform: these do nothing.
 inline void SetThreadName(unsigned long /*threadId*/, const char * /*name*/) {}
