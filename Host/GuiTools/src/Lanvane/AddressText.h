@@ -13,3 +13,6 @@ void fixupMacAddress(QString &text);
 /// The address that \p text stands for once cleaned, so that what is judged is what will be sent: without the clean-up
 /// a leading zero makes an octet octal. Null when the text is no IPv4 address.
 QHostAddress ipv4AddressFromText(const QString &text);
+
+/// 0 to 9, a to f, A to F.
+bool isHexDigit(QChar ch);

@@ -12,7 +12,7 @@ class QLineEdit;
 ///
 /// | address | flag |
 /// |---|---|
-/// | 0.0.0.0 | allowNullAddress |
+/// | 0.0.0.0 or an empty text | allowNullAddress |
 /// | 127.0.0.0 to 127.255.255.255 | allowLoopbackAddress |
 /// | 224.0.0.0 to 239.255.255.255 | allowMulticastAddress |
 /// | 240.0.0.0 and above, the limited broadcast 255.255.255.255 included | allowExperimentalPurposeAddress |

@@ -1,0 +1,73 @@
+#include "Lanvane/NetworkAdapter.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr quint32 LINK_LOCAL_NETWORK = 0xA9FE0000; // 169.254.0.0
+constexpr quint32 LINK_LOCAL_FIRST = 0xA9FE0100;
+constexpr quint32 LINK_LOCAL_LAST = 0xA9FEFEFF; // the first and last 256 addresses are reserved
+
+QString formatRange(quint32 first, quint32 last) {
+    return QHostAddress(first).toString() + QLatin1String(" - ") + QHostAddress(last).toString() +
+           QLatin1String("<br>");
+}
+
+QString formatSubnetAddresses(const QNetworkAddressEntry &entry) {
+    const quint32 address = entry.ip().toIPv4Address();
+    const quint32 mask = entry.netmask().toIPv4Address();
+    const quint32 network = address & mask;
+    if (network == LINK_LOCAL_NETWORK)
+        return formatRange(LINK_LOCAL_FIRST, LINK_LOCAL_LAST);
+    return formatRange(network | 1U, network | (~mask & 0xFFFFFFFEU));
+}
+
+bool ownsAddress(const CNetworkAdapter &adapter, const QHostAddress &address) {
+    const QList<QNetworkAddressEntry> entries = adapter.addressEntries();
+    return std::any_of(entries.begin(), entries.end(),
+                       [&address](const QNetworkAddressEntry &entry) { return entry.ip() == address; });
+}
+
+} // namespace
+
+CNetworkAdapter::CNetworkAdapter(const QNetworkInterface &networkInterface)
+    : QNetworkInterface(networkInterface), m_strDisplayName(networkInterface.humanReadableName()),
+      m_strHardwareName(networkInterface.hardwareAddress()) {}
+
+CNetworkAdapter &CNetworkAdapter::operator=(const QNetworkInterface &networkInterface) {
+    return *this = CNetworkAdapter(networkInterface);
+}
+
+CNetworkAdapterList CNetworkAdapter::allNetworkAdapters(QNetworkInterface::InterfaceFlags requiredFlags,
+                                                        QNetworkInterface::InterfaceFlags excludedFlags) {
+    CNetworkAdapterList adapters;
+    const QList<QNetworkInterface> interfaces = allInterfaces();
+    for (const QNetworkInterface &networkInterface : interfaces) {
+        const QNetworkInterface::InterfaceFlags flags = networkInterface.flags();
+        if ((flags & requiredFlags) != requiredFlags || (flags & excludedFlags) != 0)
+            continue;
+        if (!networkInterface.addressEntries().isEmpty())
+            adapters.append(CNetworkAdapter(networkInterface));
+    }
+    return adapters;
+}
+
+const CNetworkAdapter *CNetworkAdapter::findByIpAddress(const CNetworkAdapterList &adapters,
+                                                        const QHostAddress &address) {
+    for (const CNetworkAdapter &adapter : adapters)
+        if (ownsAddress(adapter, address))
+            return &adapter;
+    return nullptr;
+}
+
+QString FormatSubnetAddresses(const QList<QNetworkAddressEntry> &entries) {
+    QString text;
+    for (const QNetworkAddressEntry &entry : entries)
+        if (entry.ip().protocol() == QAbstractSocket::IPv4Protocol)
+            text += formatSubnetAddresses(entry);
+    return text;
+}
+
+QString FormatSubnetAddresses(const CNetworkAdapter *adapter) {
+    return adapter != nullptr ? FormatSubnetAddresses(adapter->addressEntries()) : QString();
+}
