@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Base/GCException.h"
 #include "MinimalCorvo/CorvoBase.h"
 #include "MinimalCorvoGigETL/IGigETransportLayer.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"

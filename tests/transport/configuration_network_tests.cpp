@@ -16,7 +16,7 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr char MAC[] = "025AE3000002"; // of camera 2
 
 /// A camera in a foreign subnet behind the second of two adapters.
-class Configuration : public LayerTest {
+class LayerConfiguration : public LayerTest {
 protected:
     std::string currentAddress() const {
         const auto current = second.cameras.status(mac).current;
@@ -32,7 +32,7 @@ protected:
     const camsim::MacAddress mac = camera(2).mac;
 };
 
-TEST_F(Configuration, ForcesATemporaryAddress) {
+TEST_F(LayerConfiguration, ForcesATemporaryAddress) {
     layer().ForceIp("025ae3000002", "10.0.0.50:99", "255.255.255.0", "10.0.0.1");
     EXPECT_EQ("10.0.0.50", currentAddress());
     EXPECT_EQ("255.255.255.0", second.cameras.status(mac).current->mask.toString());
@@ -54,7 +54,7 @@ TEST_F(Configuration, ForcesATemporaryAddress) {
     EXPECT_EQ((Bytes{0, 0, 0, 0}), part(sent, 60, 4));
 }
 
-TEST_F(Configuration, StoresEachAddressMode) {
+TEST_F(LayerConfiguration, StoresEachAddressMode) {
     second.cameras.setDhcpLease(mac, settings("10.0.0.77/24"));
     const struct {
         bool persistent, dhcp;
@@ -89,7 +89,7 @@ TEST_F(Configuration, StoresEachAddressMode) {
     }
 }
 
-TEST_F(Configuration, FailuresOfTheBroadcastAreToldByFalse) {
+TEST_F(LayerConfiguration, FailuresOfTheBroadcastAreToldByFalse) {
     EXPECT_FALSE(layer().BroadcastIpConfiguration("02A1B2C3D4E5", false, false, "", "", "", "")); // no such device
     second.cameras.removeCamera(mac);
     CameraConfig config = cameraAt(2, "172.16.0.9/16");

@@ -6,6 +6,7 @@
 #include "MinimalCorvoGigETL/tools.h"
 
 #include <arpa/inet.h>
+#include <cstring>
 
 namespace {
 
