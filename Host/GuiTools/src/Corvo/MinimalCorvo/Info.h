@@ -39,6 +39,8 @@ public:
     bool IsSubset(const IProperties &subset) const override;
     /// False for an info that an enumeration made.
     virtual bool IsUserProvided() const;
+    /// Whether a value was overwritten since the enumeration.
+    bool IsModified() const { return m_pImpl->IsModified(); }
 
     virtual ~CInfoBase();
 

@@ -1,0 +1,32 @@
+#include "MinimalCorvoGigETL/EnumCallee.h"
+
+#include "MinimalCorvoGigETL/GigETlTrace.h"
+#include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
+
+#include <algorithm>
+#include <cassert>
+#include <exception>
+
+namespace Corvo {
+
+GXSTATUS EnumCallee::EnumCallback(const sockaddr *pDeviceAddress, const GEV_DISCOVERY_INFO *pInfo,
+                                  const sockaddr *pInterfaceAddress) noexcept {
+    assert(pDeviceAddress != nullptr);
+    try {
+        Add(CQuorelGigEDeviceInfoImpl(*pDeviceAddress, pInfo, *pInterfaceAddress));
+    } catch (const std::exception &) {
+        // Out of memory; tracing would only need more of it.
+    }
+    return GX_SUCCESS;
+}
+
+void EnumCallee::Add(const CDeviceInfo &device) {
+    if (std::find(m_list.begin(), m_list.end(), device) != m_list.end())
+        return;
+    m_list.push_back(device);
+    tracelog::LogTrace(GigETlTraceCategory(), tracelog::lvDebug,
+                       "Adding discovered device '%s' discovered on interface '%s'", device.GetFullName().c_str(),
+                       CQuorelGigEDeviceInfo(device).GetInterface().c_str());
+}
+
+} // namespace Corvo

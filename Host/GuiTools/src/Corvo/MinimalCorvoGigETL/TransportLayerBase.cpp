@@ -1,0 +1,240 @@
+#include "MinimalCorvoGigETL/TransportLayerBase.h"
+
+#include "Base/GCException.h"
+#include "MinimalCorvo/TraceLog.h"
+#include "MinimalCorvo/Utilities.h"
+#include "MinimalCorvoGigETL/IGigETransportLayer.h"
+#include "MinimalCorvoGigETL/TlFactory.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace Corvo {
+
+namespace {
+
+unsigned long TraceCategory() {
+    static const unsigned long category = tracelog::LogGetCatID("corvo.base.TL");
+    return category;
+}
+
+String_t EnablingFilter() {
+    String_t text;
+    GetValueOfEnvironmentVariable("CORVO_USE_TL", text);
+    return text;
+}
+
+int CountFrom(const DeviceInfoList &list, std::size_t initialSize) {
+    return static_cast<int>(list.size() - initialSize);
+}
+
+/// Traces why a device cannot be had and throws that.
+[[noreturn]] void Refuse(const GenICam::RuntimeException &reason) {
+    tracelog::LogTrace(TraceCategory(), tracelog::lvWarning, "%s", reason.GetDescription());
+    throw reason;
+}
+
+} // namespace
+
+template <class Interface> CTransportLayerBase<Interface>::CTransportLayerBase() : m_enablingFilter(EnablingFilter()) {}
+
+template <class Interface> CTransportLayerBase<Interface>::~CTransportLayerBase() {
+    assert(m_devices.empty());
+    DestroyNodeMap(m_pNodeMap);
+}
+
+template <class Interface> int CTransportLayerBase<Interface>::EnumerateDevices(DeviceInfoList &list, bool addToList) {
+    return EnumerateDevices(list, DeviceInfoList(), addToList);
+}
+
+template <class Interface>
+int CTransportLayerBase<Interface>::EnumerateDevices(DeviceInfoList &list, const DeviceInfoList &filter,
+                                                     bool addToList) {
+    if (!addToList)
+        list.clear();
+    const std::size_t initialSize = list.size();
+    if (!IsTLEnabled())
+        return 0;
+    const int count = filter.empty() ? EnumerateUnfiltered(list) : EnumerateFiltered(list, filter);
+    assert(list.size() >= initialSize);
+    std::stable_sort(list.begin() + initialSize, list.end());
+    return count;
+}
+
+template <class Interface> int CTransportLayerBase<Interface>::EnumerateUnfiltered(DeviceInfoList &list) {
+    const DeviceInfoList *pGlobalFilter = CTlFactory::GetGlobalDeviceFilterInstance();
+    if (pGlobalFilter == nullptr)
+        return InternalEnumerateDevices(list);
+    DeviceInfoList found;
+    InternalEnumerateDevices(found);
+    return InternalApplyFilter(found, *pGlobalFilter, list);
+}
+
+template <class Interface>
+int CTransportLayerBase<Interface>::EnumerateFiltered(DeviceInfoList &list, const DeviceInfoList &filter) {
+    if (std::none_of(filter.begin(), filter.end(),
+                     [this](const CDeviceInfo &entry) { return InternalMatchDeviceClass(entry); }))
+        return 0;
+    DeviceInfoList found;
+    EnumerateUnfiltered(found);
+    return InternalApplyFilter(found, filter, list);
+}
+
+template <class Interface>
+int CTransportLayerBase<Interface>::InternalApplyFilter(const DeviceInfoList &source, const DeviceInfoList &filter,
+                                                        DeviceInfoList &out) const {
+    const std::size_t initialSize = out.size();
+    for (const CDeviceInfo &device : source) {
+        if (std::any_of(filter.begin(), filter.end(),
+                        [&](const CDeviceInfo &entry) { return InternalIsSubset(device, entry); }))
+            out.push_back(device);
+    }
+    const int count = CountFrom(out, initialSize);
+    if (!source.empty())
+        tracelog::LogTrace(TraceCategory(), tracelog::lvDebug,
+                           "Filter applied to device list, count of devices before filter step = %d, after filter step "
+                           "= %d.",
+                           CountFrom(source, 0), count);
+    return count;
+}
+
+template <class Interface>
+bool CTransportLayerBase<Interface>::InternalMatchDeviceClass(const CDeviceInfo &info) const {
+    return !info.IsDeviceClassAvailable() || info.GetDeviceClass() == InternalGetDeviceClass();
+}
+
+template <class Interface> void CTransportLayerBase<Interface>::CheckDeviceClass(const CDeviceInfo &info) const {
+    if (!InternalMatchDeviceClass(info))
+        Refuse(RUNTIME_EXCEPTION("The device class %s is not supported by this transport layer. This transport layer "
+                                 "supports %s.",
+                                 info.GetDeviceClass().c_str(), InternalGetDeviceClass().c_str()));
+}
+
+template <class Interface> bool CTransportLayerBase<Interface>::IsTLEnabled() const {
+    return m_enablingFilter.empty() || m_enablingFilter == this->GetTlInfo().GetDeviceClass();
+}
+
+template <class Interface>
+bool CTransportLayerBase<Interface>::IsDeviceAccessible(const CDeviceInfo &info, AccessModeSet modes,
+                                                        EDeviceAccessiblityInfo *pAccessibilityInfo) {
+    if (info.IsUserProvided()) {
+        CheckDeviceClass(info);
+        CDeviceInfo device;
+        FindDevice(info, device, false);
+        return InternalIsDeviceAccessible(device, modes, pAccessibilityInfo);
+    }
+    if (!info.IsModified())
+        return InternalIsDeviceAccessible(info, modes, pAccessibilityInfo);
+    if (pAccessibilityInfo != nullptr) // it no longer names what was found
+        *pAccessibilityInfo = Accessibility_Unknown;
+    return false;
+}
+
+template <class Interface>
+void CTransportLayerBase<Interface>::FindDevice(const CDeviceInfo &info, CDeviceInfo &result, bool firstOnly) {
+    if (InternalNeedsTlSpecificDeviceDiscovery(info)) {
+        result = InternalDoTlSpecificDeviceDiscovery(info);
+        if (!InternalIsSubset(result, info))
+            throw RUNTIME_EXCEPTION("The found device does not contain all the provided device info properties.");
+        return;
+    }
+    if (!IsTLEnabled())
+        throw RUNTIME_EXCEPTION("Device not accessible. Transport layer is restricted by the environment");
+    CheckDeviceClass(info);
+    DeviceInfoList filter;
+    filter.push_back(info);
+    DeviceInfoList matches;
+    const int count = EnumerateDevices(matches, filter);
+    if (count == 0)
+        Refuse(RUNTIME_EXCEPTION("No device is available or no device contains the provided device info properties"));
+    if (count > 1 && !firstOnly)
+        Refuse(RUNTIME_EXCEPTION("Too many devices (%d) match the provided device info properties, don't know which "
+                                 "device to use.",
+                                 count));
+    result = matches.front();
+}
+
+template <class Interface> ICorvoDevice *CTransportLayerBase<Interface>::CreateDevice(const CDeviceInfo &info) {
+    return MakeDevice(info, {}, false);
+}
+
+template <class Interface>
+ICorvoDevice *CTransportLayerBase<Interface>::CreateDevice(const CDeviceInfo &info, const StringList_t &options) {
+    return MakeDevice(info, options, false);
+}
+
+template <class Interface> ICorvoDevice *CTransportLayerBase<Interface>::CreateFirstDevice(const CDeviceInfo &info) {
+    return MakeDevice(info, {}, true);
+}
+
+template <class Interface>
+ICorvoDevice *CTransportLayerBase<Interface>::CreateFirstDevice(const CDeviceInfo &info, const StringList_t &options) {
+    return MakeDevice(info, options, true);
+}
+
+template <class Interface> ICorvoDevice *CTransportLayerBase<Interface>::CreateDevice(const String_t &fullName) {
+    CDeviceInfo info;
+    info.SetFullName(fullName);
+    return MakeDevice(info, {}, false);
+}
+
+template <class Interface>
+ICorvoDevice *CTransportLayerBase<Interface>::MakeDevice(const CDeviceInfo &info, const StringList_t &options,
+                                                         bool firstOnly) {
+    CheckDeviceClass(info);
+    CDeviceInfo device = info;
+    if (info.IsUserProvided())
+        FindDevice(info, device, firstOnly);
+    ICorvoDevice *pDevice = CreateDeviceImpl(device, options);
+    try {
+        KeepDevice(pDevice);
+    } catch (...) {
+        DestroyDevice(pDevice);
+        throw;
+    }
+    return pDevice;
+}
+
+template <class Interface> void CTransportLayerBase<Interface>::KeepDevice(ICorvoDevice *pDevice) {
+    {
+        const GenApi::AutoLock lock(m_lock);
+        m_devices.insert(pDevice);
+    }
+    if (m_pObserver != nullptr)
+        m_pObserver->OnDeviceCreated(*this, pDevice);
+}
+
+template <class Interface> void CTransportLayerBase<Interface>::DestroyDevice(ICorvoDevice *pDevice) {
+    if (pDevice == nullptr)
+        return;
+    {
+        const GenApi::AutoLock lock(m_lock);
+        if (m_devices.erase(pDevice) == 0)
+            throw INVALID_ARGUMENT_EXCEPTION("The device was not created by this transport layer.");
+    }
+    DestroyDeviceImpl(pDevice);
+    if (IDeviceCreationObserver *pObserver = m_pObserver)
+        pObserver->OnDeviceDestroyed(pDevice);
+}
+
+template <class Interface> void CTransportLayerBase<Interface>::DestroyAllDevices() {
+    for (ICorvoDevice *pDevice : m_devices)
+        DestroyDeviceImpl(pDevice);
+    m_devices.clear();
+}
+
+template <class Interface> GenApi::INodeMap *CTransportLayerBase<Interface>::GetNodeMap() {
+    const GenApi::AutoLock lock(m_lock);
+    if (m_pNodeMap == nullptr)
+        m_pNodeMap = CreateDefaultTransportLayerParamsNodeMap();
+    return m_pNodeMap;
+}
+
+template <class Interface>
+void CTransportLayerBase<Interface>::SetDeviceCreationObserver(IDeviceCreationObserver *pObserver) {
+    m_pObserver = pObserver;
+}
+
+template class CTransportLayerBase<IGigETransportLayer>;
+
+} // namespace Corvo
