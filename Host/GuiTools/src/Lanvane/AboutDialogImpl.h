@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui_AboutDialog.h"
+#include "ui_aboutdialog.h"
 
 #include <QDialog>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "AddressRules.h"
+#include "Lanvane/AddressRules.h"
 
 #include <QHostAddress>
 #include <QStringList>

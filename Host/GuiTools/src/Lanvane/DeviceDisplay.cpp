@@ -1,12 +1,13 @@
-#include "DeviceDisplay.h"
+#include "Lanvane/DeviceDisplay.h"
 
-#include "AddressRules.h"
+#include "CorvoQtBase/DeviceText.h"
 #include "CorvoQtBase/GevGuiHelper.h"
-#include "CorvoQtBase/UntrustedText.h"
-#include "DeviceLister.h"
+#include "Lanvane/AddressRules.h"
+#include "Lanvane/DeviceLister.h"
 
 #include <QApplication>
 #include <QHostAddress>
+#include <QRegularExpression>
 #include <QStyle>
 
 using namespace Corvo;
@@ -59,6 +60,31 @@ QString formatIPConfigurationOf(const CDeviceInfo &device) {
     return formatIPConfiguration(displayText(device, "IpConfigCurrent").toLatin1().constData(), 0);
 }
 
+QIcon ModelIcon(const QString &modelName) {
+    // Families by what their model names carry; the first that fits counts.
+    static const struct {
+        QRegularExpression pattern;
+        const char *file;
+    } families[] = {
+        {QRegularExpression(QStringLiteral("line|\\b(rl|l)-?\\d"), QRegularExpression::CaseInsensitiveOption),
+         "camera_line"},
+        {QRegularExpression(QStringLiteral("board|\\bb-?\\d"), QRegularExpression::CaseInsensitiveOption),
+         "camera_board"},
+        {QRegularExpression(QStringLiteral("large|\\bx-?\\d"), QRegularExpression::CaseInsensitiveOption),
+         "camera_large"},
+        {QRegularExpression(QStringLiteral("area|\\b(ol|a)-?\\d"), QRegularExpression::CaseInsensitiveOption),
+         "camera_area"},
+    };
+    const char *file = "camera";
+    for (const auto &family : families) {
+        if (family.pattern.match(modelName).hasMatch()) {
+            file = family.file;
+            break;
+        }
+    }
+    return QIcon(QStringLiteral(":/Lanvane/Resources/%1.png").arg(QLatin1String(file)));
+}
+
 QString noDevicesText() {
     return QStringLiteral("<p>No devices found!</p>Click <b>Refresh</b> or press <b>F5</b> to search for devices.");
 }
@@ -92,7 +118,9 @@ bool fitsAdapter(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *ada
     return hasDeviceValidnetworkPrefixForAdapter(ip, mask, adapter);
 }
 
-QString diagnosis(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter) {
+} // namespace
+
+QString diagnosisText(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter) {
     switch (GetAccessibility(device)) {
     case Accessibility_Unknown:
         return QLatin1String(ErrorImage) +
@@ -108,7 +136,7 @@ QString diagnosis(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *ad
         return QLatin1String(ErrorImage) +
                QStringLiteral("The device is unreachable!</p><p>Currently you will not be able to use the "
                               "device.</p>Please make sure the IP address is in the same subnet as the adapter the "
-                              "device is connected to.Possible addresses are:<br>") +
+                              "device is connected to.<br>Possible addresses are:<br>") +
                FormatSubnetAddresses(adapter);
     case Accessibility_Ok:
         break;
@@ -121,12 +149,10 @@ QString diagnosis(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *ad
                           "network adapter share the same network prefix and subnet mask.</p>");
 }
 
-} // namespace
-
-QString deviceText(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter) {
+QString deviceText(const CQuorelGigEDeviceInfo &device) {
     const auto row = [](const char *label, const QString &value) {
         return QStringLiteral("<tr><td width='8'></td><td>%1</td><td>%2</td></tr>")
-            .arg(QLatin1String(label), escapedUntrustedText(value));
+            .arg(QLatin1String(label), richDeviceText(value));
     };
     return QStringLiteral("<p><table align='left' border='0' cellpadding='1' cellspacing='1'>") +
            row("Vendor:", displayText(device, "VendorName")) + row("Model Name:", displayText(device, "ModelName")) +
@@ -135,6 +161,5 @@ QString deviceText(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *a
            row("IP Configuration:", formatIPConfigurationOf(device)) +
            row("IP Address:", displayText(device, "IpAddress")) +
            row("Subnet Mask:", displayText(device, "SubnetMask")) +
-           row("Gateway:", displayText(device, "DefaultGateway")) + QStringLiteral("</table></p>") +
-           diagnosis(device, adapter);
+           row("Gateway:", displayText(device, "DefaultGateway")) + QStringLiteral("</table></p>");
 }

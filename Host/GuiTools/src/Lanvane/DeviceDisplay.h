@@ -1,7 +1,8 @@
 #pragma once
 
+#include "Lanvane/NetworkAdapter.h"
+#include "MinimalCorvoGigETL/IDeviceFactory.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
-#include "NetworkAdapter.h"
 
 #include <QIcon>
 #include <QString>
@@ -40,5 +41,7 @@ QString formatIPConfigurationOf(const Corvo::CDeviceInfo &device);
 QString noDevicesText();
 QString noAdaptersText();
 QString adapterText(const CNetworkAdapter &adapter);
-/// The device's data and at most one diagnosis. \param adapter where it is listed; may be null.
-QString deviceText(const Corvo::CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter);
+/// The device's data.
+QString deviceText(const Corvo::CQuorelGigEDeviceInfo &device);
+/// What is wrong with the device, empty when nothing is. \param adapter where it is listed; may be null.
+QString diagnosisText(const Corvo::CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter);

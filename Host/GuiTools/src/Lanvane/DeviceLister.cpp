@@ -1,9 +1,9 @@
-#include "DeviceLister.h"
+#include "Lanvane/DeviceLister.h"
 
 #include "Base/GCException.h"
+#include "Lanvane/NetworkAdapter.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 #include "MinimalCorvoGigETL/TlFactory.h"
-#include "NetworkAdapter.h"
 
 #include <algorithm>
 #include <string>
@@ -22,7 +22,7 @@ namespace {
 
 constexpr const char *Separator = ";";
 
-String_t property(const IProperties &properties, const char *name) {
+String_t propertyOf(const IProperties &properties, const char *name) {
     String_t value;
     properties.GetPropertyValue(name, value);
     return value;
@@ -55,11 +55,11 @@ void mergeByMac(DeviceInfoList &devices) {
     keys.push_back(PropInterface);
     keys.push_back(PropIfName);
     for (auto first = devices.begin(); first != devices.end(); ++first) {
-        const String_t mac = property(*first, PropMacAddress);
+        const String_t mac = propertyOf(*first, PropMacAddress);
         if (mac.empty())
             continue;
         for (auto other = first + 1; other != devices.end(); ++other) {
-            if (property(*other, PropMacAddress) != mac)
+            if (propertyOf(*other, PropMacAddress) != mac)
                 continue;
             DeviceLister::mergeProperties(*first, *other, Separator, keys, false);
             other->SetPropertyValue(PropMacAddress, "");
@@ -104,7 +104,7 @@ void DeviceLister::discoverAllDevices() {
     addInterfaceNames(devices);
     mergeByMac(devices);
     for (const CDeviceInfo &device : devices) {
-        if (!property(device, PropMacAddress).empty())
+        if (!propertyOf(device, PropMacAddress).empty())
             m_lstDevices.push_back(device);
     }
     DeviceInfoList ignored; // What a plain discovery hears does not matter; that devices heard one does.
@@ -115,13 +115,11 @@ void DeviceLister::discoverAllDevices() {
 
 void DeviceLister::testAccessibility(CDeviceInfo &device) {
     // An info that was changed since its enumeration is not tested, and what is written here is no such change.
-    CQuorelGigEDeviceInfo info(device);
-    info.ClearAccessFlags();
+    device.ClearAccessFlags();
     EDeviceAccessiblityInfo verdict = Accessibility_Unknown;
-    Tl().IsDeviceAccessible(info, AccessModeSet(Control), &verdict);
-    info.SetPropertyValue(PropAccessible, std::to_string(static_cast<int>(verdict)).c_str());
-    info.ClearAccessFlags();
-    device = info;
+    Tl().IsDeviceAccessible(device, AccessModeSet(Control), &verdict);
+    device.SetPropertyValue(PropAccessible, std::to_string(static_cast<int>(verdict)).c_str());
+    device.ClearAccessFlags();
 }
 
 std::size_t DeviceLister::updateDeviceInfo(const char *pstrMac, const char *pstrIpConfig, const char *pstrIpAddress,
@@ -131,7 +129,7 @@ std::size_t DeviceLister::updateDeviceInfo(const char *pstrMac, const char *pstr
         return 0;
     std::size_t count = 0;
     for (CDeviceInfo &device : m_lstDevices) {
-        if (property(device, PropMacAddress) != pstrMac)
+        if (propertyOf(device, PropMacAddress) != pstrMac)
             continue;
         CQuorelGigEDeviceInfo info(device);
         if (pstrIpAddress)

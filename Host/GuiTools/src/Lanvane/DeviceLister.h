@@ -1,7 +1,7 @@
 #pragma once
 
 #include "MinimalCorvo/Container.h"
-#include "MinimalCorvoGigETL/GigETransportLayer.h"
+#include "MinimalCorvoGigETL/IGigETransportLayer.h"
 
 #include <QAtomicInt>
 #include <QObject>

@@ -1,13 +1,13 @@
 // IpConfigurationWidget: temporary addresses, and opening a device that may need one.
 
-#include "AddressRules.h"
 #include "Base/GCException.h"
 #include "CorvoQtBase/errorhandling.h"
+#include "Lanvane/AddressRules.h"
+#include "Lanvane/WaitIndication.h"
+#include "Lanvane/ipaddresswidget.h"
+#include "Lanvane/ipconfigurationwidget.h"
 #include "MinimalCorvo/TraceLog.h"
 #include "MinimalCorvoGigETL/ICorvoGigEDevice.h"
-#include "WaitIndication.h"
-#include "ipaddresswidget.h"
-#include "ipconfigurationwidget.h"
 #include "ui_ipconfigurationwidget.h"
 
 #include <QDebug>
@@ -193,7 +193,7 @@ void IpConfigurationWidget::onAssignTemporaryIPAddress() {
         return;
     try {
         forceIp(QStringLiteral("Please specify a temporary IP address.<br>This address will be valid until the device "
-                               "resets.") +
+                               "resets.<br>") +
                     validAddressesText(),
                 false, nullptr);
         updateTreeRowFromDeviceInfoByMac(displayText(*device, PropMacAddress));

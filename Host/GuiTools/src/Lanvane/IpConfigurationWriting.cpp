@@ -1,13 +1,13 @@
 // IpConfigurationWidget: writing the configuration, and guarding unsaved changes.
 
-#include "AddressRules.h"
 #include "Base/GCException.h"
 #include "CorvoQtBase/GevGuiHelper.h"
 #include "CorvoQtBase/errorhandling.h"
+#include "Lanvane/AddressRules.h"
+#include "Lanvane/WaitIndication.h"
+#include "Lanvane/ipconfigurationwidget.h"
 #include "MinimalCorvo/TraceLog.h"
 #include "MinimalCorvoGigETL/ICorvoGigEDevice.h"
-#include "WaitIndication.h"
-#include "ipconfigurationwidget.h"
 #include "ui_ipconfigurationwidget.h"
 
 #include <QDebug>

@@ -1,8 +1,8 @@
-#include "MainWnd.h"
+#include "Lanvane/MainWnd.h"
 
 #include "CorvoQtBase/HelpHelper.h"
-#include "aboutdialog.h"
-#include "ipconfigurationwidget.h"
+#include "Lanvane/aboutdialog.h"
+#include "Lanvane/ipconfigurationwidget.h"
 
 #include <QCloseEvent>
 #include <QDebug>

@@ -1,4 +1,4 @@
-#include "WaitIndication.h"
+#include "Lanvane/WaitIndication.h"
 
 #include <QApplication>
 #include <QDialog>

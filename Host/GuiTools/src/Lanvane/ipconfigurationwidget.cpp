@@ -1,14 +1,14 @@
-#include "ipconfigurationwidget.h"
+#include "Lanvane/ipconfigurationwidget.h"
 
-#include "AddressCleanup.h"
-#include "AddressRules.h"
 #include "Base/GCException.h"
 #include "CorvoQtBase/errorhandling.h"
+#include "Lanvane/AddressRules.h"
+#include "Lanvane/AddressText.h"
+#include "Lanvane/QIpAddressValidator.h"
+#include "Lanvane/QIpAddressWithNetmaskValidator.h"
+#include "Lanvane/QIpNetmaskValidator.h"
+#include "Lanvane/WaitIndication.h"
 #include "MinimalCorvo/TraceLog.h"
-#include "QIpAddressValidator.h"
-#include "QIpAddressWithNetmaskValidator.h"
-#include "QIpNetmaskValidator.h"
-#include "WaitIndication.h"
 #include "ui_ipconfigurationwidget.h"
 
 #include <QAction>
@@ -18,9 +18,11 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QScopedValueRollback>
+#include <QScrollBar>
 #include <QSettings>
 #include <QShortcut>
 #include <QSignalBlocker>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -364,9 +366,12 @@ void IpConfigurationWidget::onCurrentItemChanged(QTreeWidgetItem *current, QTree
 void IpConfigurationWidget::updateUiFromTreeItem(const QTreeWidgetItem *item) {
     const OptionalDevice device = deviceOf(item);
     const CNetworkAdapter *adapter = GetNetworkAdapaterFromDeviceItem(item);
-    if (device)
-        setSelectionInfoText(deviceText(*device, adapter));
-    else if (adapter)
+    if (device) {
+        const QString diagnosis = diagnosisText(*device, adapter);
+        setSelectionInfoText(deviceText(*device) + diagnosis);
+        if (!diagnosis.isEmpty())
+            showEndOfSelectionInfo();
+    } else if (adapter)
         setSelectionInfoText(adapterText(*adapter));
     else
         setSelectionInfoText(noDevicesText());
@@ -374,6 +379,14 @@ void IpConfigurationWidget::updateUiFromTreeItem(const QTreeWidgetItem *item) {
 }
 
 void IpConfigurationWidget::setSelectionInfoText(const QString &richText) { ui->selectionInfo->setText(richText); }
+
+void IpConfigurationWidget::showEndOfSelectionInfo() {
+    // Later, when the label has its new height.
+    QTimer::singleShot(0, ui->selectionInfo, [this] {
+        QScrollBar *bar = ui->selectionInfoArea->verticalScrollBar();
+        bar->setValue(bar->maximum());
+    });
+}
 
 void IpConfigurationWidget::setHintText(const QString &text) { ui->hintText->setText(text); }
 

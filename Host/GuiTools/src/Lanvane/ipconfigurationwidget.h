@@ -1,8 +1,8 @@
 #pragma once
 
-#include "DeviceDisplay.h"
-#include "DeviceLister.h"
-#include "NetworkAdapter.h"
+#include "Lanvane/DeviceDisplay.h"
+#include "Lanvane/DeviceLister.h"
+#include "Lanvane/NetworkAdapter.h"
 
 #include <QWidget>
 
@@ -109,6 +109,8 @@ private:
     const CNetworkAdapter *GetNetworkAdapaterFromDeviceItem(const QTreeWidgetItem *item) const;
     void updateUiFromTreeItem(const QTreeWidgetItem *item);
     void setSelectionInfoText(const QString &richText);
+    /// The diagnosis stands below the device's data; it matters more.
+    void showEndOfSelectionInfo();
     void setHintText(const QString &text);
 
     // Editor

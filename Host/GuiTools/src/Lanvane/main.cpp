@@ -1,4 +1,4 @@
-#include "MainWnd.h"
+#include "Lanvane/MainWnd.h"
 #include "MinimalCorvo/CorvoBase.h"
 
 #include <QApplication>

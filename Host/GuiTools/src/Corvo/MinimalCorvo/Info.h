@@ -41,6 +41,8 @@ public:
     virtual bool IsUserProvided() const;
     /// Whether a value was overwritten since the enumeration.
     bool IsModified() const { return m_pImpl->IsModified(); }
+    /// Makes an info count as unmodified, for whoever adds what it knows to an enumerated one.
+    void ClearAccessFlags() { m_pImpl->ClearAccessFlags(); }
 
     virtual ~CInfoBase();
 

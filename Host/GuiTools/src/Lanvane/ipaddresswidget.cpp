@@ -1,10 +1,10 @@
-#include "Lanvane/IpAddressWidget.h"
+#include "Lanvane/ipaddresswidget.h"
 
 #include "Lanvane/AddressText.h"
 #include "Lanvane/QIpAddressWithNetmaskValidator.h"
 #include "Lanvane/QIpNetmaskValidator.h"
 #include "Lanvane/QMacAddressValidator.h"
-#include "ui_IpAddressWidget.h"
+#include "ui_ipaddresswidget.h"
 
 #include <QPushButton>
 
