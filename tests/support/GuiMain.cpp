@@ -5,6 +5,22 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <memory>
+
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
+namespace {
+
+std::unique_ptr<QApplication> makeApplication(int &argc, char **argv) {
+#ifdef __SANITIZE_ADDRESS__
+    const __lsan::ScopedDisabler ignored; // the offscreen platform never frees its screen
+#endif
+    return std::make_unique<QApplication>(argc, argv);
+}
+
+} // namespace
 
 int main(int argc, char **argv) {
     testing::InitGoogleTest(&argc, argv);
@@ -18,6 +34,6 @@ int main(int argc, char **argv) {
     QCoreApplication::setOrganizationName(QStringLiteral("Quorel"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("quorel.example"));
     Q_INIT_RESOURCE(Lanvane);
-    const QApplication application(argc, argv);
+    const std::unique_ptr<QApplication> application = makeApplication(argc, argv);
     return RUN_ALL_TESTS();
 }
