@@ -45,9 +45,9 @@ TEST_F(IpAddressDialog, EnablesOkForAcceptableFields) {
                        const QStringList fields = line.split('|');
                        m_dialog.setShowMacAddress(fields.size() > 3);
                        type("editMacAddress", fields.value(3));
-                       type("editNetmask", fields.at(1));
                        type("editDefaultGateway", fields.at(2));
                        type("editIpAddress", fields.at(0));
+                       type("editNetmask", fields.at(1)); // last: OK is judged before the field is left
                        return QString(ok()->isEnabled() ? "OK" : "");
                    });
     m_dialog.setAllowMulticastAddress(true);
