@@ -133,13 +133,15 @@ void IpAddressWidget::accept() {
     QDialog::accept();
 }
 
-void IpAddressWidget::showEvent(QShowEvent *event) {
-    QDialog::showEvent(event);
-    // A text that is filled in is a beginning to be completed: without this it would be selected, and so lost with the
-    // first key.
+void IpAddressWidget::setVisible(bool visible) {
     QLineEdit *first = m_showMacAddress ? m_ui->editMacAddress : m_ui->editIpAddress;
-    first->setFocus(Qt::OtherFocusReason);
-    first->end(false);
+    if (visible)
+        first->setFocus(Qt::OtherFocusReason);
+    QDialog::setVisible(visible);
+    // The text filled in is a beginning to be completed, but a dialog that appears selects the text of its first field,
+    // which would then be lost with the first key.
+    if (visible)
+        first->end(false);
 }
 
 void IpAddressWidget::on_editMacAddress_textEdited(const QString & /*text*/) { enableButtons(); }

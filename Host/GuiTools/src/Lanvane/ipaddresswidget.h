@@ -63,9 +63,7 @@ public:
 
 public slots:
     void accept() override;
-
-protected:
-    void showEvent(QShowEvent *event) override;
+    void setVisible(bool visible) override;
 
 private slots:
     void on_editMacAddress_textEdited(const QString &text);
