@@ -8,7 +8,7 @@ namespace GenApi {
 namespace {
 
 /// Elements and attributes cost many times their text in memory.
-constexpr std::ptrdiff_t maxTags = 2'000'000;
+constexpr std::size_t maxTags = 2'000'000;
 
 bool IsWideEncoding(std::string_view bytes) {
     return bytes.size() >= 2 && (bytes[0] == '\0' || bytes[1] == '\0' || bytes[0] == '\xFE' || bytes[0] == '\xFF');
@@ -26,14 +26,27 @@ std::string_view StripSurroundings(std::string_view bytes) {
     return start == std::string_view::npos ? bytes : bytes.substr(start);
 }
 
+/// Counts blocks in a byte, which compiles to wide vector additions: as fast as memory can be read.
+std::size_t CountOf(char wanted, std::string_view bytes) {
+    constexpr std::size_t blockSize = 255;
+    std::size_t count = 0;
+    for (; !bytes.empty(); bytes.remove_prefix(std::min(blockSize, bytes.size()))) {
+        uint8_t inBlock = 0;
+        for (const char ch : bytes.substr(0, blockSize))
+            inBlock = static_cast<uint8_t>(inBlock + (ch == wanted ? 1 : 0));
+        count += inBlock;
+    }
+    return count;
+}
+
 void CheckAmount(std::string_view bytes) {
     if (bytes.size() > MaxXmlBytes)
         throw RUNTIME_EXCEPTION("The camera description has %zu bytes, more than the %zu allowed", bytes.size(),
                                 MaxXmlBytes);
-    const auto tags = std::count(bytes.begin(), bytes.end(), '<');
-    const auto attributes = std::count(bytes.begin(), bytes.end(), '=');
+    const std::size_t tags = CountOf('<', bytes);
+    const std::size_t attributes = CountOf('=', bytes);
     if (tags > maxTags || attributes > maxTags)
-        throw RUNTIME_EXCEPTION("The camera description has too many elements (%td tags, %td attributes)", tags,
+        throw RUNTIME_EXCEPTION("The camera description has too many elements (%zu tags, %zu attributes)", tags,
                                 attributes);
 }
 
