@@ -19,7 +19,8 @@ public:
     EAccessMode GetAccessMode() const override { return RW; }
     void Read(void *buffer, int64_t address, int64_t length) override {
         for (int64_t i = 0; i < length; ++i)
-            static_cast<uint8_t *>(buffer)[i] = static_cast<uint8_t>(address + i);
+            static_cast<uint8_t *>(buffer)[i] =
+                static_cast<uint8_t>(static_cast<uint64_t>(address) + static_cast<uint64_t>(i));
     }
     void Write(const void *, int64_t, int64_t) override {}
 };

@@ -419,6 +419,8 @@ const Case cases[] = {
       {"Arr", "0"},
       {"Sel=2", ""},
       {"Arr", "0"},
+      {"Sel=1", ""},
+      {"Arr", "0"},
       {"port", "r14:4 r18:4"}}},
     {"ValueCopies",
      "<IntReg Name='R'><Address>0</Address><Length>1</Length>" REG "</IntReg>"

@@ -12,8 +12,8 @@ enum EContentType_t { ContentType_Xml = 0, ContentType_ZippedXml = 1 };
 
 /// Makes node maps from a camera description file and, optionally, documents injected into it.
 ///
-/// Limits, each answered with a RuntimeException: 16 MiB as stored, 64 MiB unzipped, 250 times the zipped size, two
-/// million elements; a DOCTYPE is refused. Copies share the same content. Not locked: one thread at a time.
+/// Limits, each answered with a RuntimeException: 16 MiB as stored, 64 MiB unzipped, 250 times the zipped size, one
+/// million tags; a DOCTYPE is refused. Copies share the same content. Not locked: one thread at a time.
 class CNodeMapFactory {
 public:
     /// A factory without content.
