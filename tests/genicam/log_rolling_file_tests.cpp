@@ -1,6 +1,6 @@
 #include "RollingFile.h"
 
-#include "log_test_folder.h"
+#include "TestFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -16,25 +16,19 @@ using GenICam::RollingFile;
 
 class RollingFileTest : public testing::Test {
 protected:
-    LogTestFolder folder;
+    TestFolder folder;
     const std::string path = folder / "new" / "folder" / "trace.log";
 };
 
-TEST_F(RollingFileTest, KeepsOneBackupAndNeverOutgrowsTheLimit) {
+TEST_F(RollingFileTest, KeepsOneBackupAndSurvivesLosingItsFile) {
     RollingFile file(path, 10);
     for (const char *line : {"111\n", "222\n", "333\n", "444\n", "555\n", "longer than ten\n", "666\n"})
         EXPECT_TRUE(file.Append(line));
-    EXPECT_EQ("666\n", LogTestFolder::Read(path));
-    EXPECT_EQ("longer than ten\n", LogTestFolder::Read(path + ".1"));
-    EXPECT_FALSE(std::filesystem::exists(path + ".2"));
-}
-
-TEST_F(RollingFileTest, GoesOnInANewFileWhenTheOldOneWasTakenAway) {
-    RollingFile file(path, 100);
-    EXPECT_TRUE(file.Append("old\n"));
+    EXPECT_EQ("666\n", TestFolder::Read(path));
+    EXPECT_EQ("longer than ten\n", TestFolder::Read(path + ".1"));
     std::filesystem::remove(path);
-    EXPECT_TRUE(file.Append("new\n"));
-    EXPECT_EQ("new\n", LogTestFolder::Read(path));
+    EXPECT_TRUE(file.Append("777\n"));
+    EXPECT_EQ("777\n", TestFolder::Read(path));
 }
 
 TEST_F(RollingFileTest, SaysWhenItCannotWrite) {
@@ -45,8 +39,9 @@ TEST_F(RollingFileTest, SaysWhenItCannotWrite) {
 constexpr int PROCESSES = 4;
 constexpr int LINES = 500;
 
-[[noreturn]] void WriteLines(const std::string &path, int process, std::int64_t maxBytes) {
-    RollingFile file(path, maxBytes);
+[[noreturn]] void WriteLines(const std::string &path, int process) {
+    constexpr int BYTES_PER_LINE = 6;
+    RollingFile file(path, PROCESSES * LINES * BYTES_PER_LINE * 2 / 3);
     bool written = true;
     for (int i = 0; i < LINES; ++i)
         written &= file.Append(std::to_string(10000 + process * LINES + i) + "\n");
@@ -54,17 +49,13 @@ constexpr int LINES = 500;
 }
 
 void WriteFromManyProcesses(const std::string &path) {
-    constexpr int BYTES_PER_LINE = 6;
-    std::vector<pid_t> children;
     for (int process = 0; process < PROCESSES; ++process) {
-        const pid_t child = fork();
-        if (child == 0)
-            WriteLines(path, process, PROCESSES * LINES * BYTES_PER_LINE * 2 / 3);
-        children.push_back(child);
+        if (fork() == 0)
+            WriteLines(path, process);
     }
-    for (const pid_t child : children) {
+    for (int process = 0; process < PROCESSES; ++process) {
         int status = -1;
-        ASSERT_EQ(child, waitpid(child, &status, 0));
+        EXPECT_LT(0, wait(&status));
         EXPECT_EQ(0, status);
     }
 }
@@ -79,7 +70,7 @@ TEST_F(RollingFileTest, LosesNoLineOfProcessesThatRollTheFileOverUnderEachOther)
         const std::string file = path + "-" + std::to_string(round);
         WriteFromManyProcesses(file);
         EXPECT_TRUE(std::filesystem::exists(file + ".1"));
-        std::istringstream text(LogTestFolder::Read(file + ".1") + LogTestFolder::Read(file));
+        std::istringstream text(TestFolder::Read(file + ".1") + TestFolder::Read(file));
         using Line = std::istream_iterator<std::string>;
         EXPECT_EQ(expected, std::multiset<std::string>(Line(text), Line()));
     }

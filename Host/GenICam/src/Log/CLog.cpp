@@ -88,10 +88,8 @@ std::string ConfigureFromFile(const char *path) {
     }
 }
 
-std::mutex &ConfigurationMutex() {
-    static std::mutex mutex;
-    return mutex;
-}
+/// Guards the set-up and the table of loggers, and with them log4cpp's global state, which it makes on first use.
+std::mutex logMutex;
 
 } // namespace
 
@@ -117,7 +115,7 @@ void CLogger::LogVA(int priority, const char *format, std::va_list arguments) no
 bool CLogger::IsEnabled(int priority) const noexcept { return m_category.isPriorityEnabled(priority); }
 
 void CLog::Initialize() {
-    const std::lock_guard<std::mutex> lock(ConfigurationMutex());
+    const std::lock_guard<std::mutex> lock(logMutex);
     log4cpp::Category::shutdown();
     const char *path = std::getenv("GENICAM_LOG_CONFIG");
     if (path == nullptr || path[0] == '\0') {
@@ -129,19 +127,18 @@ void CLog::Initialize() {
         return;
     log4cpp::Category::shutdown(); // drops what was set up before the problem
     ConfigureDefault();
-    GetLogger("GenICam.Log")
-        ->Log(LogPriority_Warning, "GENICAM_LOG_CONFIG: cannot use '%s': %s", path, problem.c_str());
+    CLogger(log4cpp::Category::getInstance("GenICam.Log"))
+        .Log(LogPriority_Warning, "GENICAM_LOG_CONFIG: cannot use '%s': %s", path, problem.c_str());
 }
 
 void CLog::ShutDown() {
-    const std::lock_guard<std::mutex> lock(ConfigurationMutex());
+    const std::lock_guard<std::mutex> lock(logMutex);
     log4cpp::Category::shutdown();
 }
 
 CLogger *CLog::GetLogger(const gcstring &name) {
-    static std::mutex mutex;
     static auto &loggers = *new std::map<gcstring, std::unique_ptr<CLogger>>; // never freed: used until the very end
-    const std::lock_guard<std::mutex> lock(mutex);
+    const std::lock_guard<std::mutex> lock(logMutex);
     std::unique_ptr<CLogger> &logger = loggers[name];
     if (!logger)
         logger.reset(new CLogger(log4cpp::Category::getInstance(name.c_str())));

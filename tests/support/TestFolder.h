@@ -7,15 +7,15 @@
 #include <string>
 
 /// An empty folder that is removed with the object.
-class LogTestFolder {
+class TestFolder {
 public:
-    LogTestFolder() {
-        std::string name = std::filesystem::temp_directory_path() / "lanvane-log-XXXXXX";
+    TestFolder() {
+        std::string name = std::filesystem::temp_directory_path() / "lanvane-test-XXXXXX";
         m_path = mkdtemp(name.data());
     }
-    ~LogTestFolder() { std::filesystem::remove_all(m_path); }
-    LogTestFolder(const LogTestFolder &) = delete;
-    LogTestFolder &operator=(const LogTestFolder &) = delete;
+    ~TestFolder() { std::filesystem::remove_all(m_path); }
+    TestFolder(const TestFolder &) = delete;
+    TestFolder &operator=(const TestFolder &) = delete;
 
     std::filesystem::path operator/(const char *name) const { return m_path / name; }
 
