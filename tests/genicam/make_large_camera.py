@@ -6,7 +6,7 @@ import sys
 GROUPS = 168
 CHAINS = 5
 CHAIN_LENGTH = 20
-TEXT = "Sets how the camera treats this parameter. "
+TEXT = "Sets this parameter."
 
 
 class Writer:

@@ -34,7 +34,8 @@ public:
     /// Parses and merges what was loaded. The other operations do it when needed.
     /// \throws RuntimeException on malformed XML, with the offset in the file; LogicalErrorException without content.
     void Preprocess();
-    /// The description as UTF-8 text: as it came when nothing was injected or extracted, else with the changes.
+    /// The description as text: byte for byte as it came (unzipped) when nothing was injected or extracted, else with
+    /// the changes, in UTF-8.
     gcstring ToXml();
     /// A factory that holds only the named node and the nodes it refers to, directly or through others.
     /// \throws RuntimeException when there is no such node.
