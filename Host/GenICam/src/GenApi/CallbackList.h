@@ -1,0 +1,53 @@
+#pragma once
+
+#include "GenApi/NodeCallback.h"
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace GenApi {
+
+/// One registration. Its own mutex is held while the callback runs, so that Deactivate can wait for another thread.
+class CRegisteredCallback {
+public:
+    CRegisteredCallback(std::unique_ptr<CNodeCallback> callback, CallbackHandleType handle)
+        : m_callback(std::move(callback)), m_handle(handle) {}
+
+    CallbackHandleType Handle() const { return m_handle; }
+    ECallbackType Type() const { return m_callback->GetCallbackType(); }
+    /// Runs the callback unless it was deactivated. What it throws is traced.
+    void Fire() noexcept;
+    /// After the return the callback runs no more, except on the calling thread further up the stack.
+    void Deactivate();
+
+private:
+    void Call() const noexcept;
+
+    std::recursive_mutex m_mutex;
+    std::unique_ptr<CNodeCallback> m_callback;
+    CallbackHandleType m_handle;
+    bool m_isActive = true;
+};
+
+using CallbackPtr = std::shared_ptr<CRegisteredCallback>;
+
+/// The callbacks of one node in the order of registration. Guarded by the node map's lock.
+class CCallbackList {
+public:
+    CCallbackList() = default;
+    ~CCallbackList();
+    CCallbackList(const CCallbackList &) = delete;
+    CCallbackList &operator=(const CCallbackList &) = delete;
+
+    CallbackHandleType Add(INode *node, std::unique_ptr<CNodeCallback> callback);
+    /// Takes a registration off the list; null when the handle is unknown. The caller deactivates it.
+    CallbackPtr Take(CallbackHandleType handle);
+    bool IsEmpty() const { return m_callbacks.empty(); }
+    const std::vector<CallbackPtr> &All() const { return m_callbacks; }
+
+private:
+    std::vector<CallbackPtr> m_callbacks;
+};
+
+} // namespace GenApi

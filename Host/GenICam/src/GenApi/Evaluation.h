@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+
+namespace GenApi {
+
+class CNodeImpl;
+
+/// Properties of a node whose evaluation may come back to itself; bits of a set.
+enum class EEvaluated : uint16_t {
+    Value = 1 << 0,
+    Write = 1 << 1,
+    Minimum = 1 << 2,
+    Maximum = 1 << 3,
+    Increment = 1 << 4,
+    Access = 1 << 5,
+    Address = 1 << 6,
+    Length = 1 << 7,
+    CachingMode = 1 << 8,
+    IsCached = 1 << 9,
+    Representation = 1 << 10,
+    TextLength = 1 << 11
+};
+
+/// How far the evaluation of one node map has got. Guarded by the map's lock.
+struct SEvaluation {
+    unsigned depth = 0;
+    unsigned steps = 0;
+    /// Grows with each outermost evaluation and each change, so that results can be kept for just as long.
+    uint64_t epoch = 1;
+};
+
+/// Marks one property of a node as being evaluated. Keeps evaluation from running in circles, from exhausting the stack
+/// on long chains and from taking forever on wide ones.
+class CEvaluationScope {
+public:
+    /// \throws RuntimeException naming the node.
+    CEvaluationScope(const CNodeImpl &node, EEvaluated what);
+    ~CEvaluationScope();
+    CEvaluationScope(const CEvaluationScope &) = delete;
+    CEvaluationScope &operator=(const CEvaluationScope &) = delete;
+
+private:
+    const CNodeImpl &m_node;
+    uint16_t m_bit;
+};
+
+} // namespace GenApi

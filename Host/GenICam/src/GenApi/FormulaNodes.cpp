@@ -1,0 +1,90 @@
+#include "FormulaNodes.h"
+
+namespace GenApi {
+
+namespace {
+
+CNodeImpl &ConvertedNode(const CNodeImpl &node) {
+    const SProperty *const property = node.Find(EProperty::pValue);
+    if (property == nullptr)
+        throw RUNTIME_EXCEPTION("Node '%s' has no 'pValue'", node.NameText());
+    return node.Target(*property);
+}
+
+EAccessMode ConverterAccessMode(const CNodeImpl &node, const CFormulaSet &formulas) {
+    if (!node.Has(EProperty::pValue))
+        return NI;
+    return Combine(ConvertedNode(node).AccessMode(), formulas.VariablesAccessMode());
+}
+
+/// A limit of a converter is the image of a limit of its target; which one depends on the slope.
+template <class Number> Number ChooseLimit(const CNodeImpl &node, ELimit limit, Number ofMinimum, Number ofMaximum) {
+    const std::string_view slope = node.Text(EProperty::Slope);
+    const bool isMinimum = limit == ELimit::Min;
+    if (slope == "Increasing")
+        return isMinimum ? ofMinimum : ofMaximum;
+    if (slope == "Decreasing")
+        return isMinimum ? ofMaximum : ofMinimum;
+    return isMinimum ? std::min(ofMinimum, ofMaximum) : std::max(ofMinimum, ofMaximum);
+}
+
+bool HasLimits(const CNodeImpl &node, ELimit limit) {
+    return limit != ELimit::Inc && node.Text(EProperty::Slope) != "Varying";
+}
+
+} // namespace
+
+int64_t CIntSwissKnifeNode::DoReadInteger(bool ignoreCache) const {
+    return m_kept.Get(*this, ignoreCache,
+                      [&] { return m_formulas.Evaluate<int64_t>(EProperty::Formula, ignoreCache); });
+}
+
+double CSwissKnifeNode::DoReadFloat(bool ignoreCache) const {
+    return m_kept.Get(*this, ignoreCache, [&] { return m_formulas.Evaluate<double>(EProperty::Formula, ignoreCache); });
+}
+
+void CSwissKnifeNode::DoWriteFloat(double) { throw RUNTIME_EXCEPTION("Node '%s' takes no value", NameText()); }
+
+EAccessMode CIntConverterNode::OwnAccessMode() const { return ConverterAccessMode(*this, m_formulas); }
+
+int64_t CIntConverterNode::DoReadInteger(bool ignoreCache) const {
+    const int64_t target = ConvertedNode(*this).ReadInteger(ignoreCache);
+    return m_formulas.Evaluate<int64_t>(EProperty::FormulaFrom, ignoreCache, target);
+}
+
+void CIntConverterNode::DoWriteInteger(int64_t value) {
+    ConvertedNode(*this).WriteInteger(m_formulas.Evaluate<int64_t>(EProperty::FormulaTo, false, value));
+}
+
+int64_t CIntConverterNode::NaturalIntegerLimit(ELimit limit) const {
+    if (!HasLimits(*this, limit))
+        return TInteger::NaturalIntegerLimit(limit);
+    const CNodeImpl &target = ConvertedNode(*this);
+    const auto image = [&](ELimit of) {
+        return m_formulas.Evaluate<int64_t>(EProperty::FormulaFrom, false, target.IntegerLimit(of));
+    };
+    return ChooseLimit(*this, limit, image(ELimit::Min), image(ELimit::Max));
+}
+
+EAccessMode CConverterNode::OwnAccessMode() const { return ConverterAccessMode(*this, m_formulas); }
+
+double CConverterNode::DoReadFloat(bool ignoreCache) const {
+    const double target = ConvertedNode(*this).ReadFloat(ignoreCache);
+    return m_formulas.Evaluate<double>(EProperty::FormulaFrom, ignoreCache, target);
+}
+
+void CConverterNode::DoWriteFloat(double value) {
+    ConvertedNode(*this).WriteFloat(m_formulas.Evaluate<double>(EProperty::FormulaTo, false, value));
+}
+
+double CConverterNode::NaturalFloatLimit(ELimit limit) const {
+    if (!HasLimits(*this, limit))
+        return TFloat::NaturalFloatLimit(limit);
+    const CNodeImpl &target = ConvertedNode(*this);
+    const auto image = [&](ELimit of) {
+        return m_formulas.Evaluate<double>(EProperty::FormulaFrom, false, target.FloatLimit(of));
+    };
+    return ChooseLimit(*this, limit, image(ELimit::Min), image(ELimit::Max));
+}
+
+} // namespace GenApi

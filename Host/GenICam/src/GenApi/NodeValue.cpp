@@ -1,0 +1,215 @@
+#include "NodeImpl.h"
+
+#include "EnumText.h"
+#include "NodeMapImpl.h"
+
+#include <cmath>
+#include <limits>
+
+// How a node's access mode, value and limits are found, with the map's lock held.
+
+namespace GenApi {
+
+namespace {
+
+EEvaluated EvaluatedLimit(ELimit limit) {
+    switch (limit) {
+    case ELimit::Min:
+        return EEvaluated::Minimum;
+    case ELimit::Max:
+        return EEvaluated::Maximum;
+    default:
+        return EEvaluated::Increment;
+    }
+}
+
+struct SLimitProperties {
+    EProperty literal;
+    EProperty reference;
+};
+
+SLimitProperties PropertiesOf(ELimit limit) {
+    switch (limit) {
+    case ELimit::Min:
+        return {EProperty::Min, EProperty::pMin};
+    case ELimit::Max:
+        return {EProperty::Max, EProperty::pMax};
+    default:
+        return {EProperty::Inc, EProperty::pInc};
+    }
+}
+
+} // namespace
+
+/// A node that is asked for its mode while that is being worked out adds no restriction: conditions of real cameras
+/// refer to each other.
+EAccessMode CNodeImpl::AccessMode() const {
+    if (IsEvaluating(EEvaluated::Access))
+        return RW;
+    const SEvaluation &evaluation = m_map.Evaluation();
+    if (evaluation.depth > 0 && m_accessModeEpoch == evaluation.epoch)
+        return m_knownAccessMode;
+    const CEvaluationScope scope(*this, EEvaluated::Access);
+    m_knownAccessMode = DetermineAccessMode();
+    m_accessModeEpoch = evaluation.epoch;
+    return m_knownAccessMode;
+}
+
+EAccessMode CNodeImpl::DetermineAccessMode() const {
+    if (m_description.isBroken)
+        return NI;
+    EAccessMode mode = OwnAccessMode();
+    if (mode == NI || !Condition(EProperty::pIsImplemented, true, false))
+        return NI;
+    if (mode == NA || !Condition(EProperty::pIsAvailable, true, false))
+        return NA;
+    if (const SProperty *const imposed = Find(EProperty::ImposedAccessMode))
+        mode = Combine(mode, ParseAccessMode(imposed->text));
+    mode = Combine(mode, m_imposedAccessMode);
+    const bool isLocked = IsWritable(mode) && Condition(EProperty::pIsLocked, false, true);
+    return isLocked ? Combine(mode, RO) : mode;
+}
+
+bool CNodeImpl::Condition(EProperty id, bool absent, bool unreadable) const {
+    const SProperty *const property = Find(id);
+    if (property == nullptr)
+        return absent;
+    const CNodeImpl &condition = Target(*property);
+    return IsReadable(condition.AccessMode()) ? condition.ReadInteger(false) != 0 : unreadable;
+}
+
+void CNodeImpl::CheckReferences() const {
+    for (const SProperty &property : *this) {
+        const ERelation relation = RelationOf(property.id);
+        if (relation != ERelation::None && relation != ERelation::Link && relation != ERelation::Select &&
+            relation != ERelation::Invalidate)
+            Target(property);
+    }
+}
+
+void CNodeImpl::CheckReadable() const {
+    const EAccessMode mode = AccessMode();
+    if (IsReadable(mode))
+        return;
+    CheckReferences();
+    throw ACCESS_EXCEPTION("Node '%s' is not readable. (Access mode %s)", NameText(), AccessModeText(mode));
+}
+
+void CNodeImpl::CheckWritable() const {
+    const EAccessMode mode = AccessMode();
+    if (IsWritable(mode))
+        return;
+    CheckReferences();
+    throw ACCESS_EXCEPTION("Node '%s' is not writable. (Access mode %s)", NameText(), AccessModeText(mode));
+}
+
+int64_t CNodeImpl::ReadInteger(bool ignoreCache) const {
+    const CEvaluationScope scope(*this, EEvaluated::Value);
+    return DoReadInteger(ignoreCache);
+}
+
+double CNodeImpl::ReadFloat(bool ignoreCache) const {
+    const CEvaluationScope scope(*this, EEvaluated::Value);
+    return DoReadFloat(ignoreCache);
+}
+
+std::string CNodeImpl::ReadText(bool ignoreCache) const {
+    const CEvaluationScope scope(*this, EEvaluated::Value);
+    return DoReadText(ignoreCache);
+}
+
+void CNodeImpl::WriteInteger(int64_t value) {
+    const CEvaluationScope scope(*this, EEvaluated::Write);
+    DoWriteInteger(value);
+}
+
+void CNodeImpl::WriteFloat(double value) {
+    const CEvaluationScope scope(*this, EEvaluated::Write);
+    DoWriteFloat(value);
+}
+
+void CNodeImpl::WriteText(const std::string &text) {
+    const CEvaluationScope scope(*this, EEvaluated::Write);
+    DoWriteText(text);
+}
+
+int64_t CNodeImpl::IntegerLimit(ELimit limit) const {
+    const CEvaluationScope scope(*this, EvaluatedLimit(limit));
+    return DoIntegerLimit(limit);
+}
+
+double CNodeImpl::FloatLimit(ELimit limit) const {
+    const CEvaluationScope scope(*this, EvaluatedLimit(limit));
+    return DoFloatLimit(limit);
+}
+
+int64_t CNodeImpl::MaxTextLength() const {
+    const CEvaluationScope scope(*this, EEvaluated::TextLength);
+    return DoMaxTextLength();
+}
+
+ECachingMode CNodeImpl::CachingMode() const {
+    const CEvaluationScope scope(*this, EEvaluated::CachingMode);
+    return DoCachingMode();
+}
+
+bool CNodeImpl::IsCached() const {
+    const CEvaluationScope scope(*this, EEvaluated::IsCached);
+    return DoIsCached();
+}
+
+ERepresentation CNodeImpl::Representation() const {
+    const CEvaluationScope scope(*this, EEvaluated::Representation);
+    const SProperty *const given = Find(EProperty::Representation);
+    return given != nullptr ? ParseRepresentation(given->text) : NaturalRepresentation();
+}
+
+int64_t CNodeImpl::DoReadInteger(bool) const { throw RUNTIME_EXCEPTION("Node '%s' has no numeric value", NameText()); }
+
+double CNodeImpl::DoReadFloat(bool ignoreCache) const { return static_cast<double>(DoReadInteger(ignoreCache)); }
+
+std::string CNodeImpl::DoReadText(bool) const { throw RUNTIME_EXCEPTION("Node '%s' has no text value", NameText()); }
+
+void CNodeImpl::DoWriteInteger(int64_t) { throw RUNTIME_EXCEPTION("Node '%s' takes no numeric value", NameText()); }
+
+void CNodeImpl::DoWriteFloat(double value) { DoWriteInteger(RoundToInteger(value)); }
+
+void CNodeImpl::DoWriteText(const std::string &) {
+    throw RUNTIME_EXCEPTION("Node '%s' takes no text value", NameText());
+}
+
+int64_t CNodeImpl::DoIntegerLimit(ELimit limit) const {
+    const auto [literal, reference] = PropertiesOf(limit);
+    const auto given = IntegerProperty(literal, reference);
+    return given ? *given : NaturalIntegerLimit(limit);
+}
+
+double CNodeImpl::DoFloatLimit(ELimit limit) const { return static_cast<double>(DoIntegerLimit(limit)); }
+
+std::optional<double> CNodeImpl::GivenFloatLimit(ELimit limit) const {
+    const auto [literal, reference] = PropertiesOf(limit);
+    return FloatProperty(literal, reference);
+}
+
+int64_t CNodeImpl::NaturalIntegerLimit(ELimit limit) const {
+    switch (limit) {
+    case ELimit::Min:
+        return std::numeric_limits<int64_t>::min();
+    case ELimit::Max:
+        return std::numeric_limits<int64_t>::max();
+    default:
+        return 1;
+    }
+}
+
+int64_t CNodeImpl::DoMaxTextLength() const { return std::numeric_limits<int64_t>::max(); }
+
+int64_t CNodeImpl::RoundToInteger(double value) const {
+    constexpr double limit = 9223372036854775808.0; // 2^63
+    const double rounded = std::round(value);
+    if (!(rounded >= -limit && rounded < limit))
+        throw OUT_OF_RANGE_EXCEPTION("Node '%s': %g is no 64-bit integer", NameText(), value);
+    return static_cast<int64_t>(rounded);
+}
+
+} // namespace GenApi

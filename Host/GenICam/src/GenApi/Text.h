@@ -1,0 +1,33 @@
+#pragma once
+
+#include "GenApi/Types.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace GenApi {
+
+/// Number and text forms of the description file. All parsers accept blanks around the text and nothing else beside it.
+
+std::string_view Trim(std::string_view text);
+bool EqualsNoCase(std::string_view a, std::string_view b);
+/// "Yes", "true" or "1" in any case.
+bool IsYes(std::string_view text);
+
+/// Decimal or 0x-hexadecimal with an optional sign. Values above INT64_MAX up to UINT64_MAX become two's complement.
+std::optional<int64_t> ParseInteger(std::string_view text);
+/// Decimal or scientific, "INF", "-INF", "NaN", or an integer as above.
+std::optional<double> ParseFloat(std::string_view text);
+
+/// In the form its representation asks for: hexadecimal, dotted IPv4 address, colon-separated MAC address or decimal.
+std::string FormatInteger(int64_t value, ERepresentation representation);
+/// The reverse; a decimal or hexadecimal number is accepted in every representation.
+std::optional<int64_t> ParseIntegerAs(std::string_view text, ERepresentation representation);
+/// \param precision digits, or -1 for as many as it takes to read the same value back.
+std::string FormatFloat(double value, EDisplayNotation notation, int precision);
+/// "0x" and two digits per byte.
+std::string FormatBytes(const std::vector<uint8_t> &bytes);
+std::optional<std::vector<uint8_t>> ParseBytes(std::string_view text);
+
+} // namespace GenApi

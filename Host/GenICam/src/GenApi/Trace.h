@@ -1,0 +1,9 @@
+#pragma once
+
+namespace GenApi {
+
+/// Traces what a camera description has wrong and what was made of it, under the category "GenApi".
+[[gnu::format(printf, 1, 2)]] void TraceInfo(const char *format, ...);
+[[gnu::format(printf, 1, 2)]] void TraceWarning(const char *format, ...);
+
+} // namespace GenApi

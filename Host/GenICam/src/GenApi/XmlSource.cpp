@@ -1,0 +1,88 @@
+#include "XmlSource.h"
+
+#include <algorithm>
+#include <fstream>
+
+namespace GenApi {
+
+namespace {
+
+/// Elements and attributes cost many times their text in memory.
+constexpr std::size_t maxTags = 1'000'000;
+
+bool IsWideEncoding(std::string_view bytes) {
+    return bytes.size() >= 2 && (bytes[0] == '\0' || bytes[1] == '\0' || bytes[0] == '\xFE' || bytes[0] == '\xFF');
+}
+
+/// Some devices put a line of text or a byte order mark before the XML and fill the memory behind it with zeros.
+std::string_view StripSurroundings(std::string_view bytes) {
+    if (IsWideEncoding(bytes))
+        return bytes;
+    bytes = bytes.substr(0, bytes.find_last_not_of('\0') + 1);
+    constexpr std::size_t searchedBytes = 4096;
+    std::size_t start = bytes.substr(0, searchedBytes).find("<?xml");
+    if (start == std::string_view::npos)
+        start = bytes.find('<');
+    return start == std::string_view::npos ? bytes : bytes.substr(start);
+}
+
+/// Counts blocks in a byte, which compiles to wide vector additions: as fast as memory can be read.
+std::size_t CountOf(char wanted, std::string_view bytes) {
+    constexpr std::size_t blockSize = 255;
+    std::size_t count = 0;
+    for (; !bytes.empty(); bytes.remove_prefix(std::min(blockSize, bytes.size()))) {
+        uint8_t inBlock = 0;
+        for (const char ch : bytes.substr(0, blockSize))
+            inBlock = static_cast<uint8_t>(inBlock + (ch == wanted ? 1 : 0));
+        count += inBlock;
+    }
+    return count;
+}
+
+void CheckAmount(std::string_view bytes) {
+    if (bytes.size() > MaxXmlBytes)
+        throw RUNTIME_EXCEPTION("The camera description has %zu bytes, more than the %zu allowed", bytes.size(),
+                                MaxXmlBytes);
+    const std::size_t tags = CountOf('<', bytes);
+    const std::size_t attributes = CountOf('=', bytes);
+    if (tags > maxTags || attributes > maxTags)
+        throw RUNTIME_EXCEPTION("The camera description has too many elements (%zu tags, %zu attributes)", tags,
+                                attributes);
+}
+
+void RefuseDoctype(const pugi::xml_document &document) {
+    for (const pugi::xml_node node : document.children())
+        if (node.type() == pugi::node_doctype)
+            throw RUNTIME_EXCEPTION("The camera description has a DOCTYPE, which is not allowed");
+}
+
+} // namespace
+
+std::string ReadDescriptionFile(const gcstring &fileName) {
+    std::ifstream file(fileName.c_str(), std::ios::binary | std::ios::ate);
+    const auto size = file ? static_cast<std::streamoff>(file.tellg()) : -1;
+    if (size < 0 || static_cast<uint64_t>(size) > MaxStoredBytes)
+        throw RUNTIME_EXCEPTION("The camera description file '%s' does not exist or is larger than %zu bytes",
+                                fileName.c_str(), MaxStoredBytes);
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    if (!file.seekg(0).read(bytes.data(), size))
+        throw RUNTIME_EXCEPTION("Cannot read the camera description file '%s'", fileName.c_str());
+    return bytes;
+}
+
+XmlDocument ParseXml(std::string_view bytes) {
+    const std::string_view xml = StripSurroundings(bytes);
+    CheckAmount(xml);
+    auto document = std::make_shared<pugi::xml_document>();
+    constexpr unsigned options = pugi::parse_default | pugi::parse_doctype | pugi::parse_embed_pcdata;
+    const pugi::xml_parse_result result = document->load_buffer(xml.data(), xml.size(), options);
+    if (!result)
+        throw RUNTIME_EXCEPTION("The camera description is no well-formed XML: %s at offset %td", result.description(),
+                                xml.data() - bytes.data() + result.offset);
+    RefuseDoctype(*document);
+    if (!document->child("RegisterDescription"))
+        throw RUNTIME_EXCEPTION("The camera description has no root element 'RegisterDescription'");
+    return document;
+}
+
+} // namespace GenApi

@@ -1,0 +1,95 @@
+#include "ZipReader.h"
+
+#include "Text.h"
+#include "XmlSource.h"
+
+#include <zip.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace GenApi {
+
+namespace {
+
+constexpr zip_int64_t maxEntries = 64;
+// Descriptions shrink to a tenth; deflate could pack a thousand times as much.
+constexpr std::size_t maxRatio = 250;
+constexpr std::size_t chunkSize = 64 * 1024;
+
+struct SErrorText {
+    SErrorText() { zip_error_init(&error); }
+    ~SErrorText() { zip_error_fini(&error); }
+    SErrorText(const SErrorText &) = delete;
+    SErrorText &operator=(const SErrorText &) = delete;
+    zip_error_t error;
+};
+
+struct SDiscard {
+    void operator()(zip_t *archive) const { zip_discard(archive); }
+    void operator()(zip_file_t *file) const { zip_fclose(file); }
+};
+using ArchivePtr = std::unique_ptr<zip_t, SDiscard>;
+using FilePtr = std::unique_ptr<zip_file_t, SDiscard>;
+
+[[noreturn]] void Fail(const char *reason) {
+    throw RUNTIME_EXCEPTION("Cannot unzip the camera description: %s", reason);
+}
+
+ArchivePtr Open(std::string_view bytes) {
+    SErrorText status;
+    zip_source_t *const source = zip_source_buffer_create(bytes.data(), bytes.size(), 0, &status.error);
+    if (source == nullptr)
+        Fail(zip_error_strerror(&status.error));
+    ArchivePtr archive(zip_open_from_source(source, ZIP_RDONLY, &status.error));
+    if (archive == nullptr) {
+        zip_source_free(source);
+        Fail(zip_error_strerror(&status.error));
+    }
+    return archive;
+}
+
+bool IsXml(zip_t *archive, zip_int64_t index) {
+    const char *const name = zip_get_name(archive, static_cast<zip_uint64_t>(index), 0);
+    const std::string_view text = name != nullptr ? name : "";
+    return text.size() > 4 && EqualsNoCase(text.substr(text.size() - 4), ".xml");
+}
+
+zip_uint64_t FindDescription(zip_t *archive) {
+    const zip_int64_t count = zip_get_num_entries(archive, 0);
+    if (count < 1 || count > maxEntries)
+        Fail("the archive is empty or has too many files");
+    for (zip_int64_t index = 0; index < count; ++index)
+        if (IsXml(archive, index))
+            return static_cast<zip_uint64_t>(index);
+    return 0;
+}
+
+/// The sizes an archive states may be wrong, so the limit is kept while reading.
+std::string ReadAll(zip_file_t *file, std::size_t limit) {
+    std::string text;
+    for (;;) {
+        const std::size_t size = text.size();
+        text.resize(size + chunkSize);
+        const zip_int64_t got = zip_fread(file, text.data() + size, chunkSize);
+        if (got < 0)
+            Fail(zip_file_strerror(file));
+        text.resize(size + static_cast<std::size_t>(got));
+        if (text.size() > limit)
+            Fail("it is larger than a description can be");
+        if (got == 0)
+            return text;
+    }
+}
+
+} // namespace
+
+std::string ReadZippedXml(std::string_view bytes) {
+    const ArchivePtr archive = Open(bytes);
+    const FilePtr file(zip_fopen_index(archive.get(), FindDescription(archive.get()), 0));
+    if (file == nullptr)
+        Fail(zip_strerror(archive.get()));
+    return ReadAll(file.get(), std::min(MaxXmlBytes, maxRatio * bytes.size()));
+}
+
+} // namespace GenApi

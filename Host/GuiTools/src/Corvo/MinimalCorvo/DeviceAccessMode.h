@@ -1,0 +1,32 @@
+#pragma once
+
+#include <bitset>
+
+namespace Corvo {
+
+/// Kinds of access to a device; the value is the bit position in an AccessModeSet. Bits 0 and 2 stay free.
+enum EDeviceAccessMode : int {
+    Control = 1,   ///< Features are writable; GVCP control privilege.
+    Stream = 3,    ///< Stream access.
+    Event = 4,     ///< Event access.
+    Exclusive = 5, ///< GVCP exclusive privilege.
+    _NumModes = 6
+};
+
+/// The kinds of access with which a device is opened. A mode outside 0 to 5 throws std::out_of_range.
+class AccessModeSet : public std::bitset<_NumModes> {
+public:
+    AccessModeSet() = default;
+    AccessModeSet(EDeviceAccessMode mode) { set(static_cast<std::size_t>(mode)); }
+    AccessModeSet(const std::bitset<_NumModes> &modes) : bitset(modes) {}
+};
+
+inline AccessModeSet operator|(AccessModeSet modes, EDeviceAccessMode mode) {
+    modes.set(static_cast<std::size_t>(mode));
+    return modes;
+}
+inline AccessModeSet operator+(const AccessModeSet &modes, EDeviceAccessMode mode) { return modes | mode; }
+inline AccessModeSet operator|(EDeviceAccessMode a, EDeviceAccessMode b) { return AccessModeSet(a) | b; }
+inline AccessModeSet operator+(EDeviceAccessMode a, EDeviceAccessMode b) { return a | b; }
+
+} // namespace Corvo

@@ -1,0 +1,84 @@
+#include "MinimalCorvo/CorvoBase.h"
+
+#include "MinimalCorvo/TraceLog.h"
+#include "TestFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+// Initialisation and the id of "corvo.base" are process-wide: every test here relies on a process of its own.
+
+namespace {
+
+using namespace Corvo;
+using testing::HasSubstr;
+
+class CorvoBaseTest : public testing::Test {
+protected:
+    CorvoBaseTest() {
+        setenv("XDG_STATE_HOME", (folder / "").c_str(), 1);
+        unsetenv("GENICAM_LOG_CONFIG");
+    }
+    std::string Trace() const { return TestFolder::Read(folder / "ostra-lanvane" / "trace.log"); }
+    static bool Logs() { return tracelog::LogTrace(tracelog::LogGetCatID("test"), tracelog::lvError, "line"); }
+
+    TestFolder folder;
+};
+
+int handlerCalls = 0;
+
+TEST_F(CorvoBaseTest, NestsAndLogsTheEnd) {
+    SetTerminationHandler([]() noexcept { ++handlerCalls; });
+    CorvoInitialize();
+    CorvoInitialize();
+    CorvoTerminate(true);
+    EXPECT_TRUE(Logs());
+    EXPECT_EQ(0, handlerCalls);
+    CorvoTerminate(false);
+    EXPECT_THAT(Trace(), testing::EndsWith("NOTICE corvo.base: Terminated Corvo for Linux.\n"));
+    EXPECT_TRUE(Logs());
+    CorvoTerminate(true);
+    EXPECT_THAT(Trace(), HasSubstr("INFO   corvo.base: CorvoTerminate called after corvo has already terminated\n"));
+    EXPECT_EQ(1, handlerCalls);
+}
+
+TEST_F(CorvoBaseTest, StartsLoggingAnewAfterItWasShutDown) {
+    CorvoInitialize();
+    CorvoTerminate(true);
+    EXPECT_FALSE(Logs());
+    CorvoInitialize();
+    EXPECT_TRUE(Logs());
+    EXPECT_THAT(Trace(), testing::EndsWith("test: line\n"));
+}
+
+TEST_F(CorvoBaseTest, LeavesTheLoggingLibraryToAHostThatManagesIt) {
+    AddInternalFlags(InternalFlag_HostManagesLogging | InternalFlag_UntilTermination);
+    CorvoInitialize();
+    EXPECT_TRUE(Logs());
+    EXPECT_EQ("", Trace());
+    CorvoTerminate(true);
+    EXPECT_TRUE(Logs());
+    EXPECT_EQ(InternalFlag_HostManagesLogging, GetInternalFlags());
+    EXPECT_TRUE(IsInternalFlagSet(InternalFlag_HostManagesLogging | InternalFlag_UntilTermination));
+}
+
+TEST_F(CorvoBaseTest, CountsInitialisationsOfManyThreadsThatLogAtOnce) {
+    std::thread threads[4];
+    for (std::thread &thread : threads) {
+        thread = std::thread([] {
+            CorvoInitialize();
+            for (int i = 0; i < 100; ++i)
+                EXPECT_TRUE(Logs());
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_TRUE(Logs());
+        CorvoTerminate();
+    }
+    EXPECT_FALSE(Logs());
+}
+
+} // namespace

@@ -1,0 +1,95 @@
+#include "MinimalCorvo/EmbeddedNodeMapFactory.h"
+
+#include "MinimalCorvo/CorvoBase.h"
+#include "MinimalCorvo/Utilities.h"
+
+#include "GenApi/GenApi.h"
+
+#include <gmock/gmock.h>
+
+#include <cstring>
+
+namespace {
+
+using namespace Corvo;
+
+class EmbeddedNodeMapTest : public testing::Test {
+protected:
+    ~EmbeddedNodeMapTest() override { DestroyNodeMap(nodeMap); }
+
+    GenApi::CIntegerPtr Integer(const char *name) const { return GenApi::CIntegerPtr(nodeMap->GetNode(name)); }
+
+    GenApi::INodeMap *nodeMap = nullptr;
+};
+
+/// Registers 0 to 255 of a device or of a statistic, all readable and writable.
+class MemoryPort : public GenApi::CPortImpl {
+public:
+    GenApi::EAccessMode GetAccessMode() const override { return GenApi::RW; }
+    void Read(void *buffer, int64_t address, int64_t length) override {
+        std::memcpy(buffer, memory + address, static_cast<std::size_t>(length));
+    }
+    void Write(const void *buffer, int64_t address, int64_t length) override {
+        std::memcpy(memory + address, buffer, static_cast<std::size_t>(length));
+    }
+
+    unsigned char memory[256] = {};
+};
+
+TEST_F(EmbeddedNodeMapTest, OffersTheControlChannelParametersWithTheChannelsDefaults) {
+    nodeMap = CreateNodeMapFromEmbeddedXML("GigETLParams");
+    const struct {
+        const char *name;
+        std::int64_t value, min;
+    } cases[] = {{"ReadTimeout", 200, 10},
+                 {"WriteTimeout", 200, 10},
+                 {"MaxRetryCountRead", 2, 0},
+                 {"MaxRetryCountWrite", 2, 0},
+                 {"HeartbeatTimeout", 300000, 500}};
+    for (const auto &c : cases) {
+        const GenApi::CIntegerPtr feature = Integer(c.name);
+        EXPECT_EQ(c.value, feature->GetValue()) << c.name;
+        EXPECT_EQ(c.min, feature->GetMin()) << c.name;
+        feature->SetValue(c.min + 1);
+        EXPECT_EQ(c.min + 1, feature->GetValue()) << c.name;
+    }
+    EXPECT_FALSE(GenApi::CBooleanPtr(nodeMap->GetNode("CommandDuplicationEnable"))->GetValue());
+}
+
+TEST_F(EmbeddedNodeMapTest, ReadsTheTimeoutCounterFromTheStatisticPort) {
+    MemoryPort port;
+    nodeMap = CreateNodeMapFromEmbeddedXML("GigETLParams");
+    ASSERT_TRUE(nodeMap->Connect(&port, "StatisticPort"));
+    for (const std::uint32_t count : {1u, 0x80000000u}) {
+        std::memcpy(port.memory + 8, &count, sizeof count);
+        EXPECT_EQ(count, Integer("ReadWriteTimeoutCount")->GetValue());
+    }
+}
+
+TEST_F(EmbeddedNodeMapTest, WritesTheIpConfigurationAsTheDeviceHoldsIt) {
+    MemoryPort port;
+    nodeMap = CreateNodeMapFromEmbeddedXML("GigEImplParams");
+    ASSERT_TRUE(nodeMap->Connect(&port, "Device"));
+    port.memory[0x14] = 0x80; // a bit that is no IP configuration
+    Integer("GevCurrentIPConfiguration")->SetValue(5);
+    EXPECT_THAT(std::vector<int>(port.memory + 0x14, port.memory + 0x18), testing::ElementsAre(0x80, 0, 0, 5));
+    EXPECT_EQ(5, Integer("GevCurrentIPConfiguration")->GetValue());
+}
+
+TEST_F(EmbeddedNodeMapTest, ShowsEveryFeatureOfEveryDocument) {
+    for (const char *name :
+         {"GigEEventParams", "GigEStreamParams", "GigETLParams", "GigEImplParams", "DefaultTransportLayerParams"}) {
+        GenApi::INodeMap *map = CreateNodeMapFromEmbeddedXML(name);
+        GenApi::FeatureList_t features;
+        GenApi::CCategoryPtr(map->GetNode("Root"))->GetFeatures(features);
+        EXPECT_LT(0u, features.size()) << name;
+        EXPECT_EQ("Device", map->GetDeviceName());
+        DestroyNodeMap(map);
+    }
+    nodeMap = CreateDefaultTransportLayerParamsNodeMap();
+    EXPECT_EQ(GetCorvoVersionString(), GenApi::CStringPtr(nodeMap->GetNode("TLVersion"))->GetValue());
+    EXPECT_EQ(nullptr, CreateNodeMapFromEmbeddedXML("NoSuchParams"));
+    EXPECT_EQ(nullptr, CreateNodeMapFromEmbeddedXML(nullptr));
+}
+
+} // namespace

@@ -1,0 +1,1 @@
+extern "C" const char *SomethingElse() { return "no resources here"; }

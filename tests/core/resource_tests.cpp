@@ -1,0 +1,87 @@
+#include "MinimalCorvo/ResourceHelper.h"
+
+#include <gmock/gmock.h>
+
+#include <cstring>
+
+namespace {
+
+using namespace Resource;
+
+std::size_t size = 99;
+
+template <class Action> std::string ErrorStreamOf(Action action) {
+    testing::internal::CaptureStderr();
+    action();
+    return testing::internal::GetCapturedStderr();
+}
+
+TEST(Resource, EmbeddedDocumentsAreXmlWithoutTheirTerminatingZero) {
+    for (const char *name :
+         {"GigEEventParams", "GigEStreamParams", "GigETLParams", "GigEImplParams", "DefaultTransportLayerParams"}) {
+        const auto *text = static_cast<const char *>(GetResourceData(name, nullptr, &size));
+        ASSERT_NE(nullptr, text) << name;
+        EXPECT_EQ(std::strlen(text), size);
+        EXPECT_THAT(text, testing::HasSubstr(std::string("ModelName=\"") + name + '"'));
+        EXPECT_EQ(text, GetResourceString(name, nullptr, &size));
+        EXPECT_EQ(std::strlen(text) + 1, size);
+        EXPECT_FALSE(FreeResource(text));
+    }
+    EXPECT_EQ(nullptr, GetResourceData("gigetlparams", nullptr, &size));
+    EXPECT_EQ(0u, size);
+    EXPECT_EQ(nullptr, GetResourceString("GigETLParam", nullptr, nullptr));
+    EXPECT_EQ(nullptr, GetResourceData("GigETLParams", nullptr, nullptr));
+}
+
+TEST(Resource, ComesFromALibraryUntilItIsFreed) {
+    const void *first = GetResourceData("ends with zero", RESOURCE_LIBRARY, &size);
+    EXPECT_EQ(3u, size);
+    const char *second = GetResourceString("ends with zero", RESOURCE_LIBRARY, nullptr);
+    EXPECT_TRUE(FreeResource(first));
+    EXPECT_STREQ("abc", second); // each fetch keeps the library open
+    EXPECT_TRUE(FreeResource(second));
+    EXPECT_FALSE(FreeResource(second));
+}
+
+TEST(Resource, TellsAndCutsOffAMissingZero) {
+    EXPECT_EQ("resource 'ends without zero' without trailing zero!\n", ErrorStreamOf([] {
+                  EXPECT_TRUE(FreeResource(GetResourceData("ends without zero", RESOURCE_LIBRARY, &size)));
+              }));
+    EXPECT_EQ(2u, size);
+    EXPECT_EQ("resource 'ends without zero' without trailing zero!\n", ErrorStreamOf([] {
+                  EXPECT_TRUE(FreeResource(GetResourceString("ends without zero", RESOURCE_LIBRARY, &size)));
+              }));
+    EXPECT_EQ(3u, size);
+    EXPECT_TRUE(FreeResource(GetResourceData("empty", RESOURCE_LIBRARY, &size)));
+    EXPECT_EQ(0u, size);
+}
+
+TEST(Resource, TellsWhyALibraryGivesNothing) {
+    const struct {
+        const char *file, *errors;
+    } cases[] = {{"/no/such.so", "^dlopen '/no/such.so' failed: /no/such.so"},
+                 {LIBRARY_WITHOUT_RESOURCES, "^dlsym: [^\n]+\nSymbol 'LoadResourceData' not found\n$"},
+                 {RESOURCE_LIBRARY, "^$"}};
+    for (const auto &c : cases) {
+        size = 99;
+        EXPECT_THAT(ErrorStreamOf([&] { EXPECT_EQ(nullptr, GetResourceData("unknown", c.file, &size)); }),
+                    testing::ContainsRegex(c.errors));
+        EXPECT_EQ(0u, size);
+    }
+    EXPECT_EQ(std::string(511, 'x') + "\n", ErrorStreamOf([] { Trace("%s", std::string(600, 'x').c_str()); }));
+}
+
+void ExitKeeping(int resources) {
+    for (; resources > 0; --resources)
+        GetResourceData("empty", RESOURCE_LIBRARY, &size);
+    std::exit(0);
+}
+
+TEST(ResourceDeathTest, ProgramEndSpeaksUpAboutForgottenResources) {
+    // A debug build aborts then.
+    const auto anyEnd = [](int) { return true; };
+    EXPECT_EXIT(ExitKeeping(1), anyEnd, "Freeing 1 resource before exiting. Did you forget to call FreeResource.");
+    EXPECT_EXIT(ExitKeeping(2), anyEnd, "Freeing 2 resources before exiting. Did you forget to call FreeResource.");
+}
+
+} // namespace

@@ -1,0 +1,110 @@
+#include "MinimalCorvo/Utilities.h"
+
+#include "Base/GCException.h"
+#include "TestFolder.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace Corvo;
+
+TEST(Environment, ExpandsReferencesInTexts) {
+    setenv("CORVO_A", "<$(CORVO_B)>", 1);
+    setenv("B", "b", 1);
+    const struct {
+        const char *text, *expanded;
+        int references;
+    } cases[] = {
+        {"plain text", "plain text", 0},
+        {"x$(CORVO_A)y$(B)", "x<$(CORVO_B)>yb", 2}, // values are not expanded once more
+        {"$(CORVO_NONE)", "", 1},
+        {"$$(B)", "$(B)", 0},
+        {"$$$(B)$$", "$b$", 1},
+        {"$$$", "$$$", 0}, // too short to be looked at
+        {"$()$(B)", "$()b", 1},
+        {"$(B", "$(B", 0},
+        {"$B $(B) $", "$B b $", 1},
+        {"$($(B))", ")", 1}, // a reference to the variable "$(B"
+    };
+    for (const auto &c : cases) {
+        String_t text = c.text;
+        EXPECT_EQ(c.references, ExpandEnvironmentVariables(text)) << c.text;
+        EXPECT_EQ(c.expanded, text) << c.text;
+    }
+}
+
+TEST(Hex, EncodesIntoBuffersThatFit) {
+    const unsigned char bytes[] = {0x0A, 0xFF};
+    char buffer[] = "unchanged";
+    EXPECT_EQ(6u, HexEncodeString(bytes, 2, buffer, 5, ":"));
+    EXPECT_EQ(6u, HexEncodeString(bytes, 2, nullptr, 100, ":"));
+    EXPECT_STREQ("unchanged", buffer);
+    EXPECT_EQ(5u, HexEncodeString(bytes, 2, buffer, 6, ":"));
+    EXPECT_STREQ("0a:ff", buffer);
+    EXPECT_EQ(1u, HexEncodeString(bytes, 0, nullptr, 0, "::"));
+    EXPECT_EQ("0aff", HexEncodeString(bytes, 2));
+}
+
+TEST(Hex, DecodesDigitsAndSkipsTheRest) {
+    EXPECT_EQ("\x0A\xFF", HexDecodeString("0a:FF"));
+    EXPECT_EQ("\xAB\x0C", HexDecodeString("abc-"));
+    unsigned char buffer[2] = {7, 7};
+    EXPECT_EQ(2u, HexDecodeString("0102", buffer, 1));
+    EXPECT_EQ(7, buffer[0]);
+    EXPECT_EQ(2u, HexDecodeString("0102", buffer, 2));
+    EXPECT_EQ(2, buffer[1]);
+}
+
+TEST(KeyValue, SplitsTokensIntoTrimmedPairs) {
+    const char *text = ";; a = 1 ;\tb=2=3\n,c;=v; ; = ;d=";
+    const struct {
+        bool found;
+        const char *key, *value;
+    } tokens[] = {{true, "a", "1"}, {true, "b", "2=3"}, {true, "c", ""}, {true, "", "v"},
+                  {false, "", ""},  {false, "", ""},    {true, "d", ""}, {false, "", ""}};
+    std::size_t index = 0;
+    for (const auto &token : tokens) {
+        String_t key, value;
+        EXPECT_EQ(token.found, getKeyAndValueFromString(text, ";,", index, &key, &value)) << index;
+        EXPECT_EQ(token.key, key) << index;
+        EXPECT_EQ(token.value, value) << index;
+        ++index;
+    }
+    String_t key = "k1=v1;k2=v2", value;
+    EXPECT_TRUE(getKeyAndValueFromString(key, ";", 1, &key, &value)); // the text may be one of the outputs
+    EXPECT_EQ("k2 v2", key + " " + value);
+    EXPECT_FALSE(getKeyAndValueFromString("a=b", ";", 0, nullptr, nullptr));
+    EXPECT_TRUE(getValueByKeyFromString("A=1; ;a = 2 ;a=3", ";", "a", value));
+    EXPECT_EQ("2", value);
+}
+
+TEST(Text, SplitsAtSeparatorTexts) {
+    const struct {
+        const char *text, *separator;
+        std::vector<String_t> pieces;
+    } cases[] = {{"a||b|c||", "||", {"a", "b|c", ""}}, {"", "||", {""}}, {"a", "", {"a"}}, {"|||", "||", {"", "|"}}};
+    for (const auto &c : cases) {
+        std::vector<String_t> pieces;
+        for (String_t piece; extractSubString(c.text, c.separator, pieces.size(), piece);)
+            pieces.push_back(piece);
+        EXPECT_EQ(c.pieces, pieces) << c.text;
+    }
+    EXPECT_EQ("a%20%20b%20", replaceSpacesWith20("a  b "));
+}
+
+TEST(Text, ReadsWholeFilesOrSaysWhichCouldNotBeOpened) {
+    const TestFolder folder;
+    const std::string path = folder / "file";
+    const std::string content("line\r\n\0end", 10);
+    std::ofstream(path) << content;
+    String_t text;
+    textFileToString(path, text);
+    EXPECT_EQ(String_t(content), text);
+    for (const std::string &unreadable : {path + "x", std::string(folder / "")})
+        EXPECT_THAT([&] { textFileToString(unreadable, text); },
+                    testing::ThrowsMessage<GenICam::RuntimeException>(
+                        testing::StartsWith("Failed to open file '" + unreadable)));
+}
+
+} // namespace
