@@ -28,7 +28,7 @@ protected:
 
 int handlerCalls = 0;
 
-TEST_F(CorvoBaseTest, NestsAndLogsTheEnd) {
+TEST_F(CorvoBaseTest, NestsLogsTheEndAndStartsAnew) {
     SetTerminationHandler([]() noexcept { ++handlerCalls; });
     CorvoInitialize();
     CorvoInitialize();
@@ -41,9 +41,6 @@ TEST_F(CorvoBaseTest, NestsAndLogsTheEnd) {
     CorvoTerminate(true);
     EXPECT_THAT(Trace(), HasSubstr("INFO   corvo.base: CorvoTerminate called after corvo has already terminated\n"));
     EXPECT_EQ(1, handlerCalls);
-}
-
-TEST_F(CorvoBaseTest, StartsLoggingAnewAfterItWasShutDown) {
     CorvoInitialize();
     CorvoTerminate(true);
     EXPECT_FALSE(Logs());
@@ -68,8 +65,7 @@ TEST_F(CorvoBaseTest, CountsInitialisationsOfManyThreadsThatLogAtOnce) {
     for (std::thread &thread : threads) {
         thread = std::thread([] {
             CorvoInitialize();
-            for (int i = 0; i < 100; ++i)
-                EXPECT_TRUE(Logs());
+            EXPECT_TRUE(Logs());
         });
     }
     for (std::thread &thread : threads)

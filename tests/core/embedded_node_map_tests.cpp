@@ -36,26 +36,6 @@ public:
     unsigned char memory[256] = {};
 };
 
-TEST_F(EmbeddedNodeMapTest, OffersTheControlChannelParametersWithTheChannelsDefaults) {
-    nodeMap = CreateNodeMapFromEmbeddedXML("GigETLParams");
-    const struct {
-        const char *name;
-        std::int64_t value, min;
-    } cases[] = {{"ReadTimeout", 200, 10},
-                 {"WriteTimeout", 200, 10},
-                 {"MaxRetryCountRead", 2, 0},
-                 {"MaxRetryCountWrite", 2, 0},
-                 {"HeartbeatTimeout", 300000, 500}};
-    for (const auto &c : cases) {
-        const GenApi::CIntegerPtr feature = Integer(c.name);
-        EXPECT_EQ(c.value, feature->GetValue()) << c.name;
-        EXPECT_EQ(c.min, feature->GetMin()) << c.name;
-        feature->SetValue(c.min + 1);
-        EXPECT_EQ(c.min + 1, feature->GetValue()) << c.name;
-    }
-    EXPECT_FALSE(GenApi::CBooleanPtr(nodeMap->GetNode("CommandDuplicationEnable"))->GetValue());
-}
-
 TEST_F(EmbeddedNodeMapTest, ReadsTheTimeoutCounterFromTheStatisticPort) {
     MemoryPort port;
     nodeMap = CreateNodeMapFromEmbeddedXML("GigETLParams");

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <dlfcn.h>
+
 #include <cstring>
 
 namespace {
@@ -9,6 +11,8 @@ namespace {
 using namespace Resource;
 
 std::size_t size = 99;
+
+bool IsLoaded(const char *library) { return dlopen(library, RTLD_LAZY | RTLD_NOLOAD) != nullptr; }
 
 template <class Action> std::string ErrorStreamOf(Action action) {
     testing::internal::CaptureStderr();
@@ -41,17 +45,17 @@ TEST(Resource, ComesFromALibraryUntilItIsFreed) {
     EXPECT_STREQ("abc", second); // each fetch keeps the library open
     EXPECT_TRUE(FreeResource(second));
     EXPECT_FALSE(FreeResource(second));
+    EXPECT_FALSE(IsLoaded(RESOURCE_LIBRARY));
 }
 
 TEST(Resource, TellsAndCutsOffAMissingZero) {
-    EXPECT_EQ("resource 'ends without zero' without trailing zero!\n", ErrorStreamOf([] {
-                  EXPECT_TRUE(FreeResource(GetResourceData("ends without zero", RESOURCE_LIBRARY, &size)));
+    const std::string line = "resource 'ends without zero' without trailing zero!\n";
+    EXPECT_EQ(line + line, ErrorStreamOf([] {
+                  FreeResource(GetResourceData("ends without zero", RESOURCE_LIBRARY, &size));
+                  EXPECT_EQ(2u, size);
+                  FreeResource(GetResourceString("ends without zero", RESOURCE_LIBRARY, &size));
+                  EXPECT_EQ(3u, size);
               }));
-    EXPECT_EQ(2u, size);
-    EXPECT_EQ("resource 'ends without zero' without trailing zero!\n", ErrorStreamOf([] {
-                  EXPECT_TRUE(FreeResource(GetResourceString("ends without zero", RESOURCE_LIBRARY, &size)));
-              }));
-    EXPECT_EQ(3u, size);
     EXPECT_TRUE(FreeResource(GetResourceData("empty", RESOURCE_LIBRARY, &size)));
     EXPECT_EQ(0u, size);
 }
@@ -67,6 +71,7 @@ TEST(Resource, TellsWhyALibraryGivesNothing) {
         EXPECT_THAT(ErrorStreamOf([&] { EXPECT_EQ(nullptr, GetResourceData("unknown", c.file, &size)); }),
                     testing::ContainsRegex(c.errors));
         EXPECT_EQ(0u, size);
+        EXPECT_FALSE(IsLoaded(c.file));
     }
     EXPECT_EQ(std::string(511, 'x') + "\n", ErrorStreamOf([] { Trace("%s", std::string(600, 'x').c_str()); }));
 }

@@ -30,7 +30,7 @@ TEST_F(LogTest, WritesCleanLinesOfPriorityInfoAndAboveByDefault) {
     logger.Log(LogPriority_Debug, "hidden");
     logger.Log(LogPriority_NotSet, "hidden");
     logger.Log(LogPriority_Info, "%s|%s|%s\n", "100%s%n", "x\r\ny\x1B[2J\x7F", "\xC2\x9BzÄ");
-    EXPECT_THAT(Trace(), testing::ContainsRegex("^[0-9-]+ [0-9:.]+ \\[[0-9]+\\] INFO +corvo.base: 100%s%n|x  y"));
+    EXPECT_THAT(Trace(), testing::ContainsRegex("^[0-9-]+ [0-9:.]+ \\[[0-9]+\\] INFO +corvo.base: 100%s%n\\|x  y"));
     EXPECT_THAT(Trace(), testing::EndsWith("|x  y [2J |  zÄ\n"));
 }
 
@@ -55,6 +55,18 @@ TEST_F(LogTest, FallsBackToTheDefaultFileWhenThePropertyFileIsUnusable) {
         EXPECT_THAT(Trace(), HasSubstr("GENICAM_LOG_CONFIG: cannot use '" + config + "'"));
         EXPECT_THAT(Trace(), testing::EndsWith("a: to the default\n"));
     }
+}
+
+TEST_F(LogTest, ForgetsWhatAnEarlierPropertyFileSaid) {
+    const std::string config = folder / "config";
+    std::ofstream(config) << "log4j.rootCategory=FATAL\nlog4j.category.quiet=FATAL\nlog4j.additivity.quiet=false\n";
+    setenv("GENICAM_LOG_CONFIG", config.c_str(), 1);
+    CLog::Initialize();
+    CLog::GetLogger("quiet")->Log(LogPriority_Error, "hidden");
+    unsetenv("GENICAM_LOG_CONFIG");
+    CLog::Initialize();
+    CLog::GetLogger("quiet")->Log(LogPriority_Info, "written");
+    EXPECT_THAT(Trace(), testing::ContainsRegex("^[^\n]*quiet: written\n$"));
 }
 
 TEST_F(LogTest, GoesWithoutAFileWhenTheFolderIsUnusable) {

@@ -1,4 +1,4 @@
-#include "Lanvane/AboutDialog.h"
+#include "Lanvane/aboutdialog.h"
 #include "QtText.h"
 
 #include <QApplication>

@@ -1,5 +1,5 @@
 #include "Lanvane/AddressText.h"
-#include "Lanvane/IpAddressWidget.h"
+#include "Lanvane/ipaddresswidget.h"
 #include "QtText.h"
 
 TEST(AddressText, CleansAddresses) {

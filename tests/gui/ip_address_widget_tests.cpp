@@ -1,4 +1,4 @@
-#include "Lanvane/IpAddressWidget.h"
+#include "Lanvane/ipaddresswidget.h"
 #include "QtText.h"
 
 #include <QDialogButtonBox>

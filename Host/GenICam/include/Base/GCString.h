@@ -12,8 +12,8 @@ namespace GenICam {
 /// The GenICam string: a growable sequence of bytes (UTF-8 where it is text) with byte-wise ordering.
 ///
 /// A value type without locking; it may hold zero bytes, which c_str() then shows as an early end. A null `const char*`
-/// counts as the empty text everywhere. Trap: the conversion to `const char*` makes `if (text)` and `text + 1` compile
-/// as pointer operations.
+/// counts as the empty text everywhere. Traps: the conversion to `const char*` makes `if (text)` compile, and be true;
+/// a number counts as a character, so `text + 1` appends the byte 1.
 class gcstring {
 public:
     static constexpr std::size_t npos = std::string::npos;
@@ -77,6 +77,8 @@ inline bool operator<(const char *a, const gcstring &b) { return b.compare(a) > 
 inline bool operator>(const gcstring &a, const gcstring &b) noexcept { return a.compare(b) > 0; }
 inline bool operator>(const gcstring &a, const char *b) { return a.compare(b) > 0; }
 inline bool operator>(const char *a, const gcstring &b) { return b.compare(a) < 0; }
+inline bool operator<=(const gcstring &a, const gcstring &b) noexcept { return a.compare(b) <= 0; }
+inline bool operator>=(const gcstring &a, const gcstring &b) noexcept { return a.compare(b) >= 0; }
 
 inline gcstring operator+(gcstring a, const gcstring &b) { return std::move(a += b); }
 inline gcstring operator+(gcstring a, const char *b) { return std::move(a += b); }

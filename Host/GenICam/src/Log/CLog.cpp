@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace GenICam {
 
@@ -88,6 +89,17 @@ std::string ConfigureFromFile(const char *path) {
     }
 }
 
+/// Undoes the set-up as a whole: log4cpp's own shutdown keeps the thresholds that a property file gave to categories.
+void Reset() {
+    log4cpp::Category::shutdown();
+    const std::unique_ptr<std::vector<log4cpp::Category *>> categories(log4cpp::Category::getCurrentCategories());
+    for (log4cpp::Category *category : *categories) {
+        category->setAdditivity(true);
+        if (category->getParent() != nullptr) // the root must have a threshold
+            category->setPriority(log4cpp::Priority::NOTSET);
+    }
+}
+
 /// Guards the set-up and the table of loggers, and with them log4cpp's global state, which it makes on first use.
 std::mutex logMutex;
 
@@ -116,7 +128,7 @@ bool CLogger::IsEnabled(int priority) const noexcept { return m_category.isPrior
 
 void CLog::Initialize() {
     const std::lock_guard<std::mutex> lock(logMutex);
-    log4cpp::Category::shutdown();
+    Reset();
     const char *path = std::getenv("GENICAM_LOG_CONFIG");
     if (path == nullptr || path[0] == '\0') {
         ConfigureDefault();
@@ -125,7 +137,7 @@ void CLog::Initialize() {
     const std::string problem = ConfigureFromFile(path);
     if (problem.empty())
         return;
-    log4cpp::Category::shutdown(); // drops what was set up before the problem
+    Reset(); // drops what was set up before the problem
     ConfigureDefault();
     CLogger(log4cpp::Category::getInstance("GenICam.Log"))
         .Log(LogPriority_Warning, "GENICAM_LOG_CONFIG: cannot use '%s': %s", path, problem.c_str());

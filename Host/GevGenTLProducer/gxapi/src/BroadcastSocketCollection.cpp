@@ -132,9 +132,13 @@ GXSTATUS CBroadcastSocketCollection::SetOptions(std::size_t row) noexcept {
         GX_TRACE(FlagDiscovery, LevelWarning, "Failed to set SO_RCVBUF on socket %lu. Value = %d, Status = 0x%08X.\n",
                  static_cast<unsigned long>(row), size, status);
     // Only the rows that serve all adapters need it, and there it is needed.
-    if (row < static_cast<std::size_t>(m_HasDedicatedReceiver) + (m_pUnicastSocket ? 1 : 0))
-        return socket.SetOpt(IPPROTO_IP, IP_PKTINFO, &on, sizeof on);
-    return GX_SUCCESS;
+    if (row >= static_cast<std::size_t>(m_HasDedicatedReceiver) + (m_pUnicastSocket ? 1 : 0))
+        return GX_SUCCESS;
+    status = socket.SetOpt(IPPROTO_IP, IP_PKTINFO, &on, sizeof on);
+    if (status != GX_SUCCESS)
+        GX_TRACE(FlagDiscovery, LevelError, "Failed to set IP_PKTINFO on socket %d. Status = 0x%08X.\n", number,
+                 status);
+    return status;
 }
 
 GXSTATUS CBroadcastSocketCollection::BindRow(std::size_t row, std::uint16_t &commonPort) noexcept {

@@ -19,7 +19,7 @@ std::int64_t Now() noexcept {
 } // namespace
 
 Deadline::Deadline(std::uint32_t timeout_ms) noexcept
-    : m_Deadline_ns(timeout_ms == UINT32_MAX ? -1 : Now() + timeout_ms * NanosecondsPerMillisecond) {}
+    : m_Deadline_ns(timeout_ms == GX_INFINITE ? -1 : Now() + timeout_ms * NanosecondsPerMillisecond) {}
 
 bool Deadline::HasPassed() const noexcept { return m_Deadline_ns >= 0 && Now() >= m_Deadline_ns; }
 

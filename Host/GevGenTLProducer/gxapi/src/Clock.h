@@ -2,12 +2,15 @@
 
 #include <cstdint>
 
+/// Timeout value for waiting without end.
+constexpr std::uint32_t GX_INFINITE = 0xFFFFFFFF;
+
 namespace GxImp {
 
 /// A point in time on the monotonic clock, so that neither signals nor clock changes extend a wait.
 class Deadline {
 public:
-    /// \param timeout_ms from now; 0xFFFFFFFF never passes.
+    /// \param timeout_ms from now; GX_INFINITE never passes.
     explicit Deadline(std::uint32_t timeout_ms) noexcept;
 
     bool HasPassed() const noexcept;

@@ -94,7 +94,7 @@ GXSTATUS ReceiveDatagram(CSocket &socket, void *buffer, std::size_t size, std::s
                          const char *failure) noexcept {
     const GXSTATUS status = socket.RecvFrom(buffer, size, 0, &received, &sender);
     if (status != GX_SUCCESS) {
-        const int error = static_cast<int>(status & 0xFFFF);
+        const int error = status == GX_E_TIMEOUT ? EAGAIN : static_cast<int>(status & 0xFFFF);
         GX_TRACE(FlagDiscovery, LevelError, "%s %d: %s", failure, error, ErrnoText(error).c_str());
         return status;
     }
@@ -121,9 +121,13 @@ bool AcceptSender(const sockaddr_in &sender, const _GX_SOCKET_INTERFACE_INFO &ad
 }
 
 void CCollector::CallOnReady(const Rows &rows, std::size_t row, const _GX_SOCKET_INTERFACE_INFO &info) noexcept {
-    const GXSTATUS status = OnReady(rows.sockets[row], info);
+    m_Row = static_cast<int>(row);
+    TraceResult(m_Row, OnReady(rows.sockets[row], info));
+}
+
+void CCollector::TraceResult(int row, GXSTATUS status) noexcept {
     if (status != GX_SUCCESS)
-        GX_TRACE(FlagDiscovery, LevelWarning, "Interface %d OnReady() returned 0x%x.", static_cast<int>(row), status);
+        GX_TRACE(FlagDiscovery, LevelWarning, "Interface %d OnReady() returned 0x%x.", row, status);
 }
 
 void CCollector::HandleRow(const Rows &rows, std::size_t row) noexcept {

@@ -42,6 +42,12 @@ public:
     [[nodiscard]] GXSTATUS Collect(CSocket *sockets, std::size_t count, std::uint32_t timeout_ms,
                                    const _GX_SOCKET_INTERFACE_INFO *infos) noexcept;
 
+protected:
+    /// Number of the row that OnReady is called for.
+    int CurrentRow() const noexcept { return m_Row; }
+    /// Traces what handling a row's datagram came to, unless it is 0.
+    static void TraceResult(int row, GXSTATUS status) noexcept;
+
 private:
     /// The sockets of one collection with their adapters.
     struct Rows {
@@ -55,6 +61,7 @@ private:
     void CallOnReady(const Rows &rows, std::size_t row, const _GX_SOCKET_INTERFACE_INFO &info) noexcept;
 
     bool m_Stop = false;
+    int m_Row = 0;
 };
 
 } // namespace GxImp

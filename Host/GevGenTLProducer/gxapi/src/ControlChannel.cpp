@@ -35,21 +35,13 @@ const CControlChannel::PropertyRow CControlChannel::m_PropertyTable[7] = {
     {"StatisticReadWriteTimeoutCount", &CControlChannel::m_StatisticReadWriteTimeoutCount, false},
 };
 
-CControlChannel::CControlChannel() noexcept = default;
-
-CControlChannel::~CControlChannel() = default;
-
 GXSTATUS CControlChannel::Open(const sockaddr *deviceAddress, std::uint32_t accessFlags) noexcept {
     if (!IsIPv4(deviceAddress)) {
         GX_TRACE(FlagControlChannel, LevelError, "Currently only IPv4 addressing is supported.");
         return GX_E_ONLY_IPV4;
     }
-    GXSTATUS status = m_GxSocket.Open();
-    if (status != GX_SUCCESS) {
-        GX_TRACE(FlagControlChannel, LevelError, "Failed to create socket for control channel. Status 0x%08x.", status);
-        return status;
-    }
-    status = OpenSocket(deviceAddress);
+    deviceAddr = DeviceAddress(deviceAddress);
+    GXSTATUS status = OpenSocket();
     if (status == GX_SUCCESS)
         status = GainPrivilege(accessFlags);
     if (status == GX_SUCCESS)
@@ -58,18 +50,21 @@ GXSTATUS CControlChannel::Open(const sockaddr *deviceAddress, std::uint32_t acce
         status = ReadCapabilities();
     if (status != GX_SUCCESS) {
         (void)m_HeartbeatTimer.Stop();
-        ReleasePrivilege();
-        m_HeartbeatTimer.Join();
+        Disconnect();
         m_GxSocket.Close();
     }
     return status;
 }
 
-GXSTATUS CControlChannel::OpenSocket(const sockaddr *deviceAddress) noexcept {
-    deviceAddr = DeviceAddress(deviceAddress);
+GXSTATUS CControlChannel::OpenSocket() noexcept {
+    GXSTATUS status = m_GxSocket.Open();
+    if (status != GX_SUCCESS) {
+        GX_TRACE(FlagControlChannel, LevelError, "Failed to create socket for control channel. Status 0x%08x.", status);
+        return status;
+    }
     // Nothing shall queue on the host: a request that waits there would be answered after its timeout.
     const int size = 0;
-    const GXSTATUS status = m_GxSocket.SetOpt(SOL_SOCKET, SO_SNDBUF, &size, sizeof size);
+    status = m_GxSocket.SetOpt(SOL_SOCKET, SO_SNDBUF, &size, sizeof size);
     if (status != GX_SUCCESS) {
         const int error = GxGetSocketError();
         GX_TRACE(FlagControlChannel, LevelError, "Error while setting send buffer size, error %d: %s", error,
@@ -134,15 +129,19 @@ GXSTATUS CControlChannel::Destroy() noexcept {
         GX_TRACE(FlagControlChannel, LevelError, "Failed to stop heartbeat timer 0x%08X.", status);
         return status;
     }
-    ReleasePrivilege();
-    {
-        Posix::CAutoLock lock(m_CriticalSection);
-        m_Disconnected = true;
-    }
-    // A heartbeat in flight has ended by now: it held the lock. The thread must be gone before the last reference is.
-    m_HeartbeatTimer.Join();
+    Disconnect();
     Release();
     return GX_SUCCESS;
+}
+
+void CControlChannel::Disconnect() noexcept {
+    {
+        // In one go: a heartbeat that waits for the lock must not beat without the privilege.
+        Posix::CAutoLock lock(m_CriticalSection);
+        ReleasePrivilege();
+        m_Disconnected = true;
+    }
+    m_HeartbeatTimer.Join(); // The thread must be gone before the last reference is.
 }
 
 void CControlChannel::SurpriseRemoval() noexcept {
@@ -179,6 +178,10 @@ GXSTATUS CControlChannel::RegisterSurpriseRemovalCallback(SurpriseRemovalCallbac
 }
 
 void CControlChannel::CHeartbeatTimer::TimeoutRoutine() noexcept {
+    // Before the values are read: a beat that had to wait must not write a timeout that was changed meanwhile.
+    Posix::CAutoLock lock(m_Channel.m_CriticalSection);
+    if (!IsStarted())
+        return;
     const bool write = m_Channel.m_DeviceAccessFlags != 0;
     const std::uint32_t address = GEV_REG_HEARTBEAT_TIMEOUT;
     std::uint32_t value = m_Channel.m_HeartbeatTimeout_ms;
@@ -327,8 +330,10 @@ GXSTATUS CControlChannel::OpenMessageChannel(const sockaddr *destination, std::u
     GXSTATUS status = MapDestination(destination, &to);
     if (status != GX_SUCCESS)
         return status;
-    if (!HasCapability(GEV_CAPABILITY_EVENT | GEV_CAPABILITY_EVENTDATA))
+    if (!HasCapability(GEV_CAPABILITY_EVENT | GEV_CAPABILITY_EVENTDATA)) {
+        GX_TRACE(FlagControlChannel, LevelError, "Device supports no message channel.");
         return GX_E_NO_MESSAGE_CHANNEL;
+    }
     const std::uint32_t addresses[] = {GEV_REG_MESSAGE_CHANNEL_DESTINATION, GEV_REG_MESSAGE_CHANNEL_TIMEOUT,
                                        GEV_REG_MESSAGE_CHANNEL_RETRY_COUNT, GEV_REG_MESSAGE_CHANNEL_PORT};
     const std::uint32_t values[] = {to.Address, timeout, retryCount, to.Port};

@@ -13,8 +13,9 @@ namespace GxImp {
 
 /// The control channel over a UDP socket.
 ///
-/// Lock order: the timer mutex (held by the heartbeat), then m_CriticalSection. The surprise-removal lock is taken with
-/// neither held. Members that other threads read without m_CriticalSection are atomic.
+/// Lock order: the lock of the surprise-removal callback (whose callee may call the channel), the timer mutex (held by
+/// the heartbeat), m_CriticalSection. A thread that holds a started transaction therefore must not call
+/// SetHeartbeatTimeout or Destroy. Members that other threads read without m_CriticalSection are atomic.
 class CControlChannel : public Gx::ControlChannel, public CRefCounted {
 public:
     class CXaction;
@@ -22,9 +23,6 @@ public:
     class CWriteRegXaction;
     class CReadMemXaction;
     class CWriteMemXaction;
-
-    CControlChannel() noexcept;
-    ~CControlChannel() override;
 
     /// Connects to a device. After a failure the socket is closed, no timer runs and no privilege is held.
     [[nodiscard]] GXSTATUS Open(const sockaddr *deviceAddress, std::uint32_t accessFlags) noexcept;
@@ -109,11 +107,13 @@ private:
         CControlChannel &m_Channel;
     };
 
-    [[nodiscard]] GXSTATUS OpenSocket(const sockaddr *deviceAddress) noexcept;
+    [[nodiscard]] GXSTATUS OpenSocket() noexcept;
     [[nodiscard]] GXSTATUS GainPrivilege(std::uint32_t accessFlags) noexcept;
     [[nodiscard]] GXSTATUS StartHeartbeat() noexcept;
     [[nodiscard]] GXSTATUS ReadCapabilities() noexcept;
     void ReleasePrivilege() noexcept;
+    /// Ends the use of a channel whose heartbeat was stopped.
+    void Disconnect() noexcept;
     [[nodiscard]] GXSTATUS WriteHeartbeatTimeout(std::uint32_t ms) noexcept;
     [[nodiscard]] GXSTATUS RetriggerHeartbeat(std::uint32_t ms) noexcept;
     [[nodiscard]] GXSTATUS WriteOneReg(std::uint32_t address, std::uint32_t value) noexcept;

@@ -25,7 +25,7 @@ GXSTATUS CControlChannel::CXaction::Init(CControlChannel &channel, std::uint8_t 
                                          std::uint32_t retries) noexcept {
     m_Timeout = timeout_ms;
     m_CountOfAttempts = 0;
-    m_MaxAttempts = retries + 1;
+    m_MaxAttempts = retries == UINT32_MAX ? retries : retries + 1;
     m_RequestLength = sizeof(GVCP_REQUEST_HEADER) + length;
 
     channel.m_CriticalSection.Enter();
@@ -158,8 +158,6 @@ template <typename Xaction, typename Allocate> std::unique_ptr<Xaction> CreateXa
 }
 
 } // namespace
-
-// The buffer sizes below leave a few bytes of slack, so that an acknowledge with extra bytes is seen as such.
 
 std::unique_ptr<CControlChannel::CReadRegXaction>
 CControlChannel::CReadRegXaction::Create(std::uint32_t count) noexcept {

@@ -24,6 +24,8 @@ protected:
     [[nodiscard]] GXSTATUS Start() noexcept;
 
     /// Waits for the acknowledge, re-sending on timeout, and returns its status. Checks header and id only.
+    ///
+    /// \param buffers the first one is the response buffer.
     [[nodiscard]] GXSTATUS Complete(const GXBUF *buffers, std::size_t count, std::size_t *pReceived) noexcept;
     /// Complete into the response buffer, with the check of the acknowledge code.
     [[nodiscard]] GXSTATUS CompleteWith(std::uint16_t acknowledge, std::size_t *pReceived) noexcept;

@@ -12,7 +12,7 @@ namespace GxImp {
 
 namespace {
 
-/// Acknowledges kept before the callee gets them early; bounds the memory a flood can take (4 MiB).
+/// Acknowledges kept before the callee gets them early; bounds the memory a flood can take (some 10 MB).
 constexpr std::size_t MaxPending = 16384;
 /// 32-bit words of the discovery information that are numbers: all up to the text fields.
 constexpr std::size_t NumberWords = offsetof(GEV_DISCOVERY_INFO, Description) / sizeof(std::uint32_t);
@@ -50,7 +50,7 @@ GXSTATUS CEnumCollector::OnReady(CSocket &socket, const _GX_SOCKET_INTERFACE_INF
         return GX_SUCCESS;
     }
     NumbersToHostOrder(response.Info);
-    return Keep({sender, interfaceInfo.InterfaceAddrIn, response.Info});
+    return Keep({sender, interfaceInfo.InterfaceAddrIn, CurrentRow(), response.Info});
 }
 
 GXSTATUS CEnumCollector::Keep(const Acknowledge &acknowledge) noexcept {
@@ -67,10 +67,7 @@ GXSTATUS CEnumCollector::Keep(const Acknowledge &acknowledge) noexcept {
 
 void CEnumCollector::Deliver() noexcept {
     for (const Acknowledge &acknowledge : m_Acknowledges) {
-        const GXSTATUS status = Report(acknowledge);
-        if (status != GX_SUCCESS)
-            GX_TRACE(FlagDiscovery, LevelWarning, "Interface %s EnumCallback() returned 0x%x.",
-                     AddressText(acknowledge.adapter).c_str(), status);
+        TraceResult(acknowledge.row, Report(acknowledge));
     }
     m_Acknowledges.clear();
 }

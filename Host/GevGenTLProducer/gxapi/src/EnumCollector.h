@@ -23,6 +23,7 @@ private:
     struct Acknowledge {
         sockaddr_in sender;
         sockaddr_in adapter;
+        int row;
         GEV_DISCOVERY_INFO info;
     };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Clock.h"
 #include "gxapi/GxStatus.h"
 
 #include <cstddef>
@@ -10,8 +11,6 @@
 /// A socket descriptor; all ones means none.
 using SOCKET = std::uint32_t;
 constexpr SOCKET INVALID_SOCKET = 0xFFFFFFFF;
-/// Timeout value for waiting without end.
-constexpr std::uint32_t GX_INFINITE = 0xFFFFFFFF;
 
 /// Scatter-gather element.
 using GXBUF = iovec;
@@ -28,7 +27,7 @@ struct _GX_SOCKET_INTERFACE_INFO {
 /// Called for each interface; a non-zero result ends the walk.
 using GX_INTERFACE_CALLBACK = GXSTATUS (*)(void *context, const _GX_SOCKET_INTERFACE_INFO &info);
 
-/// UDP over IPv4. Every failure is traced and returned as the status of its errno.
+/// UDP over IPv4. Failures are returned as the status of their errno.
 [[nodiscard]] GXSTATUS GxSocketCreate(const sockaddr_in *address, SOCKET *pSocket) noexcept;
 [[nodiscard]] GXSTATUS GxSocketDestroy(SOCKET socket) noexcept;
 [[nodiscard]] GXSTATUS GxSocketSend(SOCKET socket, const GXBUF *buffers, std::size_t count,

@@ -140,7 +140,7 @@ _GX_SOCKET_INTERFACE_INFO InfoOf(const ifaddrs &entry) noexcept {
 GXSTATUS WalkInterfaces(GX_INTERFACE_CALLBACK callback, void *context) noexcept {
     ifaddrs *list = nullptr;
     if (::getifaddrs(&list) != 0)
-        return GxStatusFromErrno(errno);
+        return TraceSocketError("Error reading the list of interfaces, error", errno);
     GXSTATUS status = GX_SUCCESS;
     for (const ifaddrs *entry = list; entry && status == GX_SUCCESS; entry = entry->ifa_next) {
         if (!IsUsableEntry(*entry))

@@ -1,7 +1,7 @@
 #include "RetriggerableTimerPosix.h"
 
+#include "Clock.h"
 #include "GxAssert.h"
-#include "GxSocket.h"
 #include "TraceImp.h"
 
 #include <cerrno>

@@ -1,7 +1,7 @@
 #include "ThreadPosix.h"
 
+#include "Clock.h"
 #include "GxAssert.h"
-#include "GxSocket.h"
 
 #include <cerrno>
 #include <ctime>
@@ -27,6 +27,8 @@ void CCriticalSection::Leave() noexcept { GX_ASSERT(pthread_mutex_unlock(&m_Mute
 CThread::~CThread() { GX_ASSERT(!m_Started); }
 
 GXSTATUS CThread::Create() noexcept {
+    if (m_Started)
+        return GX_E_INTERNAL;
     pthread_attr_t attributes;
     if (pthread_attr_init(&attributes) != 0)
         return GX_E_INTERNAL;
@@ -37,17 +39,19 @@ GXSTATUS CThread::Create() noexcept {
 }
 
 GXSTATUS CThread::Join(std::uint32_t *pExitCode, std::uint32_t timeout_ms) noexcept {
+    if (!m_Started)
+        return GX_E_INTERNAL;
     void *exitCode = nullptr;
     int error = 0;
     if (timeout_ms == GX_INFINITE) {
         error = pthread_join(m_Handle, &exitCode);
     } else {
         timespec deadline{};
-        clock_gettime(CLOCK_REALTIME, &deadline);
+        clock_gettime(CLOCK_MONOTONIC, &deadline);
         const long nanoseconds = deadline.tv_nsec + static_cast<long>(timeout_ms % 1000) * 1000000;
         deadline.tv_sec += timeout_ms / 1000 + nanoseconds / 1000000000;
         deadline.tv_nsec = nanoseconds % 1000000000;
-        error = pthread_timedjoin_np(m_Handle, &exitCode, &deadline);
+        error = pthread_clockjoin_np(m_Handle, &exitCode, CLOCK_MONOTONIC, &deadline);
     }
     if (error == ETIMEDOUT)
         return GX_E_TIMEOUT;

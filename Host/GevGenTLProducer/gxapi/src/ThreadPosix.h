@@ -47,9 +47,10 @@ public:
     CThread(const CThread &) = delete;
     CThread &operator=(const CThread &) = delete;
 
-    /// \return GX_E_INTERNAL when the thread cannot be started.
+    /// \return GX_E_INTERNAL when the thread is started already or cannot be.
     [[nodiscard]] GXSTATUS Create() noexcept;
-    /// Waits for the end of Run. \param pExitCode may be null. \param timeout_ms GX_INFINITE waits without end.
+    /// Waits for the end of Run. \return GX_E_INTERNAL when the thread is not started. \param pExitCode may be null.
+    /// \param timeout_ms GX_INFINITE waits without end.
     [[nodiscard]] GXSTATUS Join(std::uint32_t *pExitCode, std::uint32_t timeout_ms) noexcept;
     bool IsStarted() const noexcept { return m_Started; }
     pthread_t GetHandle() const noexcept { return m_Handle; }

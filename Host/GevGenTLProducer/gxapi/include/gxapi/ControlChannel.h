@@ -12,8 +12,9 @@ namespace Gx {
 
 /// An open control channel. Every operation may be called from any thread; transactions on one channel never overlap.
 ///
-/// A device that leaves a request unanswered through all retries, or denies access, is lost: the channel is then
-/// disconnected for good, every operation returns GX_E_DISCONNECTED and only Destroy is of use.
+/// A device that leaves a request unanswered through all retries, or denies access, is lost, and so is one whose
+/// answers cannot be received: the channel is then disconnected for good, every access returns GX_E_DISCONNECTED and
+/// only Destroy is of use.
 class ControlChannel {
 public:
     /// Tags of GetProperty and SetProperty. Every property is an unsigned 32-bit number.
@@ -54,8 +55,8 @@ public:
                                          ControlChannel **pChannel) noexcept;
 
     /// Ends the heartbeat, gives the privilege back and drops the channel, which must not be used afterwards.
-    /// A notification of the device's loss may still be on its way then: unregister the callback first, unless it
-    /// outlives that.
+    /// No other thread may be inside an operation. A notification of the device's loss may still be on its way then:
+    /// unregister the callback first, unless it outlives that.
     [[nodiscard]] virtual GXSTATUS Destroy() noexcept = 0;
 
     /// \param size bytes in buffer, at least 4. \param pSize if not null, receives 4.

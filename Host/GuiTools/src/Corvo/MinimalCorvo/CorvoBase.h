@@ -15,7 +15,8 @@ enum EInternalFlags : std::int64_t {
 void CorvoInitialize();
 
 /// Undoes one CorvoInitialize; the last one terminates the library: it calls the termination handler, then logs.
-/// All calls are to come from one thread. \param shutDownLogging whether the last call shuts the logging down too.
+/// All calls are to come from one thread, and none while another thread initialises. \param shutDownLogging whether the
+/// last call shuts the logging down too.
 void CorvoTerminate(bool shutDownLogging = true);
 
 /// What an upper layer has to clean up at final termination, before the logging ends; null for nothing. There is one

@@ -49,20 +49,20 @@ const char *BaseDirectory() {
     return buffer.text;
 }
 
-String_t EnvironmentOr(const char *name, const char *fallback) {
-    String_t value = fallback;
-    GetValueOfEnvironmentVariable(name, value);
-    return value;
+/// The variable's value; the fallback is asked, and may fail, only when there is none.
+template <class Fallback> String_t EnvironmentOr(const char *name, Fallback fallback) {
+    String_t value;
+    return GetValueOfEnvironmentVariable(name, value) ? value : String_t(fallback());
 }
 
 const char *DefaultCdfDirectory() {
     // The text names the wrong folder; users know it this way.
-    static const PathBuffer buffer(EnvironmentOr("CORVO_DEFAULT_CDF_DIR", BaseDirectory()), "CorvoTL path too long");
+    static const PathBuffer buffer(EnvironmentOr("CORVO_DEFAULT_CDF_DIR", BaseDirectory), "CorvoTL path too long");
     return buffer.text;
 }
 
 const char *TlDirectory() {
-    static const PathBuffer buffer(EnvironmentOr("CORVO_TL_PATH", BaseDirectory()), "CorvoTL path too long");
+    static const PathBuffer buffer(EnvironmentOr("CORVO_TL_PATH", BaseDirectory), "CorvoTL path too long");
     return buffer.text;
 }
 
@@ -80,13 +80,8 @@ String_t FindConfigFileRegistry() {
 }
 
 const char *ConfigFileRegistry() {
-    static const PathBuffer buffer(
-        [] {
-            String_t path;
-            const bool set = GetValueOfEnvironmentVariable("CORVO_CONFIG_FILE_REGISTRY_PATH", path);
-            return set ? path : FindConfigFileRegistry();
-        }(),
-        "CorvoConfigFileRegistry path too long");
+    static const PathBuffer buffer(EnvironmentOr("CORVO_CONFIG_FILE_REGISTRY_PATH", FindConfigFileRegistry),
+                                   "CorvoConfigFileRegistry path too long");
     return buffer.text;
 }
 

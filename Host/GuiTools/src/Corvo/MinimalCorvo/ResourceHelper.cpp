@@ -98,8 +98,7 @@ void *TakeLibraryOf(const void *data) {
 const void *Load(const char *name, const char *fileName, std::size_t &size) {
     size = 0;
     const void *data = fileName != nullptr ? LoadFromLibrary(name, fileName, size) : LoadResourceData(name, &size);
-    const bool ends = size == 0 || data == nullptr || static_cast<const char *>(data)[size - 1] == '\0';
-    if (!ends)
+    if (data != nullptr && size > 0 && static_cast<const char *>(data)[size - 1] != '\0')
         Trace("resource '%s' without trailing zero!", name);
     return data;
 }
