@@ -59,6 +59,9 @@ bool IpConfigurationWidget::forceIp(const QString &headerText, bool showMacAddre
     dialog.setWindowTitle(QStringLiteral("Assign Temporary IP Address (Force IP)"));
     dialog.setHeaderText(headerText);
     dialog.setShowMacAddress(showMacAddress);
+    // What may not be used at all is refused below, with an explanation.
+    dialog.setAllowMulticastAddress(true);
+    dialog.setAllowExperiemntalPurposeAddress(true);
     dialog.setIpAddress(SuggestIPAddress(entry));
     if (!entry.netmask().isNull())
         dialog.setSubnetMask(entry.netmask().toString());

@@ -57,9 +57,9 @@ QString cleaned(QString address) {
     return address;
 }
 
-QString cleanedNetmask(const QLineEdit *edit) {
-    QString mask = edit->text();
-    edit->validator()->fixup(mask);
+/// The dotted form, also of a prefix length.
+QString cleanedNetmask(const QIpNetmaskValidator &validator, QString mask) {
+    validator.fixup(mask);
     return cleaned(mask);
 }
 
@@ -118,7 +118,8 @@ void IpConfigurationWidget::setUpEditor() {
         connect(button, SIGNAL(clicked(bool)), this, SLOT(ipConfigurationEdited()));
     auto *address = new QIpAddressWithNetmaskValidator(ui->editNetmask, ui->editIpAddress);
     ui->editIpAddress->setValidator(address);
-    ui->editNetmask->setValidator(new QIpNetmaskValidator(ui->editNetmask));
+    m_pNetmaskValidator = new QIpNetmaskValidator(ui->editNetmask);
+    ui->editNetmask->setValidator(m_pNetmaskValidator);
     for (QLineEdit *edit : {ui->editIpAddress, ui->editNetmask, ui->editDefaultGateway})
         connect(edit, &QLineEdit::returnPressed, this, &IpConfigurationWidget::onReturnPressed);
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), ui->editor);
@@ -468,15 +469,15 @@ void IpConfigurationWidget::on_editIpAddress_textEdited(const QString &text) {
     edited();
 }
 
-void IpConfigurationWidget::on_editNetmask_textEdited(const QString &) {
+void IpConfigurationWidget::on_editNetmask_textEdited(const QString &text) {
     m_isNetmaskEdited = true;
-    m_isNetmaskDirty = cleanedNetmask(ui->editNetmask) != m_Loaded.netmask;
+    m_isNetmaskDirty = cleanedNetmask(*m_pNetmaskValidator, text) != m_Loaded.netmask;
     edited();
 }
 
 void IpConfigurationWidget::on_editNetmask_editingFinished() {
     QString mask = ui->editNetmask->text();
-    ui->editNetmask->validator()->fixup(mask);
+    m_pNetmaskValidator->fixup(mask);
     ui->editNetmask->setText(mask);
 }
 
@@ -507,7 +508,7 @@ bool IpConfigurationWidget::isValidConfigInUI() const {
     const bool gatewayValid =
         gateway == QHostAddress(QHostAddress::AnyIPv4) || isIPAddressValidForDevice(content.defaultGateway);
     return ui->editIpAddress->hasAcceptableInput() && isIPAddressValidForDevice(content.ipAddress) &&
-           ui->editNetmask->hasAcceptableInput() && gatewayValid;
+           m_pNetmaskValidator->isUsable(ui->editNetmask->text()) && gatewayValid;
 }
 
 bool IpConfigurationWidget::hasChanges() const {
@@ -525,8 +526,8 @@ IpConfigurationWidget::AddressMode IpConfigurationWidget::selectedMode() const {
 }
 
 IpConfigurationWidget::EditorContent IpConfigurationWidget::editorContent() const {
-    return {selectedMode(), cleaned(ui->editIpAddress->text()), cleanedNetmask(ui->editNetmask),
-            cleaned(ui->editDefaultGateway->text())};
+    return {selectedMode(), cleaned(ui->editIpAddress->text()),
+            cleanedNetmask(*m_pNetmaskValidator, ui->editNetmask->text()), cleaned(ui->editDefaultGateway->text())};
 }
 
 void IpConfigurationWidget::clearEditFlags() {

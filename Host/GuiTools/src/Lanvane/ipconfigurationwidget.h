@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 
+class QIpNetmaskValidator;
 class QTreeWidgetItem;
 namespace Corvo {
 class ICorvoGigEDevice;
@@ -166,6 +167,7 @@ private:
     Corvo::ICorvoGigEDevice *m_pDevice = nullptr; ///< open; given back by closeDevice
     CNetworkAdapterList m_NetworkAdapters;        ///< of the last refresh
     EditorContent m_Loaded;
+    QIpNetmaskValidator *m_pNetmaskValidator = nullptr; ///< owned by its line edit
     RediscoveryPatience m_Patience;
     int m_BusyDepth = 0; ///< operations that run; no other starts and the window stays meanwhile
 };
