@@ -1,18 +1,18 @@
 #include "MinimalCorvoGigETL/QuorelGigETl.h"
 
 #include "Base/GCException.h"
+#include "MinimalCorvoGigETL/ControlChannelPtr.h"
 #include "MinimalCorvoGigETL/EnumCallee.h"
+#include "MinimalCorvoGigETL/GigEDevice.h"
 #include "MinimalCorvoGigETL/GigETlTrace.h"
 #include "MinimalCorvoGigETL/GxStatusException.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 #include "MinimalCorvoGigETL/tools.h"
-#include "gxapi/ControlChannel.h"
 #include "gxapi/ForceIp.h"
 #include "gxapi/SetIpConfiguration.h"
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <sstream>
 
 namespace Corvo {
@@ -22,7 +22,6 @@ namespace {
 constexpr std::uint32_t BroadcastTimeout_ms = 250;
 constexpr std::uint32_t UnicastTimeout_ms = 1250;
 constexpr std::uint32_t ConfigurationTimeout_ms = 3000;
-constexpr std::uint32_t FallbackHeartbeat_ms = 3000;
 
 using MacBytes = std::array<std::uint8_t, 6>;
 
@@ -45,26 +44,12 @@ sockaddr AddressFromString(const String_t &text) {
     return address;
 }
 
-struct ChannelCloser {
-    void operator()(Gx::ControlChannel *pChannel) const {
-        const GXSTATUS status = pChannel->Destroy();
-        if (status != GX_SUCCESS)
-            tracelog::LogTrace(GigETlTraceCategory(), tracelog::lvWarning, "Failed to close a probe channel: %s",
-                               GxStatusText(status).c_str());
-    }
-};
-
 /// Reads who holds a device, over a control channel without privilege.
-GXSTATUS ReadPrivilege(const sockaddr &address, std::uint32_t &privilege) {
-    const std::uint32_t heartbeat_ms = GetDefaultHeartbeatTimeout();
-    Gx::ControlChannel *pChannel = nullptr;
-    const GXSTATUS status =
-        Gx::ControlChannel::Create(&address, 0, heartbeat_ms != 0 ? heartbeat_ms : FallbackHeartbeat_ms, &pChannel);
-    if (status != GX_SUCCESS)
-        return status;
-    const std::unique_ptr<Gx::ControlChannel, ChannelCloser> channel(pChannel);
-    const std::uint32_t reg = GEV_REG_CONTROL_CHANNEL_PRIVILEGE;
-    return channel->ReadReg(&reg, &privilege, 1);
+GXSTATUS ReadPrivilege(const CQuorelGigEDeviceInfo &info, std::uint32_t &privilege) {
+    constexpr std::uint32_t address = GEV_REG_CONTROL_CHANNEL_PRIVILEGE;
+    ControlChannelPtr channel;
+    const GXSTATUS status = OpenControlChannel(info, 0, &channel);
+    return status == GX_SUCCESS ? channel->ReadReg(&address, &privilege, 1) : status;
 }
 
 EDeviceAccessiblityInfo AccessibilityOf(GXSTATUS status, std::uint32_t privilege) {
@@ -164,9 +149,8 @@ bool CQuorelGigETl::RenounceRemoteDevice(const String_t &ipAddress) {
 
 bool CQuorelGigETl::InternalIsDeviceAccessible(const CDeviceInfo &info, const AccessModeSet &modes,
                                                EDeviceAccessiblityInfo *pAccessibilityInfo) {
-    const sockaddr address = AddressFromString(CQuorelGigEDeviceInfo(info).GetAddress());
     std::uint32_t privilege = 0;
-    const GXSTATUS status = ReadPrivilege(address, privilege);
+    const GXSTATUS status = ReadPrivilege(info, privilege);
     const EDeviceAccessiblityInfo accessibility = AccessibilityOf(status, privilege);
     if (pAccessibilityInfo != nullptr)
         *pAccessibilityInfo = accessibility;
@@ -174,6 +158,12 @@ bool CQuorelGigETl::InternalIsDeviceAccessible(const CDeviceInfo &info, const Ac
         return !modes.test(Control) && !modes.test(Exclusive);
     return accessibility == Accessibility_Ok;
 }
+
+ICorvoDevice *CQuorelGigETl::CreateDeviceImpl(const CDeviceInfo &info, const StringList_t & /*options*/) {
+    return CreateGigEDevice(info).release();
+}
+
+void CQuorelGigETl::DestroyDeviceImpl(ICorvoDevice *pDevice) { static_cast<CGigEDevice *>(pDevice)->Delete(); }
 
 bool CQuorelGigETl::InternalIsSubset(const CDeviceInfo &device, const CDeviceInfo &entry) const {
     return CQuorelGigEDeviceInfo(device).IsSubset(entry);

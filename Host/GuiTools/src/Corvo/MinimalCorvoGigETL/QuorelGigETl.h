@@ -2,6 +2,7 @@
 
 #include "MinimalCorvoGigETL/IGigETransportLayer.h"
 #include "MinimalCorvoGigETL/TransportLayerBase.h"
+#include "MinimalCorvoGigETL/XmlFileProvider.h"
 
 #include <sys/socket.h>
 
@@ -12,7 +13,7 @@ namespace Corvo {
 ///
 /// A caller-made info that holds "IpAddress" is looked for by unicast at that address, so that cameras behind a router
 /// can be reached.
-class CQuorelGigETl : public CTransportLayerBase<IGigETransportLayer> {
+class CQuorelGigETl : public CTransportLayerBase<IGigETransportLayer>, public XmlFileProviderPrivateImpl {
 public:
     ~CQuorelGigETl() override;
 

@@ -1,0 +1,178 @@
+#include "Layer.h"
+#include "support/Leaks.h"
+#include "support/Site.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+
+using namespace Corvo;
+using namespace testnet;
+using camsim::CameraConfig;
+using testing::HasSubstr;
+
+namespace {
+
+CameraConfig heldCamera(unsigned number, const char *address, std::uint32_t privilege) {
+    CameraConfig config = cameraAt(number, address);
+    config.heldBy = camsim::Holder{{camsim::Ipv4::parse("192.168.1.200"), 5555}, privilege};
+    return config;
+}
+
+CameraConfig mute(CameraConfig config) {
+    config.reachable = false;
+    return config;
+}
+
+struct Verdict {
+    bool accessible;
+    int reason;
+    friend bool operator==(Verdict a, Verdict b) { return a.accessible == b.accessible && a.reason == b.reason; }
+    friend std::ostream &operator<<(std::ostream &out, Verdict v) { return out << v.accessible << "/" << v.reason; }
+};
+
+class Accessibility : public LayerTest {
+protected:
+    static Verdict probe(const CDeviceInfo &info, AccessModeSet modes = AccessModeSet(Control)) {
+        auto reason = static_cast<EDeviceAccessiblityInfo>(-1);
+        const bool accessible = layer().IsDeviceAccessible(info, modes, &reason);
+        EXPECT_EQ(accessible, layer().IsDeviceAccessible(info, modes));
+        return {accessible, reason};
+    }
+    static CDeviceInfo find(const std::string &serial) {
+        DeviceInfoList list;
+        layer().EnumerateAllDevices(list);
+        const auto found = std::find_if(list.begin(), list.end(), [&](const CDeviceInfo &device) {
+            return device.GetSerialNumber() == serial.c_str();
+        });
+        EXPECT_NE(found, list.end()) << serial;
+        return *found;
+    }
+
+    CameraConfig twin(unsigned number, const char *address) {
+        CameraConfig config = cameraAt(number, address);
+        config.model = "Twin";
+        return config;
+    }
+
+    Site site{"nic0",
+              "192.168.1.5/24",
+              {cameraAt(1, "192.168.1.21/24"), heldCamera(2, "192.168.1.22/24", GEV_CONTROL_ACCESS),
+               heldCamera(3, "192.168.1.23/24", GEV_EXCLUSIVE_CONTROL_ACCESS), mute(cameraAt(4, "192.168.1.24/24")),
+               cameraAt(5, "172.16.0.9/16"), cameraAt(6, "192.168.1.26/24"), twin(7, "192.168.1.27/24"),
+               twin(8, "192.168.1.28/24")}};
+};
+
+TEST_F(Accessibility, VerdictsAndTheirCauses) {
+    const AccessModeSet stream(Stream);
+    const AccessModeSet exclusive = Stream | Exclusive;
+    const struct {
+        const char *serial;
+        AccessModeSet modes;
+        Verdict verdict;
+    } cases[] = {
+        {"1", Control, {true, Accessibility_Ok}},
+        {"2", Control, {false, Accessibility_Opened}},
+        {"2", exclusive, {false, Accessibility_Opened}},
+        {"2", stream, {true, Accessibility_Opened}},
+        {"3", stream, {false, Accessibility_OpenedExclusively}},
+        {"4", stream, {false, Accessibility_NotReachable}}, // does not answer
+        {"5", stream, {false, Accessibility_NotReachable}}, // foreign subnet
+    };
+    for (const auto &row : cases) {
+        const CDeviceInfo device = find(row.serial);
+        const Holdings before = Holdings::now();
+        EXPECT_EQ(row.verdict, probe(device, row.modes)) << row.serial << " " << row.modes;
+        EXPECT_EQ(before, Holdings::now()) << row.serial;
+    }
+    // An exclusive holder is told of but reading is not denied: no definite verdict.
+    for (const std::uint32_t privilege : {1u, 3u, 0xFFFFFFFDu}) {
+        site.cameras.writeRegister(camera(6).mac, GEV_REG_CONTROL_CHANNEL_PRIVILEGE, privilege);
+        EXPECT_EQ((Verdict{false, Accessibility_Unknown}), probe(find("6"), stream)) << privilege;
+    }
+    // One that was changed no longer names the device that was found.
+    CDeviceInfo modified = find("1");
+    modified.SetPropertyValue("Note", "added properties do not matter");
+    EXPECT_EQ((Verdict{true, Accessibility_Ok}), probe(modified));
+    modified.SetSerialNumber("2");
+    EXPECT_EQ((Verdict{false, Accessibility_Unknown}), probe(modified));
+
+    const auto requests = site.cameras.requests();
+    EXPECT_TRUE(std::none_of(requests.begin(), requests.end(),
+                             [](const auto &request) { return request.command() == TAG_WRITEREG_CMD; }));
+}
+
+TEST_F(Accessibility, HeartbeatOfTheEnvironmentCounts) {
+    const CDeviceInfo device = find("1");
+    setenv("CORVO_GIGE_HEARTBEAT", "499", 1); // less than a channel accepts
+    EXPECT_EQ((Verdict{false, Accessibility_NotReachable}), probe(device));
+    setenv("CORVO_GIGE_HEARTBEAT", "4294967296", 1); // 3000 ms
+    EXPECT_EQ((Verdict{true, Accessibility_Ok}), probe(device));
+}
+
+TEST_F(Accessibility, ResolvesInfosMadeByTheCaller) {
+    const auto layerError = [](const CDeviceInfo &info) { return thrownBy([&] { layer().IsDeviceAccessible(info); }); };
+    const auto factoryError = [](const CDeviceInfo &info) {
+        return thrownBy([&] { factory().IsDeviceAccessible(info); });
+    };
+    EXPECT_EQ((Verdict{true, Accessibility_Ok}), probe(infoWith({{"SerialNumber", "1"}})));
+    EXPECT_TRUE(factory().IsDeviceAccessible(infoWith({{"SerialNumber", "1"}})));
+
+    const CDeviceInfo twins = infoWith({{"ModelName", "Twin"}});
+    const CDeviceInfo nobody = infoWith({{"ModelName", "Nobody"}});
+    EXPECT_EQ("Runtime: Too many devices (2) match the provided device info properties, don't know which device to "
+              "use.",
+              layerError(twins));
+    EXPECT_EQ("Runtime: Ambiguous device info properties. 2 devices match the provided device info properties.",
+              factoryError(twins));
+    EXPECT_EQ("Runtime: No device is available or no device contains the provided device info properties",
+              layerError(nobody));
+    EXPECT_EQ("Runtime: No device is available or no device contains the provided device info properties.",
+              factoryError(nobody));
+    EXPECT_EQ("Runtime: The device class QuorelUsb is not supported by this transport layer. This transport layer "
+              "supports QuorelGigE.",
+              layerError(infoWith({{"DeviceClass", "QuorelUsb"}})));
+    EXPECT_THAT(trace(), HasSubstr("corvo.base.TL Too many devices (2)"));
+    EXPECT_THAT(trace(), HasSubstr("corvo.base.TlFactory Ambiguous"));
+}
+
+TEST_F(Accessibility, AsksByUnicastForAnAddressOfTheCaller) {
+    CQuorelGigEDeviceInfo info;
+    info.SetIpAddress("192.168.1.21");
+    EXPECT_EQ((Verdict{true, Accessibility_Ok}), probe(info));
+    for (const auto &request : site.cameras.requests())
+        EXPECT_EQ("192.168.1.21", request.destination.toString());
+    EXPECT_EQ((Verdict{true, Accessibility_Ok}), probe(infoWith({{"IpAddress", "192.168.1.21"}}))); // without port
+    info.SetSerialNumber("2");
+    EXPECT_EQ("Runtime: The found device does not contain all the provided device info properties.",
+              thrownBy([&] { probe(info); }));
+    info.SetIpAddress("192.168.1.99");
+    EXPECT_EQ("Runtime: Failed to discover GigE device '192.168.1.99:3956'", thrownBy([&] { probe(info); }));
+    info.SetIpAddress("172.16.0.9"); // no route to it
+    EXPECT_EQ("Runtime: Failed to discover GigE device '172.16.0.9:3956'", thrownBy([&] { probe(info); }));
+    EXPECT_THAT(trace(), testing::Not(HasSubstr("Failed to enumerate")));
+}
+
+TEST_F(LayerTest, LookAtHundredCamerasOfWhichHalfDoNotAnswer) {
+    std::vector<CameraConfig> configs;
+    for (unsigned i = 0; i < 100; ++i) {
+        const CameraConfig config = cameraAt(i, "192.168.1." + std::to_string(i + 100) + "/24");
+        configs.push_back(i % 2 == 0 ? config : mute(config));
+    }
+    const Site site("nic0", "192.168.1.5/24", configs);
+    const auto start = std::chrono::steady_clock::now();
+    DeviceInfoList list;
+    EXPECT_EQ(100, layer().EnumerateAllDevices(list));
+    int verdicts[5] = {};
+    for (const CDeviceInfo &device : list) {
+        EDeviceAccessiblityInfo reason{};
+        layer().IsDeviceAccessible(device, Control, &reason);
+        ++verdicts[reason];
+    }
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    std::cout << "one full look at 100 cameras: " << elapsed.count() << " s\n";
+    EXPECT_EQ(50, verdicts[Accessibility_Ok]);
+    EXPECT_EQ(50, verdicts[Accessibility_NotReachable]);
+}
+
+} // namespace

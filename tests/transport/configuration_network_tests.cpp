@@ -1,0 +1,102 @@
+#include "Layer.h"
+#include "support/Leaks.h"
+#include "support/Site.h"
+
+#include <chrono>
+#include <memory>
+
+using namespace Corvo;
+using namespace testnet;
+using camsim::CameraConfig;
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr char MAC[] = "025AE3000002"; // of camera 2
+
+/// A camera in a foreign subnet behind the second of two adapters.
+class LayerConfiguration : public LayerTest {
+protected:
+    std::string currentAddress() const {
+        const auto current = second.cameras.status(mac).current;
+        return current ? current->address.toString() : "";
+    }
+    Bytes lastRequest() const { return second.cameras.requests().back().bytes; }
+    static Bytes part(const Bytes &bytes, std::ptrdiff_t from, std::ptrdiff_t count) {
+        return {bytes.begin() + from, bytes.begin() + from + count};
+    }
+
+    Site first{"nic0", "192.168.1.5/24", {cameraAt(1, "192.168.1.20/24")}};
+    Site second{"nic1", "10.0.0.7/24", {cameraAt(2, "172.16.0.9/16")}};
+    const camsim::MacAddress mac = camera(2).mac;
+};
+
+TEST_F(LayerConfiguration, ForcesATemporaryAddress) {
+    layer().ForceIp("025ae3000002", "10.0.0.50:99", "255.255.255.0", "10.0.0.1");
+    EXPECT_EQ("10.0.0.50", currentAddress());
+    EXPECT_EQ("255.255.255.0", second.cameras.status(mac).current->mask.toString());
+    EXPECT_EQ("10.0.0.1", second.cameras.status(mac).current->gateway.toString());
+
+    layer().RestartIpConfiguration(MAC);
+    EXPECT_TRUE(eventually([&] { return currentAddress() == "172.16.0.9"; }));
+    EXPECT_EQ(1u, second.cameras.status(mac).ipCycles);
+    EXPECT_EQ("192.168.1.20", first.cameras.status(camera(1).mac).current->address.toString());
+
+    layer().RestartIpConfiguration("02A1B2C3D4E5"); // no such device: nobody is waited for
+    EXPECT_EQ("Runtime: Failed to issue the ForceIp command. Some possible reasons are: Invalid IP address; device is "
+              "controlled by another application.: The requested operation timed out. (0xE1000007)",
+              thrownBy([] { layer().ForceIp("02:5A:E3:00:00:02", "abc", "", "0.0.0.0"); }));
+    const Bytes sent = lastRequest();
+    EXPECT_EQ((Bytes{0, 0, 0, 0, 0, 2}), part(sent, 10, 6)); // the number ends at the first separator
+    EXPECT_EQ((Bytes{255, 255, 255, 255}), part(sent, 28, 4));
+    EXPECT_EQ((Bytes{255, 255, 255, 255}), part(sent, 44, 4));
+    EXPECT_EQ((Bytes{0, 0, 0, 0}), part(sent, 60, 4));
+}
+
+TEST_F(LayerConfiguration, StoresEachAddressMode) {
+    second.cameras.setDhcpLease(mac, settings("10.0.0.77/24"));
+    const struct {
+        bool persistent, dhcp;
+        std::uint8_t word;
+        const char *addressAfterRestart;
+    } cases[] = {
+        {false, false, 4, "169.254."}, // link-local
+        {true, false, 5, "10.0.0.60"},
+        {false, true, 6, "10.0.0.77"},
+        {true, true, 7, "10.0.0.60"},
+    };
+    for (const auto &row : cases) {
+        EXPECT_TRUE(layer().BroadcastIpConfiguration(MAC, row.persistent, row.dhcp, "10.0.0.60", "255.255.255.0",
+                                                     "10.0.0.1", "A name of 20 chars!!"));
+        const Bytes sent = lastRequest();
+        ASSERT_EQ(84u, sent.size());
+        EXPECT_EQ((Bytes{0x42, 0x11, 0x80, 0x04}), part(sent, 0, 4));
+        EXPECT_EQ((Bytes{0x02, 0x5A, 0xE3, 0x00, 0x00, 0x02, 0, 0, 0, row.word}), part(sent, 10, 10));
+        const Bytes ip = row.persistent ? Bytes{10, 0, 0, 60} : Bytes(4);
+        const Bytes mask = row.persistent ? Bytes{255, 255, 255, 0} : Bytes(4);
+        const Bytes gateway = row.persistent ? Bytes{10, 0, 0, 1} : Bytes(4);
+        EXPECT_EQ(ip, part(sent, 32, 4));
+        EXPECT_EQ(mask, part(sent, 48, 4));
+        EXPECT_EQ(gateway, part(sent, 64, 4));
+        EXPECT_EQ("A name of 20 cha", std::string(sent.end() - 16, sent.end()));
+
+        second.cameras.powerCycle(mac);
+        EXPECT_TRUE(eventually([&] { return !currentAddress().empty(); }));
+        EXPECT_EQ(0u, currentAddress().find(row.addressAfterRestart)) << currentAddress();
+        EXPECT_EQ(row.word, second.cameras.status(mac).ipEnabled);
+        EXPECT_EQ("A name of 20 cha", second.cameras.status(mac).userName);
+    }
+}
+
+TEST_F(LayerConfiguration, FailuresOfTheBroadcastAreToldByFalse) {
+    EXPECT_FALSE(layer().BroadcastIpConfiguration("02A1B2C3D4E5", false, false, "", "", "", "")); // no such device
+    second.cameras.removeCamera(mac);
+    CameraConfig config = cameraAt(2, "172.16.0.9/16");
+    config.vendorIpConfig = camsim::VendorIpConfig::Error;
+    second.cameras.addCamera(config);
+    EXPECT_FALSE(layer().BroadcastIpConfiguration(MAC, true, true, "10.0.0.60", "255.0.0.0", "0.0.0.0", ""));
+    EXPECT_EQ(Bytes(16), part(lastRequest(), 68, 16)); // no name
+}
+
+} // namespace

@@ -1,0 +1,162 @@
+#include "Layer.h"
+#include "MinimalCorvoGigETL/DeviceEnumerationFilterParser.h"
+#include "MinimalCorvoGigETL/GigEPropertyValueComparer.h"
+#include "MinimalCorvoGigETL/GxStatus2Msg.h"
+#include "MinimalCorvoGigETL/GxStatusException.h"
+#include "MinimalCorvoGigETL/tools.h"
+
+#include <arpa/inet.h>
+#include <cstring>
+
+namespace {
+
+using namespace Corvo;
+
+std::string roundTrip(const char *text) {
+    sockaddr address;
+    stoa(text, address);
+    return atos(address).c_str();
+}
+
+TEST(Conversions, AddressTexts) {
+    const std::string longText = "10.0.0.1" + std::string(55, ' ') + "x:7"; // the x is the 64th character
+    const std::pair<const char *, const char *> cases[] = {
+        {"192.168.1.7:1234", "192.168.1.7:1234"}, {"10.0.0.5", "10.0.0.5:0"},         {"abc", "255.255.255.255:0"},
+        {"abc:70", "255.255.255.255:70"},         {"", "255.255.255.255:0"},          {":5", "255.255.255.255:0"},
+        {nullptr, "255.255.255.255:0"},           {"300.1.1.1", "255.255.255.255:0"}, {"010.0.0.1:x", "8.0.0.1:0"},
+        {longText.c_str(), "10.0.0.1:7"},
+    };
+    for (const auto &[text, expected] : cases)
+        EXPECT_EQ(expected, roundTrip(text)) << (text ? text : "null");
+
+    sockaddr v6{};
+    v6.sa_family = AF_INET6;
+    EXPECT_EQ("Runtime: Protocoll not supported!", thrownBy([&] { atos(v6); }));
+    EXPECT_EQ("Runtime: Protocoll not supported!", thrownBy([&] { CQuorelGigEDeviceInfoImpl::PortNr(v6); }));
+
+    CQuorelGigEDeviceInfo info;
+    info.SetIpAddress("10.0.0.9").SetInterface("10.0.0.1:99");
+    EXPECT_EQ("10.0.0.9:3956", atos(Address(info)));
+    info.SetAddress("10.0.0.8:4000");
+    EXPECT_EQ(htons(4000), Address_in(info).sin_port);
+    EXPECT_EQ("10.0.0.1:99", atos(AsSockaddr(Interface_in(info))));
+}
+
+TEST(Conversions, FieldsAndWords) {
+    const char full[4] = {'a', 'b', 'c', 'd'};
+    EXPECT_EQ("abcd", copyWithMaxLen(full, 4));
+    EXPECT_EQ("ab", copyWithMaxLen("ab\0cd", 5));
+    EXPECT_EQ("", copyWithMaxLen(full, 0));
+    EXPECT_EQ("", copyWithMaxLen(nullptr, 4));
+
+    unsigned char block[] = {0xFF, 1, 2, 3, 4, 5, 6, 7, 8, 0xFF};
+    NtohlBlockInPlace(block + 1, 8);
+    EXPECT_EQ(0, std::memcmp(block, "\xFF\4\3\2\1\x8\7\6\5\xFF", sizeof block));
+}
+
+TEST(Conversions, LocalUrls) {
+    const struct {
+        const char *url;
+        const char *extension; // null: no local URL
+        unsigned address;
+        std::size_t length;
+    } cases[] = {
+        {"Local:cam.v1.zip;8000;1A2B", ".zip", 0x8000, 0x1A2B},
+        {"cam.XML;0x20000; 3F4?SchemaVersion=1.0.0", ".XML", 0x20000, 0x3F4},
+        {"local.xml;1;2", ".xml", 1, 2},
+        {"Local:cam.zip", nullptr, 0, 0},
+        {"Local:cam.zip;8000", nullptr, 0, 0},
+        {"Local:cam;80.00;10", nullptr, 0, 0},
+        {"", nullptr, 0, 0},
+    };
+    for (const auto &row : cases) {
+        String_t name = "-";
+        String_t extension = "-";
+        unsigned address = 0;
+        std::size_t length = 0;
+        EXPECT_EQ(row.extension != nullptr, SplitLocalUrl(row.url, name, extension, address, length)) << row.url;
+        EXPECT_EQ(row.extension != nullptr ? row.extension : "-", extension) << row.url;
+        EXPECT_EQ(row.address, address) << row.url;
+        EXPECT_EQ(row.length, length) << row.url;
+    }
+    EXPECT_TRUE(IsLocalUrl("Local:file.zip;10000;2000"));
+    EXPECT_FALSE(IsLocalUrl("loca"));
+    String_t text = "http://host:80/x";
+    String_t scheme;
+    EXPECT_TRUE(SplitUrl(text, scheme, text));
+    EXPECT_EQ("http|//host:80/x", scheme + "|" + text);
+    EXPECT_FALSE(SplitUrl("none", scheme, text));
+}
+
+TEST(Conversions, DefaultHeartbeatTimeout) {
+    unsetenv("CORVO_GIGE_HEARTBEAT");
+    EXPECT_EQ(300000u, GetDefaultHeartbeatTimeout());
+    const std::pair<const char *, std::uint32_t> cases[] = {{"5000", 5000},  {"0", 300000},     {"-5", 300000},
+                                                            {"abc", 300000}, {"4294967296", 0}, {"4294967297", 1}};
+    for (const auto &[text, expected] : cases) {
+        setenv("CORVO_GIGE_HEARTBEAT", text, 1);
+        EXPECT_EQ(expected, GetDefaultHeartbeatTimeout()) << text;
+    }
+}
+
+TEST(Conversions, StatusTexts) {
+    EXPECT_EQ("The requested operation timed out. (0xE1000007)", GxStatusText(GX_E_TIMEOUT));
+    EXPECT_EQ("*** Error getting status message", GxStatus2Msg(0x12345678));
+    EXPECT_EQ("Runtime: at 0x10: False. (0x21000001)", thrownBy([] { THROW_IF_GX_FAILED(GX_FALSE, "at 0x%x: ", 16); }));
+    EXPECT_EQ("", thrownBy([] { THROW_IF_GX_FAILED(GX_SUCCESS, "no"); }));
+    EXPECT_EQ(Grabbed, GxStatus2GrabStatus(0));
+    EXPECT_EQ(Canceled, GxStatus2GrabStatus(0xE1000017));
+    EXPECT_EQ(Failed, GxStatus2GrabStatus(GX_FALSE));
+}
+
+TEST(Comparer, ComparesAddressesByValue) {
+    const struct {
+        const char *key, *a, *b;
+        bool equal;
+    } cases[] = {
+        {"Address", "192.168.0.10:3956", "192.168.000.010:3956", false}, // octal 0 and 8
+        {"Address", "192.168.0.10", "192.168.0.10:0", true},
+        {"Address", "192.168.0.10:1", "192.168.0.10:2", false},
+        {"IpAddress", " 0xC0 . 0250.0.10 trailing", "192.168.0.10", true},
+        {"SubnetMask", "", "0.0.0.0", true},
+        {"DefaultGateway", "1.2.3.4", "1.2.3.5", false},
+        {"Interface", "1.2.3.4", "1.2.3.04", false},
+        {"Any", "", "", true},
+    };
+    for (const auto &row : cases)
+        EXPECT_EQ(row.equal, GigEPropertyValueComparer().PropertyValuesAreEqual(row.key, row.a, row.b)) << row.a;
+    for (const std::string text : {"300.1.1.1", "1.2.3", "1.2.-3.4", "abc", "09.1.1.1"})
+        EXPECT_EQ("Runtime: Invalid address: " + text,
+                  thrownBy([&] { GigEPropertyValueComparer::inet_addr_local(text.c_str()); }));
+    EXPECT_EQ(0xC0A8000Au, GigEPropertyValueComparer::inet_addr_local("192.168.0.10"));
+}
+
+TEST(Filter, FromTheEnvironment) {
+    const struct {
+        const char *text;
+        std::vector<StringList_t> entries; // keys and values in turn
+    } cases[] = {
+        {"SerialNumber=12345678 || DeviceClass=QuorelGigE && IpAddress=192.168.1.20",
+         {{"SerialNumber", "12345678"}, {"DeviceClass", "QuorelGigE", "IpAddress", "192.168.1.20"}}},
+        {"A=1&&A=2", {{"A", "2"}}},
+        {"none || =v || k= || \t && B = b = c && x ||", {{"B", "b = c"}}},
+        {"A=one|two&three", {{"A", "one|two&three"}}},
+        {"||", {}},
+        {"  ", {}},
+        {"", {}},
+    };
+    for (const auto &row : cases) {
+        setenv("CORVO_DEVICE_FILTER", row.text, 1);
+        DeviceInfoList filter(3);
+        EXPECT_EQ(static_cast<int>(row.entries.size()), GetDeviceEnumerationFilterFromEnvironment(filter)) << row.text;
+        ASSERT_EQ(row.entries.size(), filter.size()) << row.text;
+        for (std::size_t i = 0; i < filter.size(); ++i) {
+            CDeviceInfo expected;
+            for (std::size_t j = 0; j < row.entries[i].size(); j += 2)
+                expected.SetPropertyValue(row.entries[i][j], row.entries[i][j + 1]);
+            EXPECT_TRUE(filter[i] == expected) << row.text << " " << i;
+        }
+    }
+}
+
+} // namespace

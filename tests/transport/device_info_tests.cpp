@@ -1,0 +1,92 @@
+#include "Layer.h"
+#include "MinimalCorvoGigETL/EnumCallee.h"
+#include "MinimalCorvoGigETL/tools.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+using namespace Corvo;
+
+GEV_DISCOVERY_INFO record(const char *userDefinedName) {
+    GEV_DISCOVERY_INFO info{};
+    info.DeviceMacAddress = {0xFFFF02A1, 0xB2C3D4E5}; // the upper half of the first word is reserved
+    info.CurrentIP.IPv4.Address = 0xC0A80114;
+    info.CurrentSubnetMask.IPv4.Address = 0xFFFFFF00;
+    info.DefaultGateway.IPv4.Address = 0xC0A80101;
+    info.IPConfigOptions.PersistentIP = info.IPConfigOptions.DHCP = info.IPConfigOptions.LLA = 1;
+    info.IPConfigOptions.Reserved = 0x10000000;
+    info.IPConfigCurrent.PersistentIP = info.IPConfigCurrent.LLA = 1;
+    std::strcpy(info.Description.ManufacturerName, "Maker");
+    std::strcpy(info.Description.ModelName, "Model");
+    std::strcpy(info.Description.DeviceVersion, "1.2");
+    std::memcpy(info.Description.SerialNumber, "1234567890123456x", 16); // fills the field
+    std::strncpy(info.Description.UserDefinedName, userDefinedName, 15);
+    return info;
+}
+
+sockaddr address(const char *text) {
+    sockaddr result;
+    stoa(text, result);
+    return result;
+}
+
+TEST(DeviceInfo, HoldsADiscoveryAnswer) {
+    const GEV_DISCOVERY_INFO answer = record(" \t ");
+    const CQuorelGigEDeviceInfoImpl impl(address("192.168.1.20:3957"), &answer, address("192.168.1.5:50000"));
+    const CDeviceInfo stored = impl; // as lists hold it
+    EXPECT_FALSE(stored.IsUserProvided());
+    EXPECT_FALSE(stored.IsModified());
+
+    StringList_t names;
+    stored.GetPropertyNames(names);
+    std::string all;
+    for (const String_t &name : names) {
+        String_t value;
+        stored.GetPropertyValue(name, value);
+        all += std::string(name) + "=" + value.c_str() + "\n";
+    }
+    EXPECT_EQ("Address=192.168.1.20:3957\nDefaultGateway=192.168.1.1\nDeviceClass=QuorelGigE\n"
+              "DeviceFactory=GigE/QuorelGigE 5.0.11.4711\nDeviceVersion=1.2\n"
+              "FriendlyName=Maker Model (1234567890123456)\nFullName=Maker Model#02A1B2C3D4E5#192.168.1.20:3957\n"
+              "Interface=192.168.1.5\nIpAddress=192.168.1.20\nIpConfigCurrent=5\nIpConfigOptions=2147483655\n"
+              "MacAddress=02A1B2C3D4E5\nModelName=Model\nPortNr=3957\nSerialNumber=1234567890123456\n"
+              "SubnetAddress=192.168.1.255\nSubnetMask=255.255.255.0\nUserDefinedName= \t \nVendorName=Maker\n",
+              all);
+
+    const CQuorelGigEDeviceInfo view(stored);
+    EXPECT_EQ(std::make_tuple(true, false, true),
+              std::make_tuple(view.IsPersistentIpActive(), view.IsDhcpActive(), view.IsAutoIpActive()));
+    EXPECT_TRUE(view.IsPersistentIpSupported() && view.IsDhcpSupported() && view.IsAutoIpSupported());
+    String_t portable;
+    EXPECT_TRUE(view.GetPropertyValue("_PortableIpConfigCurrent", portable));
+    EXPECT_EQ("1280", portable);
+    EXPECT_EQ("Cam 1 (1234567890123456)", CQuorelGigEDeviceInfoImpl::FriendlyName(record("Cam 1")));
+}
+
+TEST(DeviceInfo, MadeByTheCaller) {
+    CQuorelGigEDeviceInfo info;
+    EXPECT_TRUE(info.IsUserProvided());
+    EXPECT_EQ("N/A", info.GetMacAddress());
+    EXPECT_EQ("3956", info.GetPortNr());
+    EXPECT_EQ("InvalidArgument: Device info object doesn't contain information about the IP configuration",
+              thrownBy([&] { info.IsDhcpActive(); }));
+    info.SetIpAddress("1.2.3.4");
+    EXPECT_TRUE(info.IsSubset(infoWith({{"IpAddress", "0x1.2.3.4"}})));
+    EXPECT_FALSE(CDeviceInfo(info).IsSubset(infoWith({{"IpAddress", "0x1.2.3.4"}})));
+}
+
+TEST(EnumCallee, DropsExactRepeatsOnly) {
+    DeviceInfoList list;
+    EnumCallee callee(list);
+    const GEV_DISCOVERY_INFO answer = record("");
+    const sockaddr device = address("192.168.1.20:3956");
+    for (const char *adapter : {"192.168.1.5", "192.168.1.5", "10.0.0.1"}) {
+        const sockaddr interface = address(adapter);
+        EXPECT_EQ(GX_SUCCESS, callee.EnumCallback(&device, &answer, &interface));
+    }
+    EXPECT_EQ(2u, list.size());
+}
+
+} // namespace

@@ -1,0 +1,77 @@
+#include "Layer.h"
+
+#include <thread>
+
+namespace {
+
+using namespace Corvo;
+using testing::HasSubstr;
+
+class Factory : public LayerTest {};
+
+TEST_F(Factory, KnowsTheGigELayerAlone) {
+    TlInfoList list(3);
+    ASSERT_EQ(1, factory().EnumerateTls(list));
+    ASSERT_EQ(1u, list.size());
+    EXPECT_EQ("QuorelGigE", list[0].GetDeviceClass());
+    EXPECT_EQ("GigE", list[0].GetFriendlyName());
+    EXPECT_EQ("GigE/QuorelGigE 5.0.11.4711", list[0].GetFullName());
+    EXPECT_EQ("Quorel", list[0].GetVendorName());
+    EXPECT_EQ(nullptr, factory().CreateTl("QuorelUsb"));
+    EXPECT_THAT(trace(), HasSubstr("Trying to create TL 'QuorelUsb' - "));
+
+    const CDeviceInfo usb = infoWith({{"DeviceClass", "QuorelUsb"}});
+    const char *error = "Runtime: The transport layer for device class 'QuorelUsb' could not be created.";
+    EXPECT_EQ(error, thrownBy([&] { factory().CreateDevice(usb); }));
+    EXPECT_EQ(error, thrownBy([&] { factory().IsDeviceAccessible(usb); }));
+}
+
+TEST_F(Factory, CountsTheHoldersOfALayer) {
+    TlInfoList list;
+    factory().EnumerateTls(list);
+    ITransportLayer *pFirst = factory().CreateTl("QuorelGigE");
+    EXPECT_EQ(pFirst, factory().CreateTl(list[0]));
+    EXPECT_EQ("QuorelGigE", pFirst->GetTlInfo().GetDeviceClass());
+    EXPECT_NE(nullptr, pFirst->GetNodeMap());
+    EXPECT_EQ(pFirst->GetNodeMap(), pFirst->GetNodeMap());
+    factory().ReleaseTl(pFirst);
+    EXPECT_FALSE(layer().AnnounceRemoteDevice("10.0.0.1")); // still there
+    EXPECT_FALSE(layer().RenounceRemoteDevice("10.0.0.1"));
+    factory().ReleaseTl(pFirst);
+    factory().ReleaseTl(pFirst);
+    EXPECT_EQ("InvalidArgument: The transport layer is not held.", thrownBy([&] { factory().ReleaseTl(pFirst); }));
+    factory().ReleaseTl(nullptr);
+}
+
+TEST_F(Factory, EveryCallAfterTerminationFails) {
+    ITransportLayer *pLayer = factory().CreateTl("QuorelGigE");
+    CorvoTerminate(false);
+    DeviceInfoList devices;
+    TlInfoList layers;
+    const CDeviceInfo info;
+    const std::function<void()> calls[] = {
+        [&] { factory().EnumerateTls(layers); },        [&] { factory().CreateTl("QuorelGigE"); },
+        [&] { factory().ReleaseTl(pLayer); },           [&] { factory().EnumerateDevices(devices); },
+        [&] { factory().IsDeviceAccessible(info); },    [&] { factory().CreateDevice(info); },
+        [&] { factory().CreateFirstDevice(info, {}); }, [&] { factory().CreateDevice(String_t("name")); },
+        [&] { factory().DestroyDevice(nullptr); },
+    };
+    for (const auto &call : calls)
+        EXPECT_EQ("LogicalError: Do not use any corvo object after Corvo::CorvoTerminate() has been called.",
+                  thrownBy(call));
+    CorvoInitialize();
+}
+
+TEST_F(Factory, ServesSeveralThreads) {
+    std::thread threads[4];
+    for (std::thread &thread : threads) {
+        thread = std::thread([] {
+            for (int i = 0; i < 50; ++i)
+                factory().ReleaseTl(factory().CreateTl("QuorelGigE"));
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+}
+
+} // namespace
