@@ -2,13 +2,13 @@
 
 #include "MinimalCorvoGigETL/ControlChannelPtr.h"
 #include "MinimalCorvoGigETL/DeviceNodeMap.h"
+#include "MinimalCorvoGigETL/GigETlTrace.h"
 #include "MinimalCorvoGigETL/GxPort.h"
 #include "MinimalCorvoGigETL/GxStatus2Msg.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 #include "MinimalCorvoGigETL/tools.h"
 
 #include "Base/GCException.h"
-#include "MinimalCorvo/TraceLog.h"
 
 #include <algorithm>
 #include <cstring>
@@ -22,11 +22,6 @@ constexpr std::size_t MaxFileBytes = 16u << 20;
 /// A description takes hundreds of transactions; on a link that loses a fifth of them the usual 2 are not enough.
 constexpr std::uint32_t ReadRetries = 8;
 constexpr int Role = 0;
-
-unsigned long LogCategory() {
-    static const unsigned long category = tracelog::LogGetCatID("Corvo.GigE.TL");
-    return category;
-}
 
 /// A port to a device that is only read.
 class CMonitorPort {
@@ -124,7 +119,7 @@ std::vector<std::uint8_t> ReadFile(CMonitorPort &port, const SLocalFile &file) {
 
 void XmlFileProviderPrivateImpl::ProvideXmlFileRaw(const CQuorelGigEDeviceInfo &info,
                                                    std::vector<std::uint8_t> &bytes) const {
-    tracelog::LogTrace(LogCategory(), tracelog::lvInfo, "Download the XML configuration file from '%s'",
+    tracelog::LogTrace(GigETlTraceCategory(), tracelog::lvInfo, "Download the XML configuration file from '%s'",
                        info.GetFullName().c_str());
     SLocalFile file;
     {
