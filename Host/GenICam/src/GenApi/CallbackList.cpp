@@ -42,9 +42,23 @@ private:
 } // namespace
 
 void CRegisteredCallback::Fire() noexcept {
-    const std::lock_guard<std::recursive_mutex> lock(m_mutex);
+    if (!Begin())
+        return;
+    Call();
+    End();
+}
+
+bool CRegisteredCallback::Begin() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_isActive)
-        Call();
+        m_runners.push_back(std::this_thread::get_id());
+    return m_isActive;
+}
+
+void CRegisteredCallback::End() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_runners.erase(std::find(m_runners.begin(), m_runners.end(), std::this_thread::get_id()));
+    m_ended.notify_all();
 }
 
 void CRegisteredCallback::Call() const noexcept {
@@ -58,8 +72,10 @@ void CRegisteredCallback::Call() const noexcept {
 }
 
 void CRegisteredCallback::Deactivate() {
-    const std::lock_guard<std::recursive_mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
     m_isActive = false;
+    if (std::find(m_runners.begin(), m_runners.end(), std::this_thread::get_id()) == m_runners.end())
+        m_ended.wait(lock, [this] { return m_runners.empty(); });
 }
 
 CCallbackList::~CCallbackList() {

@@ -2,13 +2,18 @@
 
 #include "GenApi/NodeCallback.h"
 
+#include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 namespace GenApi {
 
-/// One registration. Its own mutex is held while the callback runs, so that Deactivate can wait for another thread.
+/// One registration.
+///
+/// No mutex is held while the callback runs: callbacks outside the lock that change each other's nodes, each on a
+/// thread of its own, would wait for each other.
 class CRegisteredCallback {
 public:
     CRegisteredCallback(std::unique_ptr<CNodeCallback> callback, CallbackHandleType handle)
@@ -18,13 +23,18 @@ public:
     ECallbackType Type() const { return m_callback->GetCallbackType(); }
     /// Runs the callback unless it was deactivated. What it throws is traced.
     void Fire() noexcept;
-    /// After the return the callback runs no more, except on the calling thread further up the stack.
+    /// After the return the callback runs no more. Called from the callback itself it does not wait for anything.
     void Deactivate();
 
 private:
+    bool Begin();
     void Call() const noexcept;
+    void End();
 
-    std::recursive_mutex m_mutex;
+    std::mutex m_mutex;
+    std::condition_variable m_ended;
+    /// The threads on which it runs, one more than once when it is called again further up the stack.
+    std::vector<std::thread::id> m_runners;
     std::unique_ptr<CNodeCallback> m_callback;
     CallbackHandleType m_handle;
     bool m_isActive = true;

@@ -1,10 +1,9 @@
 #include "MinimalCorvoGigETL/TransportLayerBase.h"
 
-#include "Base/GCException.h"
-#include "MinimalCorvo/TraceLog.h"
 #include "MinimalCorvo/Utilities.h"
 #include "MinimalCorvoGigETL/IGigETransportLayer.h"
 #include "MinimalCorvoGigETL/TlFactory.h"
+#include "MinimalCorvoGigETL/TraceAndThrow.h"
 
 #include <algorithm>
 #include <cassert>
@@ -26,12 +25,6 @@ String_t EnablingFilter() {
 
 int CountFrom(const DeviceInfoList &list, std::size_t initialSize) {
     return static_cast<int>(list.size() - initialSize);
-}
-
-/// Traces why a device cannot be had and throws that.
-[[noreturn]] void Refuse(const GenICam::RuntimeException &reason) {
-    tracelog::LogTrace(TraceCategory(), tracelog::lvWarning, "%s", reason.GetDescription());
-    throw reason;
 }
 
 } // namespace
@@ -105,9 +98,11 @@ bool CTransportLayerBase<Interface>::InternalMatchDeviceClass(const CDeviceInfo 
 
 template <class Interface> void CTransportLayerBase<Interface>::CheckDeviceClass(const CDeviceInfo &info) const {
     if (!InternalMatchDeviceClass(info))
-        Refuse(RUNTIME_EXCEPTION("The device class %s is not supported by this transport layer. This transport layer "
-                                 "supports %s.",
-                                 info.GetDeviceClass().c_str(), InternalGetDeviceClass().c_str()));
+        TraceAndThrow(
+            TraceCategory(),
+            RUNTIME_EXCEPTION("The device class %s is not supported by this transport layer. This transport layer "
+                              "supports %s.",
+                              info.GetDeviceClass().c_str(), InternalGetDeviceClass().c_str()));
 }
 
 template <class Interface> bool CTransportLayerBase<Interface>::IsTLEnabled() const {
@@ -146,11 +141,15 @@ void CTransportLayerBase<Interface>::FindDevice(const CDeviceInfo &info, CDevice
     DeviceInfoList matches;
     const int count = EnumerateDevices(matches, filter);
     if (count == 0)
-        Refuse(RUNTIME_EXCEPTION("No device is available or no device contains the provided device info properties"));
+        TraceAndThrow(
+            TraceCategory(),
+            RUNTIME_EXCEPTION("No device is available or no device contains the provided device info properties"));
     if (count > 1 && !firstOnly)
-        Refuse(RUNTIME_EXCEPTION("Too many devices (%d) match the provided device info properties, don't know which "
-                                 "device to use.",
-                                 count));
+        TraceAndThrow(
+            TraceCategory(),
+            RUNTIME_EXCEPTION("Too many devices (%d) match the provided device info properties, don't know which "
+                              "device to use.",
+                              count));
     result = matches.front();
 }
 
@@ -181,15 +180,17 @@ template <class Interface> ICorvoDevice *CTransportLayerBase<Interface>::CreateD
 template <class Interface>
 ICorvoDevice *CTransportLayerBase<Interface>::MakeDevice(const CDeviceInfo &info, const StringList_t &options,
                                                          bool firstOnly) {
-    CheckDeviceClass(info);
     CDeviceInfo device = info;
     if (info.IsUserProvided())
         FindDevice(info, device, firstOnly);
+    else
+        CheckDeviceClass(info);
     ICorvoDevice *pDevice = CreateDeviceImpl(device, options);
     try {
         KeepDevice(pDevice);
     } catch (...) {
-        DestroyDevice(pDevice);
+        ForgetDevice(pDevice);
+        DestroyDeviceImpl(pDevice);
         throw;
     }
     return pDevice;
@@ -204,14 +205,16 @@ template <class Interface> void CTransportLayerBase<Interface>::KeepDevice(ICorv
         m_pObserver->OnDeviceCreated(*this, pDevice);
 }
 
+template <class Interface> bool CTransportLayerBase<Interface>::ForgetDevice(ICorvoDevice *pDevice) {
+    const GenApi::AutoLock lock(m_lock);
+    return m_devices.erase(pDevice) != 0;
+}
+
 template <class Interface> void CTransportLayerBase<Interface>::DestroyDevice(ICorvoDevice *pDevice) {
     if (pDevice == nullptr)
         return;
-    {
-        const GenApi::AutoLock lock(m_lock);
-        if (m_devices.erase(pDevice) == 0)
-            throw INVALID_ARGUMENT_EXCEPTION("The device was not created by this transport layer.");
-    }
+    if (!ForgetDevice(pDevice))
+        throw INVALID_ARGUMENT_EXCEPTION("The device was not created by this transport layer.");
     DestroyDeviceImpl(pDevice);
     if (IDeviceCreationObserver *pObserver = m_pObserver)
         pObserver->OnDeviceDestroyed(pDevice);
