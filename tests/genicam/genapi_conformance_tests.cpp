@@ -419,6 +419,8 @@ const Case cases[] = {
       {"Arr", "0"},
       {"Sel=2", ""},
       {"Arr", "0"},
+      {"Sel=1", ""},
+      {"Arr", "0"},
       {"port", "r14:4 r18:4"}}},
     {"ValueCopies",
      "<IntReg Name='R'><Address>0</Address><Length>1</Length>" REG "</IntReg>"
@@ -426,6 +428,17 @@ const Case cases[] = {
      "<Integer Name='A'><pValue>R</pValue><pValueCopy>S</pValueCopy></Integer>",
      "",
      {{"A=7", ""}, {"A", "7"}, {"port", "w0:07 w1:07"}}},
+    {"WithinAWriteTheSecondTargetSeesTheFirst",
+     "<IntReg Name='R'><Address>0</Address><Length>1</Length>" REG "</IntReg>"
+     "<IntReg Name='S'><Address>1</Address><Length>1</Length>" REG "</IntReg>"
+     "<IntSwissKnife Name='K'><pVariable Name='R'>R</pVariable><Formula>R</Formula></IntSwissKnife>"
+     "<IntConverter Name='C'><pVariable Name='K'>K</pVariable><FormulaTo>FROM + K</FormulaTo>"
+     "<FormulaFrom>TO</FormulaFrom><pValue>R</pValue></IntConverter>"
+     "<IntConverter Name='D'><pVariable Name='K'>K</pVariable><FormulaTo>K</FormulaTo>"
+     "<FormulaFrom>TO</FormulaFrom><pValue>S</pValue></IntConverter>"
+     "<Integer Name='A'><pValue>C</pValue><pValueCopy>D</pValueCopy></Integer>",
+     "0 03",
+     {{"A=7", ""}, {"port", "r0:1 w0:0a w1:0a"}}},
     {"ListsOfValidValues",
      "<Integer Name='A'><Value>1</Value><ValidValueSet>1; 2;8</ValidValueSet></Integer>",
      "",

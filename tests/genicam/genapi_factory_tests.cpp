@@ -70,11 +70,13 @@ TEST(GenApiFactory, ReadsWhatCamerasOfTheFieldStore) {
 
 TEST(GenApiFactory, RefusesBrokenAndHostileDocuments) {
     const std::string opened = "<RegisterDescription>";
-    std::string groups, elements;
+    std::string groups, elements, features;
     for (int i = 0; i < 100000; ++i)
         groups += "<Group>";
     for (int i = 0; i < 2000001; ++i)
         elements += "<a>";
+    for (int i = 0; i < 65537; ++i)
+        features += "<pFeature>A</pFeature>";
     const std::string documents[] = {
         opened,
         opened + "<Integer></RegisterDescription>",
@@ -91,6 +93,7 @@ TEST(GenApiFactory, RefusesBrokenAndHostileDocuments) {
             }() +
             "</RegisterDescription>",
         elements,
+        opened + "<Category Name='A'>" + features + "</Category></RegisterDescription>",
         std::string(),
         std::string((16u << 20) + 1, ' '),
     };

@@ -12,8 +12,8 @@ enum EContentType_t { ContentType_Xml = 0, ContentType_ZippedXml = 1 };
 
 /// Makes node maps from a camera description file and, optionally, documents injected into it.
 ///
-/// Limits, each answered with a RuntimeException: 16 MiB as stored, 64 MiB unzipped, 250 times the zipped size, two
-/// million elements; a DOCTYPE is refused. Copies share the same content. Not locked: one thread at a time.
+/// Limits, each answered with a RuntimeException: 16 MiB as stored, 64 MiB unzipped, 250 times the zipped size, one
+/// million tags; a DOCTYPE is refused. Copies share the same content. Not locked: one thread at a time.
 class CNodeMapFactory {
 public:
     /// A factory without content.
@@ -34,7 +34,8 @@ public:
     /// Parses and merges what was loaded. The other operations do it when needed.
     /// \throws RuntimeException on malformed XML, with the offset in the file; LogicalErrorException without content.
     void Preprocess();
-    /// The description as UTF-8 text: as it came when nothing was injected or extracted, else with the changes.
+    /// The description as text: byte for byte as it came (unzipped) when nothing was injected or extracted, else with
+    /// the changes, in UTF-8.
     gcstring ToXml();
     /// A factory that holds only the named node and the nodes it refers to, directly or through others.
     /// \throws RuntimeException when there is no such node.

@@ -5,54 +5,53 @@ namespace GenApi {
 template <class Add> void CDependencyGraph::ForEachEdge(const SDescription &description, Add &&add) {
     for (std::size_t i = 0; i < description.nodes.size(); ++i) {
         const SNodeDescription &node = description.nodes[i];
+        const auto self = static_cast<int32_t>(i);
         for (uint32_t p = node.firstProperty; p < node.firstProperty + node.propertyCount; ++p) {
             const SProperty &property = description.properties[p];
-            if (property.target == NoNode)
+            const ERelation relation = RelationOf(property.id);
+            if (property.target == NoNode || relation == ERelation::Write || relation == ERelation::Link)
                 continue;
-            switch (RelationOf(property.id)) {
-            case ERelation::Read:
-            case ERelation::ReadWrite:
-            case ERelation::Port:
-            case ERelation::Invalidate:
-                add(property.target, static_cast<int32_t>(i));
-                break;
-            case ERelation::Select:
-                add(static_cast<int32_t>(i), property.target);
-                break;
-            default:
-                break;
-            }
+            if (relation == ERelation::Select)
+                add(self, SDependent{property.target, true});
+            else
+                add(property.target, SDependent{self, relation != ERelation::Locate});
         }
     }
 }
 
 CDependencyGraph::CDependencyGraph(const SDescription &description)
     : m_first(description.nodes.size() + 1), m_reached(description.nodes.size()) {
-    ForEachEdge(description, [this](int32_t changed, int32_t) { ++m_first[static_cast<std::size_t>(changed) + 1]; });
+    ForEachEdge(description, [this](int32_t changed, SDependent) { ++m_first[static_cast<std::size_t>(changed) + 1]; });
     for (std::size_t i = 1; i < m_first.size(); ++i)
         m_first[i] += m_first[i - 1];
     m_dependents.resize(m_first.back());
     std::vector<uint32_t> next = m_first;
-    ForEachEdge(description, [&](int32_t changed, int32_t dependent) {
+    ForEachEdge(description, [&](int32_t changed, SDependent dependent) {
         m_dependents[next[static_cast<std::size_t>(changed)]++] = dependent;
     });
 }
 
-std::vector<int32_t> CDependencyGraph::DependentsOf(int32_t origin) {
-    std::vector<int32_t> found = {origin};
+std::vector<SDependent> CDependencyGraph::DependentsOf(int32_t origin) {
+    std::vector<SDependent> found;
     ++m_search;
-    m_reached[static_cast<std::size_t>(origin)] = m_search;
+    Reach(found, {origin, false});
     for (std::size_t at = 0; at < found.size(); ++at) {
-        const auto node = static_cast<std::size_t>(found[at]);
-        for (uint32_t edge = m_first[node]; edge < m_first[node + 1]; ++edge) {
-            uint32_t &reached = m_reached[static_cast<std::size_t>(m_dependents[edge])];
-            if (reached != m_search)
-                found.push_back(m_dependents[edge]);
-            reached = m_search;
-        }
+        const auto node = static_cast<std::size_t>(found[at].node);
+        for (uint32_t edge = m_first[node]; edge < m_first[node + 1]; ++edge)
+            Reach(found, m_dependents[edge]);
     }
     found.erase(found.begin());
     return found;
+}
+
+void CDependencyGraph::Reach(std::vector<SDependent> &found, const SDependent &dependent) {
+    SReached &reached = m_reached[static_cast<std::size_t>(dependent.node)];
+    if (reached.search == m_search) {
+        found[reached.position].isStale = found[reached.position].isStale || dependent.isStale;
+        return;
+    }
+    reached = {m_search, static_cast<uint32_t>(found.size())};
+    found.push_back(dependent);
 }
 
 } // namespace GenApi

@@ -4,23 +4,35 @@
 
 namespace GenApi {
 
-/// Who is stale when a node changes. Guarded by the node map's lock.
+struct SDependent {
+    int32_t node;
+    /// What the node keeps in its cache is not true any more. False when only the register it reads is another one.
+    bool isStale;
+};
+
+/// Who is affected when a node changes. Guarded by the node map's lock.
 class CDependencyGraph {
 public:
     explicit CDependencyGraph(const SDescription &description);
 
     /// All nodes that depend on \p origin, directly or through others, each once and without itself; nearest first.
-    std::vector<int32_t> DependentsOf(int32_t origin);
+    std::vector<SDependent> DependentsOf(int32_t origin);
 
 private:
+    /// Place of a node among the results of one search.
+    struct SReached {
+        uint32_t search;
+        uint32_t position;
+    };
+
     /// Calls `add(changed, dependent)` for each direct dependence.
     template <class Add> static void ForEachEdge(const SDescription &description, Add &&add);
+    void Reach(std::vector<SDependent> &found, const SDependent &dependent);
 
     /// Dependents of node i stand at m_dependents[m_first[i]] up to m_first[i + 1].
     std::vector<uint32_t> m_first;
-    std::vector<int32_t> m_dependents;
-    /// Number of the search that reached a node last.
-    std::vector<uint32_t> m_reached;
+    std::vector<SDependent> m_dependents;
+    std::vector<SReached> m_reached;
     uint32_t m_search = 0;
 };
 

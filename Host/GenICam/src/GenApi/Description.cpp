@@ -32,17 +32,20 @@ public:
 
     EProperty Find(std::string_view name) const {
         for (std::size_t slot = Hash(name); m_slots[slot] != EProperty::Count; slot = (slot + 1) % m_slots.size())
-            if (NameOf(m_slots[slot]) == name)
+            if (propertyInfos[static_cast<std::size_t>(m_slots[slot])].name == name)
                 return m_slots[slot];
         return EProperty::Count;
     }
 
 private:
+    /// Length and four letters tell nearly all names apart.
     std::size_t Hash(std::string_view name) const {
-        std::size_t hash = name.size();
-        for (const char ch : name)
-            hash = hash * 31 + static_cast<unsigned char>(ch);
-        return hash % m_slots.size();
+        if (name.empty())
+            return 0;
+        const auto letter = [name](std::size_t i) { return static_cast<unsigned char>(name[i]); };
+        const std::size_t last = name.size() - 1;
+        const std::size_t mixed = letter(0) + 7u * letter(last / 2) + 31u * letter(last) + 61u * letter(last / 4);
+        return (mixed + 131u * name.size()) % m_slots.size();
     }
 
     std::array<EProperty, 512> m_slots;

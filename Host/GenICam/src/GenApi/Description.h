@@ -38,6 +38,7 @@ enum class ENodeType : uint8_t {
 enum class ERelation : uint8_t {
     None,       ///< The text is no reference.
     Read,       ///< The node reads from the other.
+    Locate,     ///< It reads from the other which register it is; what it knows of each register stays true.
     ReadWrite,  ///< It also passes writes on.
     Write,      ///< It only passes writes on.
     Port,       ///< Register and port.
@@ -91,22 +92,22 @@ enum class ERelation : uint8_t {
     X(ValueDefault, None)                                                                                              \
     X(ValueIndexed, None)                                                                                              \
     X(Visibility, None)                                                                                                \
-    X(pAddress, Read)                                                                                                  \
+    X(pAddress, Locate)                                                                                                \
     X(pAlias, Link)                                                                                                    \
     X(pCastAlias, Link)                                                                                                \
     X(pCommandValue, Read)                                                                                             \
     X(pEnumEntry, Read)                                                                                                \
     X(pFeature, Link)                                                                                                  \
     X(pInc, Read)                                                                                                      \
-    X(pIndex, Read)                                                                                                    \
+    X(pIndex, Locate)                                                                                                  \
     X(pInvalidator, Invalidate)                                                                                        \
     X(pIsAvailable, Read)                                                                                              \
     X(pIsImplemented, Read)                                                                                            \
     X(pIsLocked, Read)                                                                                                 \
-    X(pLength, Read)                                                                                                   \
+    X(pLength, Locate)                                                                                                 \
     X(pMax, Read)                                                                                                      \
     X(pMin, Read)                                                                                                      \
-    X(pOffset, Read)                                                                                                   \
+    X(pOffset, Locate)                                                                                                 \
     X(pPort, Port)                                                                                                     \
     X(pSelected, Select)                                                                                               \
     X(pValue, ReadWrite)                                                                                               \

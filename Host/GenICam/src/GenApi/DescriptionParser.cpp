@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t maxNodes = 200'000;
 constexpr std::size_t maxProperties = 2'000'000;
+constexpr uint32_t maxPropertiesOfANode = 65'536;
 
 std::optional<ENodeType> NodeTypeNamed(std::string_view element) {
     static const std::unordered_map<std::string_view, ENodeType> types = {
@@ -207,7 +208,7 @@ std::vector<SProperty> CDescriptionParser::ParseCommonProperties(pugi::xml_node 
                                                                  std::vector<pugi::xml_node> &formulas) {
     auto &properties = m_description->properties;
     const auto start = static_cast<std::ptrdiff_t>(properties.size());
-    BeginNode(element, ENodeType::Node, {});
+    BeginNode(element, ENodeType::Node, "");
     for (const pugi::xml_node child : element.children()) {
         const std::string_view childName = child.name();
         const EProperty id = PropertyNamed(childName);
@@ -250,7 +251,8 @@ void CDescriptionParser::AddProperty(const SProperty &property) {
         throw RUNTIME_EXCEPTION("The camera description has more than %zu elements", maxProperties);
     m_description->properties.push_back(property);
     SNodeDescription &node = m_description->nodes.back();
-    ++node.propertyCount;
+    if (++node.propertyCount > maxPropertiesOfANode)
+        throw RUNTIME_EXCEPTION("Node '%s' has more than %u elements", node.name.data(), maxPropertiesOfANode);
     node.has.set(static_cast<std::size_t>(property.id));
 }
 

@@ -127,14 +127,4 @@ CEnumEntryNode *CEnumerationNode::EntryOf(int64_t value) const {
     return nullptr;
 }
 
-ECachingMode CEnumerationNode::DoCachingMode() const {
-    const CNodeImpl *const target = m_source.Target();
-    return target != nullptr ? target->CachingMode() : CNodeImpl::DoCachingMode();
-}
-
-bool CEnumerationNode::DoIsCached() const {
-    const CNodeImpl *const target = m_source.Target();
-    return target == nullptr || target->IsCached();
-}
-
 } // namespace GenApi

@@ -55,8 +55,8 @@ protected:
     EAccessMode OwnAccessMode() const override { return m_source.AccessMode(); }
     int64_t DoReadInteger(bool ignoreCache) const override { return m_source.Read(ignoreCache); }
     void DoWriteInteger(int64_t value) override { m_source.Write(value); }
-    ECachingMode DoCachingMode() const override;
-    bool DoIsCached() const override;
+    ECachingMode DoCachingMode() const override { return m_source.CachingMode(); }
+    bool DoIsCached() const override { return m_source.IsCached(); }
 
 private:
     const std::vector<CEnumEntryNode *> &Entries() const;

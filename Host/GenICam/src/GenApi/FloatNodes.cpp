@@ -29,16 +29,6 @@ double CFloatNode::NaturalFloatLimit(ELimit limit) const {
     return target != nullptr ? target->FloatLimit(limit) : TFloat::NaturalFloatLimit(limit);
 }
 
-ECachingMode CFloatNode::DoCachingMode() const {
-    const CNodeImpl *const target = m_source.Target();
-    return target != nullptr ? target->CachingMode() : TFloat::DoCachingMode();
-}
-
-bool CFloatNode::DoIsCached() const {
-    const CNodeImpl *const target = m_source.Target();
-    return target == nullptr || target->IsCached();
-}
-
 bool CFloatRegNode::IsSingle() const {
     const std::size_t length = Length();
     if (length != sizeof(float) && length != sizeof(double))

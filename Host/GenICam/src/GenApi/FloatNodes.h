@@ -18,8 +18,8 @@ protected:
     double DoReadFloat(bool ignoreCache) const override { return m_source.Read(ignoreCache); }
     void DoWriteFloat(double value) override { m_source.Write(value); }
     double NaturalFloatLimit(ELimit limit) const override;
-    ECachingMode DoCachingMode() const override;
-    bool DoIsCached() const override;
+    ECachingMode DoCachingMode() const override { return m_source.CachingMode(); }
+    bool DoIsCached() const override { return m_source.IsCached(); }
 
 private:
     TValueSource<double> m_source{*this};

@@ -140,7 +140,8 @@ std::size_t CFormulaSet::Bind(const SFormula &formula, const std::string &name) 
 CFormulaSet::SBinding CFormulaSet::Resolve(const SFormula &formula, std::string_view name) const {
     if (const SProperty *const property = FindNamed(name))
         return BindingOf(*property);
-    if (m_node.Has(EProperty::FormulaTo) && (name == "FROM" || name == "TO"))
+    const bool isConverter = m_node.Type() == ENodeType::Converter || m_node.Type() == ENodeType::IntConverter;
+    if (isConverter && (name == "FROM" || name == "TO"))
         return {EMeaning::Input, nullptr, {}, 0};
     const std::size_t dot = name.find('.');
     const SProperty *const variable = dot != std::string_view::npos ? FindNamed(name.substr(0, dot)) : nullptr;

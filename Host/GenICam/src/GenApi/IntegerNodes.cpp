@@ -7,16 +7,6 @@ int64_t CIntegerNode::NaturalIntegerLimit(ELimit limit) const {
     return target != nullptr ? target->IntegerLimit(limit) : TInteger::NaturalIntegerLimit(limit);
 }
 
-ECachingMode CIntegerNode::DoCachingMode() const {
-    const CNodeImpl *const target = m_source.Target();
-    return target != nullptr ? target->CachingMode() : TInteger::DoCachingMode();
-}
-
-bool CIntegerNode::DoIsCached() const {
-    const CNodeImpl *const target = m_source.Target();
-    return target == nullptr || target->IsCached();
-}
-
 ERepresentation CIntegerNode::NaturalRepresentation() const {
     const CNodeImpl *const target = m_source.Target();
     return target != nullptr ? target->Representation() : PureNumber;

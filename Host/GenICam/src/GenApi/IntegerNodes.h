@@ -16,8 +16,8 @@ protected:
     int64_t DoReadInteger(bool ignoreCache) const override { return m_source.Read(ignoreCache); }
     void DoWriteInteger(int64_t value) override { m_source.Write(value); }
     int64_t NaturalIntegerLimit(ELimit limit) const override;
-    ECachingMode DoCachingMode() const override;
-    bool DoIsCached() const override;
+    ECachingMode DoCachingMode() const override { return m_source.CachingMode(); }
+    bool DoIsCached() const override { return m_source.IsCached(); }
     ERepresentation NaturalRepresentation() const override;
 
 private:

@@ -18,7 +18,9 @@ void AppendValue(FeatureList_t &list, CNodeImpl *node) {
         list.push_back(value);
 }
 
-bool IsReadingRelation(ERelation relation) { return relation == ERelation::Read || relation == ERelation::ReadWrite; }
+bool IsReadingRelation(ERelation relation) {
+    return relation == ERelation::Read || relation == ERelation::Locate || relation == ERelation::ReadWrite;
+}
 bool IsWritingRelation(ERelation relation) { return relation == ERelation::Write || relation == ERelation::ReadWrite; }
 
 } // namespace

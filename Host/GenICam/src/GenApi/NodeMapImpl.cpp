@@ -9,7 +9,7 @@ namespace GenApi {
 namespace {
 
 /// A file may be wrong throughout; the first few findings tell enough.
-constexpr unsigned maxTracedReferences = 20;
+constexpr unsigned maxTracedFindings = 20;
 
 void CopyVersion(const uint16_t (&from)[3], Version_t &to) {
     to.Major = from[0];
@@ -19,8 +19,8 @@ void CopyVersion(const uint16_t (&from)[3], Version_t &to) {
 
 /// Whether a node cannot work without what the property names.
 bool IsEssential(ERelation relation) {
-    return relation == ERelation::Read || relation == ERelation::ReadWrite || relation == ERelation::Write ||
-           relation == ERelation::Port;
+    return relation == ERelation::Read || relation == ERelation::Locate || relation == ERelation::ReadWrite ||
+           relation == ERelation::Write || relation == ERelation::Port;
 }
 
 void TraceUnresolved(const SNodeDescription &node, const SProperty &property) {
@@ -41,17 +41,18 @@ CNodeMapImpl::CNodeMapImpl(std::unique_ptr<SDescription> description, const gcst
 CNodeMapImpl::~CNodeMapImpl() = default;
 
 void CNodeMapImpl::LinkReferences() {
+    unsigned findings = 0;
     m_names.reserve(m_description->nodes.size());
-    for (std::size_t i = 0; i < m_description->nodes.size(); ++i)
-        if (!m_names.emplace(m_description->nodes[i].name, static_cast<int32_t>(i)).second)
-            TraceWarning("Camera description: node '%s' is there twice, the first counts",
-                         m_description->nodes[i].name.data());
-    unsigned unresolved = 0;
+    for (std::size_t i = 0; i < m_description->nodes.size(); ++i) {
+        const std::string_view name = m_description->nodes[i].name;
+        if (!m_names.emplace(name, static_cast<int32_t>(i)).second && findings++ < maxTracedFindings)
+            TraceWarning("Camera description: node '%s' is there twice, the first counts", name.data());
+    }
     for (SNodeDescription &node : m_description->nodes)
         for (uint32_t p = node.firstProperty; p < node.firstProperty + node.propertyCount; ++p)
             if (!Link(m_description->properties[p])) {
                 node.isBroken = node.isBroken || IsEssential(RelationOf(m_description->properties[p].id));
-                if (unresolved++ < maxTracedReferences)
+                if (findings++ < maxTracedFindings)
                     TraceUnresolved(node, m_description->properties[p]);
             }
 }
@@ -87,7 +88,7 @@ INode *CNodeMapImpl::GetNode(const gcstring &Name) const {
 }
 
 void CNodeMapImpl::InvalidateNodes() const {
-    CUpdate update(*const_cast<CNodeMapImpl *>(this));
+    CUpdate update(*this);
     ++m_evaluation.epoch;
     for (const auto &node : m_nodes) {
         node->DropCache();
@@ -135,21 +136,26 @@ std::vector<CNodeMapImpl::SPolledNode> CNodeMapImpl::FindPolledNodes() const {
     return polled;
 }
 
-std::vector<CNodeImpl *> CNodeMapImpl::DependentsOf(const CNodeImpl &node) const {
+CDependencyGraph &CNodeMapImpl::Dependencies() const {
     if (!m_dependencies)
         m_dependencies = std::make_unique<CDependencyGraph>(*m_description);
+    return *m_dependencies;
+}
+
+std::vector<CNodeImpl *> CNodeMapImpl::DependentsOf(const CNodeImpl &node) const {
     std::vector<CNodeImpl *> dependents;
-    for (const int32_t index : m_dependencies->DependentsOf(node.Index()))
-        dependents.push_back(At(index));
+    for (const SDependent &dependent : Dependencies().DependentsOf(node.Index()))
+        dependents.push_back(At(dependent.node));
     return dependents;
 }
 
 void CNodeMapImpl::Changed(const CNodeImpl &node) const {
     ++m_evaluation.epoch;
     m_collector->Add(node);
-    for (CNodeImpl *const dependent : DependentsOf(node)) {
-        dependent->DropCache();
-        m_collector->Add(*dependent);
+    for (const SDependent &dependent : Dependencies().DependentsOf(node.Index())) {
+        if (dependent.isStale)
+            At(dependent.node)->DropCache();
+        m_collector->Add(*At(dependent.node));
     }
 }
 

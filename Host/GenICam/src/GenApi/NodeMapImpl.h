@@ -69,6 +69,7 @@ private:
     void LinkReferences();
     bool Link(SProperty &property) const;
     std::vector<SPolledNode> FindPolledNodes() const;
+    CDependencyGraph &Dependencies() const;
 
     std::unique_ptr<SDescription> m_description;
     gcstring m_deviceName;

@@ -46,16 +46,6 @@ int64_t CBooleanNode::OffValue() const {
     return given != nullptr ? IntegerOf(*given) : 0;
 }
 
-ECachingMode CBooleanNode::DoCachingMode() const {
-    const CNodeImpl *const target = m_source.Target();
-    return target != nullptr ? target->CachingMode() : CNodeImpl::DoCachingMode();
-}
-
-bool CBooleanNode::DoIsCached() const {
-    const CNodeImpl *const target = m_source.Target();
-    return target == nullptr || target->IsCached();
-}
-
 gcstring CCommandNode::ToString(bool, bool IgnoreCache) {
     return std::to_string(GetInteger(*this, false, IgnoreCache));
 }

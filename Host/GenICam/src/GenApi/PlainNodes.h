@@ -43,8 +43,8 @@ protected:
     int64_t DoReadInteger(bool ignoreCache) const override;
     void DoWriteInteger(int64_t value) override;
     int64_t NaturalIntegerLimit(ELimit limit) const override { return limit == ELimit::Min ? 0 : 1; }
-    ECachingMode DoCachingMode() const override;
-    bool DoIsCached() const override;
+    ECachingMode DoCachingMode() const override { return m_source.CachingMode(); }
+    bool DoIsCached() const override { return m_source.IsCached(); }
 
 private:
     int64_t OnValue() const;

@@ -20,16 +20,17 @@ void CPortNode::Write(const void *pBuffer, int64_t Address, int64_t Length) {
 }
 
 void CPortNode::Connect(IPort *port) {
+    auto *const portImpl = dynamic_cast<CPortImpl *>(port);
+    if (portImpl != nullptr && portImpl->m_pConnection != nullptr && portImpl->m_pConnection != this)
+        portImpl->m_pConnection->Connect(nullptr);
     {
         const AutoLock lock(Map().GetLock());
         Release();
         m_port = port;
-        m_portImpl = dynamic_cast<CPortImpl *>(port);
-        if (m_portImpl != nullptr) {
-            if (m_portImpl->m_pConnection != nullptr && m_portImpl->m_pConnection != this)
-                m_portImpl->m_pConnection->Connect(nullptr);
-            m_portImpl->m_pConnection = this;
-            m_portImpl->m_pNode = this;
+        m_portImpl = portImpl;
+        if (portImpl != nullptr) {
+            portImpl->m_pConnection = this;
+            portImpl->m_pNode = this;
         }
     }
     InvalidateNode();

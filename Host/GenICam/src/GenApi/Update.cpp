@@ -11,7 +11,7 @@ thread_local CUpdate *t_innermost = nullptr;
 
 } // namespace
 
-CUpdate::CUpdate(CNodeMapImpl &map) : m_map(map) {
+CUpdate::CUpdate(const CNodeMapImpl &map) : m_map(map) {
     m_map.GetLock().Lock();
     CUpdate *const outermost = Outermost(map);
     m_isOutermost = outermost == nullptr;

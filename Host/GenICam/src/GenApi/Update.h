@@ -17,7 +17,7 @@ class CNodeMapImpl;
 /// only once and so comes to an end whatever callbacks do.
 class CUpdate {
 public:
-    explicit CUpdate(CNodeMapImpl &map);
+    explicit CUpdate(const CNodeMapImpl &map);
     ~CUpdate();
     CUpdate(const CUpdate &) = delete;
     CUpdate &operator=(const CUpdate &) = delete;
@@ -31,7 +31,7 @@ private:
     std::vector<CallbackPtr> FireInsideLock();
     void FireOutsideLock(std::vector<CallbackPtr> callbacks);
 
-    CNodeMapImpl &m_map;
+    const CNodeMapImpl &m_map;
     /// The thread's next update further out, of any map.
     CUpdate *m_outer = nullptr;
     bool m_isOutermost;

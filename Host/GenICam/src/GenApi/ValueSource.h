@@ -3,8 +3,7 @@
 #include "NodeMapImpl.h"
 #include "Text.h"
 
-#include <utility>
-#include <vector>
+#include <map>
 
 namespace GenApi {
 
@@ -26,16 +25,18 @@ public:
         const SProperty &place = CheckedPlace();
         if (IsReference(place))
             return ReadNode(m_node.Target(place), ignoreCache);
-        const Number *const written = FindVariable(place);
-        return written != nullptr ? *written : ReadLiteral(place);
+        const auto written = m_variables.find(&place);
+        return written != m_variables.end() ? written->second : ReadLiteral(place);
     }
 
     void Write(Number value) {
         const SProperty &place = CheckedPlace();
-        if (IsReference(place))
+        if (IsReference(place)) {
             WriteNode(m_node.Target(place), value);
-        else
-            SetVariable(place, value);
+        } else {
+            m_variables[&place] = value;
+            m_node.Map().Changed(m_node);
+        }
         for (const SProperty &property : m_node)
             if (property.id == EProperty::pValueCopy)
                 WriteNode(m_node.Target(property), value);
@@ -45,6 +46,16 @@ public:
     CNodeImpl *Target() const {
         const SProperty *const place = Place();
         return place != nullptr && IsReference(*place) ? &m_node.Target(*place) : nullptr;
+    }
+
+    ECachingMode CachingMode() const {
+        const CNodeImpl *const target = Target();
+        return target != nullptr ? target->CachingMode() : WriteThrough;
+    }
+
+    bool IsCached() const {
+        const CNodeImpl *const target = Target();
+        return target == nullptr || target->IsCached();
     }
 
 private:
@@ -92,23 +103,9 @@ private:
             node.WriteInteger(value);
     }
 
-    const Number *FindVariable(const SProperty &place) const {
-        for (const auto &[where, value] : m_variables)
-            if (where == &place)
-                return &value;
-        return nullptr;
-    }
-    void SetVariable(const SProperty &place, Number value) {
-        if (const Number *const known = FindVariable(place))
-            const_cast<Number &>(*known) = value;
-        else
-            m_variables.emplace_back(&place, value);
-        m_node.Map().Changed(m_node);
-    }
-
     CNodeImpl &m_node;
     /// Variables that were written, by the property they stand for.
-    std::vector<std::pair<const SProperty *, Number>> m_variables;
+    std::map<const SProperty *, Number> m_variables;
 };
 
 } // namespace GenApi

@@ -8,7 +8,7 @@ namespace GenApi {
 namespace {
 
 /// Elements and attributes cost many times their text in memory.
-constexpr std::ptrdiff_t maxTags = 2'000'000;
+constexpr std::size_t maxTags = 1'000'000;
 
 bool IsWideEncoding(std::string_view bytes) {
     return bytes.size() >= 2 && (bytes[0] == '\0' || bytes[1] == '\0' || bytes[0] == '\xFE' || bytes[0] == '\xFF');
@@ -26,14 +26,27 @@ std::string_view StripSurroundings(std::string_view bytes) {
     return start == std::string_view::npos ? bytes : bytes.substr(start);
 }
 
+/// Counts blocks in a byte, which compiles to wide vector additions: as fast as memory can be read.
+std::size_t CountOf(char wanted, std::string_view bytes) {
+    constexpr std::size_t blockSize = 255;
+    std::size_t count = 0;
+    for (; !bytes.empty(); bytes.remove_prefix(std::min(blockSize, bytes.size()))) {
+        uint8_t inBlock = 0;
+        for (const char ch : bytes.substr(0, blockSize))
+            inBlock = static_cast<uint8_t>(inBlock + (ch == wanted ? 1 : 0));
+        count += inBlock;
+    }
+    return count;
+}
+
 void CheckAmount(std::string_view bytes) {
     if (bytes.size() > MaxXmlBytes)
         throw RUNTIME_EXCEPTION("The camera description has %zu bytes, more than the %zu allowed", bytes.size(),
                                 MaxXmlBytes);
-    const auto tags = std::count(bytes.begin(), bytes.end(), '<');
-    const auto attributes = std::count(bytes.begin(), bytes.end(), '=');
+    const std::size_t tags = CountOf('<', bytes);
+    const std::size_t attributes = CountOf('=', bytes);
     if (tags > maxTags || attributes > maxTags)
-        throw RUNTIME_EXCEPTION("The camera description has too many elements (%td tags, %td attributes)", tags,
+        throw RUNTIME_EXCEPTION("The camera description has too many elements (%zu tags, %zu attributes)", tags,
                                 attributes);
 }
 
@@ -46,12 +59,14 @@ void RefuseDoctype(const pugi::xml_document &document) {
 } // namespace
 
 std::string ReadDescriptionFile(const gcstring &fileName) {
-    std::ifstream file(fileName.c_str(), std::ios::binary);
-    std::string bytes(MaxStoredBytes + 1, '\0');
-    if (!file || !file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())).eof())
-        throw RUNTIME_EXCEPTION("Cannot read the camera description file '%s', or it is larger than %zu bytes",
+    std::ifstream file(fileName.c_str(), std::ios::binary | std::ios::ate);
+    const auto size = file ? static_cast<std::streamoff>(file.tellg()) : -1;
+    if (size < 0 || static_cast<uint64_t>(size) > MaxStoredBytes)
+        throw RUNTIME_EXCEPTION("The camera description file '%s' does not exist or is larger than %zu bytes",
                                 fileName.c_str(), MaxStoredBytes);
-    bytes.resize(static_cast<std::size_t>(file.gcount()));
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    if (!file.seekg(0).read(bytes.data(), size))
+        throw RUNTIME_EXCEPTION("Cannot read the camera description file '%s'", fileName.c_str());
     return bytes;
 }
 
