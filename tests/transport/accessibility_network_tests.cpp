@@ -24,12 +24,7 @@ CameraConfig mute(CameraConfig config) {
     return config;
 }
 
-struct Verdict {
-    bool accessible;
-    int reason;
-    friend bool operator==(Verdict a, Verdict b) { return a.accessible == b.accessible && a.reason == b.reason; }
-    friend std::ostream &operator<<(std::ostream &out, Verdict v) { return out << v.accessible << "/" << v.reason; }
-};
+using Verdict = std::pair<bool, EDeviceAccessiblityInfo>; // accessible, and why not
 
 class Accessibility : public LayerTest {
 protected:

@@ -54,31 +54,29 @@ TEST(Conversions, FieldsAndWords) {
     EXPECT_EQ(0, std::memcmp(block, "\xFF\4\3\2\1\x8\7\6\5\xFF", sizeof block));
 }
 
+/// "NAME|EXTENSION|ADDRESS|LENGTH", or "" when the URL is none.
+std::string split(const char *url) {
+    String_t name;
+    String_t extension;
+    unsigned address = 0;
+    std::size_t length = 0;
+    if (!SplitLocalUrl(url, name, extension, address, length))
+        return "";
+    return std::string(name) + "|" + extension.c_str() + "|" + std::to_string(address) + "|" + std::to_string(length);
+}
+
 TEST(Conversions, LocalUrls) {
-    const struct {
-        const char *url;
-        const char *extension; // null: no local URL
-        unsigned address;
-        std::size_t length;
-    } cases[] = {
-        {"Local:cam.v1.zip;8000;1A2B", ".zip", 0x8000, 0x1A2B},
-        {"cam.XML;0x20000; 3F4?SchemaVersion=1.0.0", ".XML", 0x20000, 0x3F4},
-        {"local.xml;1;2", ".xml", 1, 2},
-        {"Local:cam.zip", nullptr, 0, 0},
-        {"Local:cam.zip;8000", nullptr, 0, 0},
-        {"Local:cam;80.00;10", nullptr, 0, 0},
-        {"", nullptr, 0, 0},
+    const std::pair<const char *, const char *> cases[] = {
+        {"Local:cam.v1.zip;8000;1A2B", "cam.v1|.zip|32768|6699"},
+        {"cam.XML;0x20000; 3F4?SchemaVersion=1.0.0", "cam|.XML|131072|1012"},
+        {"local.xml;1;2", "local|.xml|1|2"},
+        {"Local:cam.zip", ""},
+        {"Local:cam.zip;8000", ""},
+        {"Local:cam;80.00;10", ""},
+        {"", ""},
     };
-    for (const auto &row : cases) {
-        String_t name = "-";
-        String_t extension = "-";
-        unsigned address = 0;
-        std::size_t length = 0;
-        EXPECT_EQ(row.extension != nullptr, SplitLocalUrl(row.url, name, extension, address, length)) << row.url;
-        EXPECT_EQ(row.extension != nullptr ? row.extension : "-", extension) << row.url;
-        EXPECT_EQ(row.address, address) << row.url;
-        EXPECT_EQ(row.length, length) << row.url;
-    }
+    for (const auto &[url, expected] : cases)
+        EXPECT_EQ(expected, split(url)) << url;
     EXPECT_TRUE(IsLocalUrl("Local:file.zip;10000;2000"));
     EXPECT_FALSE(IsLocalUrl("loca"));
     String_t text = "http://host:80/x";
@@ -131,32 +129,39 @@ TEST(Comparer, ComparesAddressesByValue) {
     EXPECT_EQ(0xC0A8000Au, GigEPropertyValueComparer::inet_addr_local("192.168.0.10"));
 }
 
-TEST(Filter, FromTheEnvironment) {
-    const struct {
-        const char *text;
-        std::vector<StringList_t> entries; // keys and values in turn
-    } cases[] = {
-        {"SerialNumber=12345678 || DeviceClass=QuorelGigE && IpAddress=192.168.1.20",
-         {{"SerialNumber", "12345678"}, {"DeviceClass", "QuorelGigE", "IpAddress", "192.168.1.20"}}},
-        {"A=1&&A=2", {{"A", "2"}}},
-        {"none || =v || k= || \t && B = b = c && x ||", {{"B", "b = c"}}},
-        {"A=one|two&three", {{"A", "one|two&three"}}},
-        {"||", {}},
-        {"  ", {}},
-        {"", {}},
-    };
-    for (const auto &row : cases) {
-        setenv("CORVO_DEVICE_FILTER", row.text, 1);
-        DeviceInfoList filter(3);
-        EXPECT_EQ(static_cast<int>(row.entries.size()), GetDeviceEnumerationFilterFromEnvironment(filter)) << row.text;
-        ASSERT_EQ(row.entries.size(), filter.size()) << row.text;
-        for (std::size_t i = 0; i < filter.size(); ++i) {
-            CDeviceInfo expected;
-            for (std::size_t j = 0; j < row.entries[i].size(); j += 2)
-                expected.SetPropertyValue(row.entries[i][j], row.entries[i][j + 1]);
-            EXPECT_TRUE(filter[i] == expected) << row.text << " " << i;
+/// The filter of a text: "KEY:VALUE," for each pair and ";" behind each entry.
+std::string parsed(const char *text) {
+    setenv("CORVO_DEVICE_FILTER", text, 1);
+    DeviceInfoList filter(3);
+    const int count = GetDeviceEnumerationFilterFromEnvironment(filter);
+    EXPECT_EQ(static_cast<int>(filter.size()), count) << text;
+    std::string result;
+    for (const CDeviceInfo &entry : filter) {
+        StringList_t keys;
+        entry.GetPropertyNames(keys);
+        for (const String_t &key : keys) {
+            String_t value;
+            entry.GetPropertyValue(key, value);
+            result += std::string(key) + ":" + value.c_str() + ",";
         }
+        result += ";";
     }
+    return result;
+}
+
+TEST(Filter, FromTheEnvironment) {
+    const std::pair<const char *, const char *> cases[] = {
+        {"SerialNumber=12345678 || DeviceClass=QuorelGigE && IpAddress=192.168.1.20",
+         "SerialNumber:12345678,;DeviceClass:QuorelGigE,IpAddress:192.168.1.20,;"},
+        {"A=1&&A=2", "A:2,;"},
+        {"none || =v || k= || \t && B = b = c && x ||", "B:b = c,;"},
+        {"A=one|two&three", "A:one|two&three,;"},
+        {"||", ""},
+        {"  ", ""},
+        {"", ""},
+    };
+    for (const auto &[text, expected] : cases)
+        EXPECT_EQ(expected, parsed(text)) << text;
 }
 
 } // namespace

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "MinimalCorvo/DeviceInfo.h"
-#include "gxapi/GvcpMessages.h"
 
 #include <sys/socket.h>
+
+struct GEV_DISCOVERY_INFO;
+struct GV_DEVICE_DESCRIPTION;
 
 namespace Corvo {
 

@@ -1,10 +1,9 @@
 #include "MinimalCorvoGigETL/TlFactory.h"
 
-#include "Base/GCException.h"
 #include "MinimalCorvo/CorvoBase.h"
-#include "MinimalCorvo/TraceLog.h"
 #include "MinimalCorvoGigETL/DeviceEnumerationFilterParser.h"
 #include "MinimalCorvoGigETL/TlLibHelper.h"
+#include "MinimalCorvoGigETL/TraceAndThrow.h"
 
 #include <algorithm>
 #include <cassert>
@@ -17,12 +16,6 @@ namespace {
 unsigned long TraceCategory() {
     static const unsigned long category = tracelog::LogGetCatID("corvo.base.TlFactory");
     return category;
-}
-
-/// Traces why a device cannot be had and throws that.
-[[noreturn]] void Refuse(const GenICam::RuntimeException &reason) {
-    tracelog::LogTrace(TraceCategory(), tracelog::lvWarning, "%s", reason.GetDescription());
-    throw reason;
 }
 
 /// Undoes nothing when it fails: termination goes on.
@@ -206,11 +199,14 @@ CDeviceInfo CTlFactory::FindOnAllTls(const CDeviceInfo &info, bool firstOnly) {
     DeviceInfoList matches;
     const int count = EnumerateDevices(matches, filter);
     if (count == 0)
-        Refuse(RUNTIME_EXCEPTION("No device is available or no device contains the provided device info properties."));
+        TraceAndThrow(
+            TraceCategory(),
+            RUNTIME_EXCEPTION("No device is available or no device contains the provided device info properties."));
     if (count > 1 && !firstOnly)
-        Refuse(RUNTIME_EXCEPTION("Ambiguous device info properties. %i devices match the provided device info "
-                                 "properties.",
-                                 count));
+        TraceAndThrow(TraceCategory(),
+                      RUNTIME_EXCEPTION("Ambiguous device info properties. %i devices match the provided device info "
+                                        "properties.",
+                                        count));
     return matches.front();
 }
 

@@ -1,10 +1,9 @@
 #include "MinimalCorvoGigETL/TransportLayerBase.h"
 
-#include "Base/GCException.h"
-#include "MinimalCorvo/TraceLog.h"
 #include "MinimalCorvo/Utilities.h"
 #include "MinimalCorvoGigETL/IGigETransportLayer.h"
 #include "MinimalCorvoGigETL/TlFactory.h"
+#include "MinimalCorvoGigETL/TraceAndThrow.h"
 
 #include <algorithm>
 #include <cassert>
@@ -26,12 +25,6 @@ String_t EnablingFilter() {
 
 int CountFrom(const DeviceInfoList &list, std::size_t initialSize) {
     return static_cast<int>(list.size() - initialSize);
-}
-
-/// Traces why a device cannot be had and throws that.
-[[noreturn]] void Refuse(const GenICam::RuntimeException &reason) {
-    tracelog::LogTrace(TraceCategory(), tracelog::lvWarning, "%s", reason.GetDescription());
-    throw reason;
 }
 
 } // namespace
@@ -105,9 +98,11 @@ bool CTransportLayerBase<Interface>::InternalMatchDeviceClass(const CDeviceInfo 
 
 template <class Interface> void CTransportLayerBase<Interface>::CheckDeviceClass(const CDeviceInfo &info) const {
     if (!InternalMatchDeviceClass(info))
-        Refuse(RUNTIME_EXCEPTION("The device class %s is not supported by this transport layer. This transport layer "
-                                 "supports %s.",
-                                 info.GetDeviceClass().c_str(), InternalGetDeviceClass().c_str()));
+        TraceAndThrow(
+            TraceCategory(),
+            RUNTIME_EXCEPTION("The device class %s is not supported by this transport layer. This transport layer "
+                              "supports %s.",
+                              info.GetDeviceClass().c_str(), InternalGetDeviceClass().c_str()));
 }
 
 template <class Interface> bool CTransportLayerBase<Interface>::IsTLEnabled() const {
@@ -146,11 +141,15 @@ void CTransportLayerBase<Interface>::FindDevice(const CDeviceInfo &info, CDevice
     DeviceInfoList matches;
     const int count = EnumerateDevices(matches, filter);
     if (count == 0)
-        Refuse(RUNTIME_EXCEPTION("No device is available or no device contains the provided device info properties"));
+        TraceAndThrow(
+            TraceCategory(),
+            RUNTIME_EXCEPTION("No device is available or no device contains the provided device info properties"));
     if (count > 1 && !firstOnly)
-        Refuse(RUNTIME_EXCEPTION("Too many devices (%d) match the provided device info properties, don't know which "
-                                 "device to use.",
-                                 count));
+        TraceAndThrow(
+            TraceCategory(),
+            RUNTIME_EXCEPTION("Too many devices (%d) match the provided device info properties, don't know which "
+                              "device to use.",
+                              count));
     result = matches.front();
 }
 
