@@ -18,7 +18,7 @@ unsigned long TraceCategory() {
     return category;
 }
 
-/// Undoes nothing when it fails: termination goes on.
+/// A failure is no reason not to terminate the rest of the library.
 void TerminateFactory() noexcept {
     try {
         CTlFactory::GetInstance().Terminate();

@@ -180,15 +180,17 @@ template <class Interface> ICorvoDevice *CTransportLayerBase<Interface>::CreateD
 template <class Interface>
 ICorvoDevice *CTransportLayerBase<Interface>::MakeDevice(const CDeviceInfo &info, const StringList_t &options,
                                                          bool firstOnly) {
-    CheckDeviceClass(info);
     CDeviceInfo device = info;
     if (info.IsUserProvided())
         FindDevice(info, device, firstOnly);
+    else
+        CheckDeviceClass(info);
     ICorvoDevice *pDevice = CreateDeviceImpl(device, options);
     try {
         KeepDevice(pDevice);
     } catch (...) {
-        DestroyDevice(pDevice);
+        ForgetDevice(pDevice);
+        DestroyDeviceImpl(pDevice);
         throw;
     }
     return pDevice;
@@ -203,14 +205,16 @@ template <class Interface> void CTransportLayerBase<Interface>::KeepDevice(ICorv
         m_pObserver->OnDeviceCreated(*this, pDevice);
 }
 
+template <class Interface> bool CTransportLayerBase<Interface>::ForgetDevice(ICorvoDevice *pDevice) {
+    const GenApi::AutoLock lock(m_lock);
+    return m_devices.erase(pDevice) != 0;
+}
+
 template <class Interface> void CTransportLayerBase<Interface>::DestroyDevice(ICorvoDevice *pDevice) {
     if (pDevice == nullptr)
         return;
-    {
-        const GenApi::AutoLock lock(m_lock);
-        if (m_devices.erase(pDevice) == 0)
-            throw INVALID_ARGUMENT_EXCEPTION("The device was not created by this transport layer.");
-    }
+    if (!ForgetDevice(pDevice))
+        throw INVALID_ARGUMENT_EXCEPTION("The device was not created by this transport layer.");
     DestroyDeviceImpl(pDevice);
     if (IDeviceCreationObserver *pObserver = m_pObserver)
         pObserver->OnDeviceDestroyed(pDevice);

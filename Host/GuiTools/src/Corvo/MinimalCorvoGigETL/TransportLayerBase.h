@@ -66,6 +66,8 @@ private:
     void CheckDeviceClass(const CDeviceInfo &info) const;
     ICorvoDevice *MakeDevice(const CDeviceInfo &info, const StringList_t &options, bool firstOnly);
     void KeepDevice(ICorvoDevice *pDevice);
+    /// \returns false when the device is not one of this layer.
+    bool ForgetDevice(ICorvoDevice *pDevice);
 
     const String_t m_enablingFilter;
     IDeviceCreationObserver *m_pObserver = nullptr;
