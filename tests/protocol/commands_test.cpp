@@ -102,33 +102,26 @@ TEST(Commands, OnlyIPv4AddressesAreMapped) {
     const sockaddr_in v4 = address("1.2.3.4");
     const sockaddr *bad = AsSockaddr(v6);
     const sockaddr *good = AsSockaddr(v4);
-    TraceLog traces;
-
     const struct {
         const sockaddr *ip, *mask, *gateway;
-        const char *trace;
-    } forced[] = {
-        {bad, good, good, "Failed to map IP address to force IP request message struct. Status 0xe1000009"},
-        {good, bad, good, "Failed to map subnet mask to force IP request message struct. Status 0xe1000009"},
-        {good, good, bad, "Failed to map default gateway to force IP request message struct. Status 0xe1000009"},
+        const char *forceTrace, *configureTrace;
+    } cases[] = {
+        {bad, good, good, "Failed to map IP address to force IP request message struct. Status 0xe1000009",
+         "Only IPv4 addressing supported.\n"},
+        {good, bad, good, "Failed to map subnet mask to force IP request message struct. Status 0xe1000009",
+         "Failed to map IP subnet mask to Set IP Config request message struct. Status 0xe1000009"},
+        {good, good, bad, "Failed to map default gateway to force IP request message struct. Status 0xe1000009",
+         "Failed to map IP default gateway to Set IP Config request message struct. Status 0xe1000009"},
     };
-    for (const auto &row : forced) {
+    for (const auto &row : cases) {
+        TraceLog traces;
         EXPECT_EQ(ForceIpCommand().FormatRequest(Mac, row.ip, row.mask, row.gateway), 0xE1000009u);
-        EXPECT_TRUE(traces.contains(row.trace)) << row.trace;
+        EXPECT_TRUE(traces.contains("Invalid network address family 10.\n"));
+        EXPECT_TRUE(traces.contains(row.forceTrace)) << row.forceTrace;
+        EXPECT_EQ(SetIpConfigurationCommand().FormatRequest(Mac, {}, row.ip, row.mask, row.gateway, nullptr, false),
+                  0xE1000009u);
+        EXPECT_TRUE(traces.contains(row.configureTrace)) << row.configureTrace;
     }
-    EXPECT_TRUE(traces.contains("Invalid network address family 10.\n"));
-
-    const auto configure = [](const sockaddr *ip, const sockaddr *mask, const sockaddr *gateway) {
-        return SetIpConfigurationCommand().FormatRequest(Mac, {}, ip, mask, gateway, nullptr, false);
-    };
-    EXPECT_EQ(configure(bad, good, good), 0xE1000009u);
-    EXPECT_TRUE(traces.contains("Only IPv4 addressing supported.\n"));
-    EXPECT_EQ(configure(good, bad, good), 0xE1000009u);
-    EXPECT_TRUE(
-        traces.contains("Failed to map IP subnet mask to Set IP Config request message struct. Status 0xe1000009"));
-    EXPECT_EQ(configure(nullptr, nullptr, bad), 0xE1000009u);
-    EXPECT_TRUE(
-        traces.contains("Failed to map IP default gateway to Set IP Config request message struct. Status 0xe1000009"));
 }
 
 } // namespace
