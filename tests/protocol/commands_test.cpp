@@ -1,7 +1,7 @@
 #include "GvcpCommands.h"
+#include "support/SocketAddress.h"
 #include "support/TraceLog.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -18,8 +18,6 @@ Bytes bytesOf(const GXBUF &request) {
     return {begin, begin + request.iov_len};
 }
 
-sockaddr_in address(const char *text) { return MakeAddress(inet_addr(text), 0); }
-
 TEST(Commands, Discovery) {
     DiscoveryCommand command;
     EXPECT_EQ(command.FormatRequest(0), 0u);
@@ -29,11 +27,10 @@ TEST(Commands, Discovery) {
 }
 
 TEST(Commands, ForceIp) {
-    const sockaddr_in ip = address("192.168.1.10");
-    const sockaddr_in mask = address("255.255.255.0");
-    const sockaddr_in gateway = address("192.168.1.1");
     ForceIpCommand command;
-    EXPECT_EQ(command.FormatRequest(Mac, AsSockaddr(ip), AsSockaddr(mask), AsSockaddr(gateway)), 0u);
+    EXPECT_EQ(command.FormatRequest(Mac, SocketAddress("192.168.1.10"), SocketAddress("255.255.255.0"),
+                                    SocketAddress("192.168.1.1")),
+              0u);
     const Bytes expected = {
         0x42, 0x01, 0x00, 0x04, 0x00, 0x38, 0xFF, 0xFF,             // key, flags, command, length 56, id
         0x00, 0x00, 0x02, 0x5A, 0xE3, 0x01, 0x02, 0x03,             // MAC
@@ -48,14 +45,14 @@ TEST(Commands, ForceIp) {
 }
 
 TEST(Commands, SetIpConfiguration) {
-    const sockaddr_in ip = address("10.1.2.3");
-    const sockaddr_in mask = address("255.0.0.0");
     GEV_IP_CONFIG persistentAndDhcp{};
     persistentAndDhcp.PersistentIP = 1;
     persistentAndDhcp.DHCP = 1;
     char name[17] = "Left Cam";
     SetIpConfigurationCommand command;
-    EXPECT_EQ(command.FormatRequest(Mac, persistentAndDhcp, AsSockaddr(ip), AsSockaddr(mask), nullptr, name, true), 0u);
+    EXPECT_EQ(command.FormatRequest(Mac, persistentAndDhcp, SocketAddress("10.1.2.3"), SocketAddress("255.0.0.0"),
+                                    nullptr, name, true),
+              0u);
     const Bytes expected = {
         0x42, 0x11, 0x80, 0x04, 0x00, 0x4C, 0xFF, 0xFF,                           // header, length 76
         0x00, 0x00, 0x02, 0x5A, 0xE3, 0x01, 0x02, 0x03,                           // MAC
@@ -95,17 +92,13 @@ TEST(Commands, Action) {
 }
 
 TEST(Commands, OnlyIPv4AddressesAreMapped) {
-    sockaddr_in v6{};
-    v6.sin_family = AF_INET6;
-    const sockaddr_in v4 = address("1.2.3.4");
+    const SocketAddress v6("1.2.3.4", 0, AF_INET6);
+    const SocketAddress v4("1.2.3.4");
     for (int bad = 0; bad < 3; ++bad) {
-        const sockaddr *addresses[] = {AsSockaddr(v4), AsSockaddr(v4), AsSockaddr(v4)};
-        addresses[bad] = AsSockaddr(v6);
-        EXPECT_EQ(ForceIpCommand().FormatRequest(Mac, addresses[0], addresses[1], addresses[2]), 0xE1000009u) << bad;
-        EXPECT_EQ(SetIpConfigurationCommand().FormatRequest(Mac, {}, addresses[0], addresses[1], addresses[2], nullptr,
-                                                            false),
-                  0xE1000009u)
-            << bad;
+        const auto at = [&](int i) -> const sockaddr * { return i == bad ? v6 : v4; };
+        SetIpConfigurationCommand configure;
+        EXPECT_EQ(ForceIpCommand().FormatRequest(Mac, at(0), at(1), at(2)), 0xE1000009u) << bad;
+        EXPECT_EQ(configure.FormatRequest(Mac, {}, at(0), at(1), at(2), nullptr, false), 0xE1000009u) << bad;
     }
 }
 

@@ -3,6 +3,7 @@
 #include "gxapi/SetIpConfiguration.h"
 #include "support/Leaks.h"
 #include "support/Site.h"
+#include "support/SocketAddress.h"
 #include "support/TraceLog.h"
 
 #include <chrono>
@@ -15,31 +16,17 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-sockaddr_in address(const char *text) {
-    sockaddr_in result{};
-    result.sin_family = AF_INET;
-    result.sin_addr.s_addr = inet_addr(text);
-    return result;
-}
-
-const sockaddr *raw(const sockaddr_in &address) { return reinterpret_cast<const sockaddr *>(&address); }
-
-GXSTATUS force(const camsim::MacAddress &mac, const char *ip, const char *mask = "255.255.255.0",
-               const char *gateway = "0.0.0.0") {
-    const sockaddr_in addresses[] = {address(ip), address(mask), address(gateway)};
-    return Gx::ForceIp(mac.octets.data(), raw(addresses[0]), raw(addresses[1]), raw(addresses[2]), 0);
+GXSTATUS force(const camsim::MacAddress &mac, const char *ip) {
+    return Gx::ForceIp(mac.octets.data(), SocketAddress(ip), SocketAddress("255.255.255.0"), SocketAddress("0.0.0.0"),
+                       0);
 }
 
 GXSTATUS configure(const camsim::MacAddress &mac, const char *name, bool broadcastAck, std::uint32_t timeout_ms) {
     GEV_IP_CONFIG modes{};
     modes.PersistentIP = 1;
     modes.LLA = 1;
-    const sockaddr_in ip = address("10.0.0.60");
-    const sockaddr_in mask = address("255.255.255.0");
-    return Gx::SetIpConfiguration(mac.octets.data(), modes, raw(ip), raw(mask), nullptr, name, broadcastAck,
-                                  timeout_ms);
+    return Gx::SetIpConfiguration(mac.octets.data(), modes, SocketAddress("10.0.0.60"), SocketAddress("255.255.255.0"),
+                                  nullptr, name, broadcastAck, timeout_ms);
 }
 
 /// Runs a function and returns how long it took in ms.
@@ -76,12 +63,9 @@ TEST_F(Configuration, ForceIpMovesTheDeviceWithTheMac) {
     EXPECT_EQ(currentAddress(first, camera(1).mac), "192.168.1.20");
 
     // Sent on both adapters, to the limited broadcast address.
-    const auto here = first.cameras.requests();
     const auto there = second->cameras.requests();
-    ASSERT_EQ(here.size(), 1u);
-    ASSERT_EQ(there.size(), 1u);
-    EXPECT_TRUE(there[0].isBroadcast());
-    EXPECT_EQ(here[0].bytes, there[0].bytes);
+    EXPECT_TRUE(there.at(0).isBroadcast());
+    EXPECT_EQ(first.cameras.requests().at(0).bytes, there[0].bytes);
 }
 
 TEST_F(Configuration, ForceIpThatNobodyGrantsTimesOut) {
@@ -105,21 +89,20 @@ TEST_F(Configuration, ForceIpToZeroRestartsTheIpCycleWithoutWaiting) {
     config.forced = settings("10.0.0.50/24");
     startWith(config);
     EXPECT_EQ(currentAddress(*second, mac), "10.0.0.50");
-    const long elapsed = timed([&] { EXPECT_EQ(force(mac, "0.0.0.0", "0.0.0.0"), 0u); });
+    const long elapsed = timed([&] { EXPECT_EQ(force(mac, "0.0.0.0"), 0u); });
     EXPECT_GE(elapsed, 20); // a pause after each adapter
     EXPECT_LT(elapsed, 1000);
     EXPECT_TRUE(eventually([&] { return currentAddress(*second, mac) == "10.0.0.9"; }));
 }
 
 TEST_F(Configuration, OnlyIPv4) {
-    sockaddr_in v6{};
-    v6.sin_family = AF_INET6;
-    const sockaddr_in v4 = address("10.0.0.50");
+    const SocketAddress v6("10.0.0.50", 0, AF_INET6);
+    const SocketAddress v4("10.0.0.50");
     TraceLog traces;
-    EXPECT_EQ(Gx::ForceIp(mac.octets.data(), raw(v6), raw(v4), raw(v4), 0), 0xE1000009u);
-    EXPECT_EQ(Gx::SetIpConfiguration(mac.octets.data(), {}, raw(v6), nullptr, nullptr, nullptr, true, 10), 0xE1000009u);
+    EXPECT_EQ(Gx::ForceIp(mac.octets.data(), v6, v4, v4, 0), 0xE1000009u);
+    EXPECT_EQ(Gx::SetIpConfiguration(mac.octets.data(), {}, v6, nullptr, nullptr, nullptr, true, 10), 0xE1000009u);
     EXPECT_TRUE(traces.contains("Only IPv4 addressing supported.\n"));
-    EXPECT_EQ(Gx::ForceIp(nullptr, raw(v4), raw(v4), raw(v4), 0), 0xE1000006u);
+    EXPECT_EQ(Gx::ForceIp(nullptr, v4, v4, v4, 0), 0xE1000006u);
 }
 
 TEST_F(Configuration, VendorCommandReachesAForeignSubnetAndLasts) {

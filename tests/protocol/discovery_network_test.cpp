@@ -2,6 +2,7 @@
 #include "gxapi/Gx.h"
 #include "support/Leaks.h"
 #include "support/Site.h"
+#include "support/SocketAddress.h"
 #include "support/TraceLog.h"
 
 #include <algorithm>
@@ -80,11 +81,8 @@ TEST_F(TwoAdapters, AdapterWithSeveralAddressesIsReportedByTheFittingOne) {
 TEST_F(TwoAdapters, UnicastAsksOneDevice) {
     FoundList list;
     const auto ask = [&](const char *address, std::uint32_t flags, sa_family_t family = AF_INET) {
-        sockaddr_in target{};
-        target.sin_family = family;
-        target.sin_addr.s_addr = inet_addr(address);
         list.list.clear();
-        return Enumerator::Discover(&list, Timeout_ms, flags, reinterpret_cast<const sockaddr *>(&target));
+        return Enumerator::Discover(&list, Timeout_ms, flags, SocketAddress(address, 0, family));
     };
     for (const std::uint32_t flags : {Enumerator::FlagDefault, Enumerator::FlagBroadcastAcknowledge}) {
         EXPECT_EQ(ask("192.168.1.20", flags), 0u);
