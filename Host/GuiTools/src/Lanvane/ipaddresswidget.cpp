@@ -133,10 +133,12 @@ void IpAddressWidget::accept() {
     QDialog::accept();
 }
 
-void IpAddressWidget::showEvent(QShowEvent *event) {
-    QDialog::showEvent(event);
-    // A text that is filled in is a beginning to be completed: without this it would be selected, and so lost with the
-    // first key.
+void IpAddressWidget::setVisible(bool visible) {
+    QDialog::setVisible(visible);
+    if (!visible)
+        return;
+    // A text that is filled in is a beginning to be completed. A dialog selects it when it is shown, at the very end,
+    // and so it would be lost with the first key.
     QLineEdit *first = m_showMacAddress ? m_ui->editMacAddress : m_ui->editIpAddress;
     first->setFocus(Qt::OtherFocusReason);
     first->end(false);

@@ -61,11 +61,10 @@ public:
     static QHostAddress subnetFromAddress(const QString &address);
     static QHostAddress subnetFromAddress(const QHostAddress &address);
 
+    void setVisible(bool visible) override;
+
 public slots:
     void accept() override;
-
-protected:
-    void showEvent(QShowEvent *event) override;
 
 private slots:
     void on_editMacAddress_textEdited(const QString &text);
