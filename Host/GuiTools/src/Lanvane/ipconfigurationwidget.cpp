@@ -130,7 +130,7 @@ void IpConfigurationWidget::restoreHeader() {
     QSettings settings;
     settings.beginGroup(SettingsGroup);
     if (settings.value("headerver").toInt() == HeaderVersion)
-        ui->deviceTree->header()->restoreState(settings.value("header").toByteArray());
+        m_areColumnsSized = ui->deviceTree->header()->restoreState(settings.value("header").toByteArray());
 }
 
 void IpConfigurationWidget::saveHeader() const {
@@ -221,8 +221,15 @@ void IpConfigurationWidget::fillTree() {
         return;
     m_pDeviceLister->discoverAllDevices();
     addDeviceRows();
+    sizeColumnsOnce();
+}
+
+void IpConfigurationWidget::sizeColumnsOnce() {
+    if (m_areColumnsSized || m_pDeviceLister->devices().empty())
+        return;
     for (int column = 0; column < ui->deviceTree->columnCount(); ++column)
         ui->deviceTree->resizeColumnToContents(column);
+    m_areColumnsSized = true;
 }
 
 void IpConfigurationWidget::addDeviceRows() {
