@@ -14,7 +14,6 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QCoreApplication>
-#include <QHostAddress>
 #include <QMenu>
 #include <QMessageBox>
 #include <QScopedValueRollback>
@@ -119,6 +118,9 @@ void IpConfigurationWidget::setUpEditor() {
     auto *address = new QIpAddressWithNetmaskValidator(ui->editNetmask, ui->editIpAddress);
     ui->editIpAddress->setValidator(address);
     ui->editNetmask->setValidator(new QIpNetmaskValidator(ui->editNetmask));
+    auto *gateway = new QIpAddressWithNetmaskValidator(ui->editNetmask, ui->editDefaultGateway);
+    gateway->setAllowNullAddress(true);
+    ui->editDefaultGateway->setValidator(gateway);
     for (QLineEdit *edit : {ui->editIpAddress, ui->editNetmask, ui->editDefaultGateway})
         connect(edit, &QLineEdit::returnPressed, this, &IpConfigurationWidget::onReturnPressed);
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), ui->editor);
@@ -510,11 +512,8 @@ bool IpConfigurationWidget::isValidConfigInUI() const {
     if (mode != AddressMode::Static)
         return mode != AddressMode::None;
     const EditorContent content = editorContent();
-    const QHostAddress gateway(content.defaultGateway);
-    const bool gatewayValid =
-        gateway == QHostAddress(QHostAddress::AnyIPv4) || isIPAddressValidForDevice(content.defaultGateway);
     return ui->editIpAddress->hasAcceptableInput() && isIPAddressValidForDevice(content.ipAddress) &&
-           ui->editNetmask->hasAcceptableInput() && gatewayValid;
+           ui->editNetmask->hasAcceptableInput() && ui->editDefaultGateway->hasAcceptableInput();
 }
 
 bool IpConfigurationWidget::hasChanges() const {
