@@ -40,8 +40,6 @@ void IpConfigurationWidget::on_btnWriteConfiguration_clicked() {
             QMessageBox::critical(this, window()->windowTitle(),
                                   QStringLiteral("The configuration could not be saved."), QMessageBox::Close);
         }
-        if (ui->btnWriteConfiguration->hasFocus() && !ui->btnWriteConfiguration->isEnabled())
-            ui->deviceTree->setFocus();
     });
 }
 

@@ -16,6 +16,7 @@
 #include <QCoreApplication>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPointer>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QSettings>
@@ -55,6 +56,22 @@ QString cleaned(QString address) {
     fixupIpAddress(address);
     return address;
 }
+
+/// Gives the focus back at the end: a widget that is disabled loses it, for good. One that stays disabled leaves it to
+/// the other.
+class FocusKeeper {
+public:
+    FocusKeeper(const QWidget &area, QWidget &other) : m_Widget(area.window()->focusWidget()), m_Other(other) {}
+    ~FocusKeeper() {
+        if (m_Widget)
+            (m_Widget->isEnabled() ? *m_Widget : m_Other).setFocus();
+    }
+    Q_DISABLE_COPY(FocusKeeper)
+
+private:
+    QPointer<QWidget> m_Widget;
+    QWidget &m_Other;
+};
 
 QString cleanedNetmask(const QLineEdit *edit) {
     QString mask = edit->text();
@@ -195,6 +212,7 @@ void IpConfigurationWidget::doRefresh() {
     }
 
     const QScopedValueRollback<int> busy(m_BusyDepth, m_BusyDepth + 1);
+    const FocusKeeper focus(*this, *ui->deviceTree);
     const QSignalBlocker blocker(ui->deviceTree); // rows come and go without prompts
     closeDevice();
     ui->deviceTree->clear();
