@@ -27,32 +27,25 @@ namespace {
 
 constexpr int LookInterval_ms = 20;
 
-/// What a dialog is and says: "TITLE: TEXT", or the entries of a menu.
+/// What a dialog is and says: "TITLE: TEXT", or the first entry of a menu.
 QString describe(const QWidget &dialog) {
     if (const auto *box = qobject_cast<const QMessageBox *>(&dialog))
         return box->windowTitle() + ": " + box->text();
-    if (const auto *menu = qobject_cast<const QMenu *>(&dialog)) {
-        QStringList entries;
-        for (const QAction *action : menu->actions())
-            entries << action->text();
-        return entries.join("; ");
-    }
+    if (const auto *menu = qobject_cast<const QMenu *>(&dialog))
+        return menu->actions().value(0)->text();
     const auto *header = dialog.findChild<QLabel *>("lblHeader");
     return dialog.windowTitle() + ": " + (header ? header->text() : QString());
 }
 
-void dismiss(QWidget &dialog) {
-    if (auto *box = qobject_cast<QDialog *>(&dialog))
-        box->reject();
-    else
-        dialog.close();
-}
+void dismiss(QWidget &dialog) { dialog.close(); }
 
 } // namespace
 
-camsim::CameraConfig withoutVendorCommand(camsim::CameraConfig config) {
-    config.vendorIpConfig = camsim::VendorIpConfig::NotImplemented;
-    return config;
+camsim::CameraConfig unicastCamera(unsigned number, const char *address) {
+    return cameraWith(number, address, [](auto &config) {
+        config.vendorIpConfig = camsim::VendorIpConfig::Error;
+        config.whileControlled = camsim::WhileControlled::Accept;
+    });
 }
 
 Desktop::Desktop() {
@@ -79,9 +72,10 @@ void Desktop::open(const Cameras &onNic0, const Cameras &onNic1) {
 
 void Desktop::openWindow() {
     m_Window = std::make_unique<MainWnd>();
-    widget().setRediscoveryPatience({6, 100});
-    const QString before = info();
+    the<IpConfigurationWidget>("IpConfigurationWidget").setRediscoveryPatience({6, 100});
     window().show();
+    const QString before = info(); // the window comes first, then the search
+    EXPECT_EQ("<p>No devices found!</p>Click <b>Refresh</b> or press <b>F5</b> to search for devices.", before);
     EXPECT_TRUE(QTest::qWaitFor([&] { return info() != before; }));
     EXPECT_TRUE(QTest::qWaitForWindowActive(&window()));
 }
@@ -135,7 +129,9 @@ void Desktop::awaitAdapters(int count) {
     }));
 }
 
-void Desktop::openContextMenu() {
+void Desktop::useContextMenu() {
+    m_Expected.push_front(
+        {"&Assign Temporary IP Address...", [](QWidget &menu) { QTest::keyClick(&menu, Qt::Key_A); }});
     // As the menu key does: sent to the tree, with a place in the current row.
     const QPoint place = tree().visualItemRect(tree().currentItem()).center();
     QContextMenuEvent event(QContextMenuEvent::Keyboard, place, tree().viewport()->mapToGlobal(place));
@@ -159,10 +155,6 @@ void Desktop::expectForceIp(const QString &header, const QString &address) {
     });
 }
 
-void Desktop::expectContextMenu() {
-    expect("&Assign Temporary IP Address...", [](QWidget &menu) { QTest::keyClick(&menu, Qt::Key_A); });
-}
-
 void Desktop::expectSaveQuestion(QMessageBox::StandardButton answer) {
     expectBox("Do you want to save the changes to the configuration?", answer);
 }
@@ -178,9 +170,9 @@ std::string Desktop::addressOf(unsigned camera) {
     return current ? current->address.toString() : "";
 }
 
-void Desktop::hold(unsigned camera) {
+void Desktop::hold(unsigned camera, std::uint32_t privilege) {
     camerasOf(camera).setHolder(testnet::camera(camera).mac,
-                                camsim::Holder{{camsim::Ipv4::parse("192.168.10.200"), 5555}});
+                                camsim::Holder{{camsim::Ipv4::parse("192.168.10.200"), 5555}, privilege});
 }
 
 void Desktop::lookForDialogs() {
@@ -207,8 +199,5 @@ void Desktop::answer(QWidget &dialog) {
     if (!m_Expected.empty())
         m_Expected.pop_front();
     EXPECT_EQ(expected.dialog, describe(dialog));
-    if (expected.dialog == describe(dialog))
-        expected.act(dialog);
-    else
-        dismiss(dialog);
+    (expected.dialog == describe(dialog) ? expected.act : &dismiss)(dialog);
 }

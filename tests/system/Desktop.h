@@ -11,9 +11,6 @@
 #include <gmock/gmock.h>
 
 #include <deque>
-#include <functional>
-#include <memory>
-#include <optional>
 
 enum Column { Name, Serial, Mac, Status, IpConfiguration, IpAddress, SubnetMask };
 
@@ -45,7 +42,6 @@ protected:
         return *widget;
     }
     MainWnd &window() { return *m_Window; }
-    IpConfigurationWidget &widget() const { return *m_Window->findChild<IpConfigurationWidget *>(); }
     QTreeWidget &tree() const { return the<QTreeWidget>("deviceTree"); }
     QString info() const;
     QString text(const char *field) const;
@@ -69,7 +65,8 @@ protected:
     static void type(QWidget &field, const QString &text);
     /// Sent to the widget with the focus.
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-    void openContextMenu();
+    /// Assigns a temporary address to the current row's device.
+    void useContextMenu();
     void refresh() { press(Qt::Key_F5); }
     /// Waits until so many adapters are up and running.
     static void awaitAdapters(int count);
@@ -82,14 +79,13 @@ protected:
     void expectBox(const QString &title, const QString &text, QMessageBox::StandardButton answer);
     /// The Force IP dialog, canceled when no address is given.
     void expectForceIp(const QString &header, const QString &address = {});
-    void expectContextMenu();
     void expectSaveQuestion(QMessageBox::StandardButton answer);
 
     camsim::Simulator &camerasOf(unsigned camera);
     camsim::CameraStatus status(unsigned camera) { return camerasOf(camera).status(testnet::camera(camera).mac); }
     /// "192.168.10.21", or empty while it has none.
     std::string addressOf(unsigned camera);
-    void hold(unsigned camera);
+    void hold(unsigned camera, std::uint32_t privilege = GEV_CONTROL_ACCESS);
 
     std::optional<testnet::Site> nic0, nic1;
     QStringList reports; ///< of the error queue: "CONTEXT: TEXT"
@@ -116,5 +112,11 @@ constexpr const char *NotSaved = "The configuration could not be saved.";
 constexpr const char *AccessDenied = "Access denied\nThe device is controlled by another application.\nClose the "
                                      "connection before changing the IP configuration.";
 
-/// The same camera as one that does not know the vendor command.
-camsim::CameraConfig withoutVendorCommand(camsim::CameraConfig config);
+/// testnet::cameraAt with something changed.
+template <class Change> camsim::CameraConfig cameraWith(unsigned number, const char *address, Change change) {
+    camsim::CameraConfig config = testnet::cameraAt(number, address);
+    change(config);
+    return config;
+}
+/// One that has to be written by unicast: it refuses the vendor command. (One that does not know it is waited for.)
+camsim::CameraConfig unicastCamera(unsigned number, const char *address);

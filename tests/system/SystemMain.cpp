@@ -8,6 +8,9 @@
 #include <QSettings>
 #include <gtest/gtest.h>
 
+/// Read by LeakSanitizer: Qt's off-screen platform keeps its one screen.
+extern "C" const char *__lsan_default_suppressions() { return "leak:libqoffscreen.so\n"; }
+
 int main(int argc, char **argv) {
     return testnet::runInPrivateNetwork(argc, argv, [&] {
         const TestFolder folder;

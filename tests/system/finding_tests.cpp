@@ -5,7 +5,6 @@
 #include <QtTest>
 
 using namespace testnet;
-using camsim::CameraConfig;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -30,35 +29,11 @@ protected:
     }
 };
 
-CameraConfig named(CameraConfig config, const char *model) {
-    config.model = model;
-    return config;
-}
-
-CameraConfig held(CameraConfig config, std::uint32_t privilege) {
-    config.heldBy = camsim::Holder{{camsim::Ipv4::parse("192.168.10.200"), 5555}, privilege};
-    return config;
-}
-
-CameraConfig mute(CameraConfig config) {
-    config.reachable = false;
-    return config;
-}
-
 TEST_F(Finding, TheFirstRefreshStartsWhenTheWindowIsShown) {
-    nic0.emplace("nic0", "192.168.10.1/24",
-                 Cameras{named(cameraAt(3, "192.168.10.23/24"), "A"), named(cameraAt(2, "192.168.10.22/24"), "B"),
-                         named(cameraAt(1, "192.168.10.21/24"), "B")});
-    nic1.emplace("nic1", "192.168.20.1/24", Cameras{cameraAt(4, "192.168.20.24/24")});
-    {
-        MainWnd other;
-        other.show();
-        EXPECT_EQ(0u, nic0->cameras.requests().size());
-        EXPECT_THAT(other.findChild<QLabel *>("selectionInfo")->text(), "<p>No devices found!</p>Click <b>Refresh</b> "
-                                                                        "or press <b>F5</b> to search for devices.");
-    }
-    openWindow();
-    EXPECT_THAT(rows(), ElementsAre("nic0 ", "  A 3", "  B 1", "  B 2", "nic1 ", "  Virtual Camera 4"));
+    const auto b = [](auto &config) { config.model = "B"; };
+    open({cameraAt(3, "192.168.10.23/24"), cameraWith(2, "192.168.10.22/24", b), cameraWith(1, "192.168.10.21/24", b)},
+         {cameraAt(4, "192.168.20.24/24")});
+    EXPECT_THAT(rows(), ElementsAre("nic0 ", "  B 1", "  B 2", "  Virtual Camera 3", "nic1 ", "  Virtual Camera 4"));
     EXPECT_EQ("<table align='left' border='0' cellpadding='1' cellspacing='1'><tr><td width='8'></td></tr><tr><td "
               "width='8'></td><td>IP Address:</td><td width='100' align='right'>192.168.10.1</td></tr><tr><td></td>"
               "<td>Subnet Mask:</td><td align='right'>255.255.255.0</td></tr></table>",
@@ -67,28 +42,28 @@ TEST_F(Finding, TheFirstRefreshStartsWhenTheWindowIsShown) {
 
     QStringList cells;
     for (int column = Name; column <= SubnetMask; ++column)
-        cells << tree().headerItem()->text(column) + "=" + row(3)->text(column);
-    EXPECT_EQ("=A|Serial Number=3|MAC Address=025AE3000003|Status=OK|IP Configuration=Static IP, Auto IP|"
-              "IP Address=192.168.10.23|Subnet Mask=255.255.255.0",
+        cells << tree().headerItem()->text(column) + "=" + row(1)->text(column);
+    EXPECT_EQ("=B|Serial Number=1|MAC Address=025AE3000001|Status=OK|IP Configuration=Static IP, Auto IP|"
+              "IP Address=192.168.10.21|Subnet Mask=255.255.255.0",
               cells.join("|"));
-    select(3);
-    EXPECT_EQ("<p><table align='left' border='0' cellpadding='1' cellspacing='1'><tr><td width='8'></td><td>Vendor:"
-              "</td><td>Ostra</td></tr><tr><td width='8'></td><td>Model Name:</td><td>A</td></tr><tr><td width='8'>"
-              "</td><td>Serial Number:</td><td>3</td></tr><tr><td width='8'></td><td>MAC Address:</td><td>"
-              "025AE3000003</td></tr><tr><td width='8'></td><td>IP Configuration:</td><td>Static IP, Auto "
-              "IP</td></tr><tr><td "
-              "width='8'></td><td>IP Address:</td><td>192.168.10.23</td></tr><tr><td width='8'></td><td>Subnet Mask:"
-              "</td><td>255.255.255.0</td></tr><tr><td width='8'></td><td>Gateway:</td><td>0.0.0.0</td></tr></table>"
-              "</p>",
-              info());
+    select(1);
+    QString expected = "<p><table align='left' border='0' cellpadding='1' cellspacing='1'>";
+    for (const char *line :
+         {"Vendor:</td><td>Ostra", "Model Name:</td><td>B", "Serial Number:</td><td>1",
+          "MAC Address:</td><td>025AE3000001", "IP Configuration:</td><td>Static IP, Auto IP",
+          "IP Address:</td><td>192.168.10.21", "Subnet Mask:</td><td>255.255.255.0", "Gateway:</td><td>0.0.0.0"})
+        expected += QString("<tr><td width='8'></td><td>%1</td></tr>").arg(line);
+    EXPECT_EQ(expected + "</table></p>", info());
     EXPECT_TRUE(isEnabled("editor"));
     EXPECT_THAT(reports, ElementsAre());
 }
 
 TEST_F(Finding, EachVerdictHasItsRowDiagnosisAndEditor) {
-    open({cameraAt(1, "192.168.10.21/24"), held(cameraAt(2, "192.168.10.22/24"), GEV_CONTROL_ACCESS),
-          held(cameraAt(3, "192.168.10.23/24"), GEV_EXCLUSIVE_CONTROL_ACCESS), mute(cameraAt(4, "192.168.10.24/24")),
+    open({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24"), cameraAt(3, "192.168.10.23/24"),
+          cameraWith(4, "192.168.10.24/24", [](auto &config) { config.reachable = false; }),
           cameraAt(5, "192.168.10.25/24"), cameraAt(6, "172.16.0.9/16"), cameraAt(7, "192.168.10.27/16")});
+    hold(2);
+    hold(3, GEV_EXCLUSIVE_CONTROL_ACCESS);
     // Readable although held exclusively: nothing definite can be said.
     nic0->cameras.writeRegister(camera(5).mac, GEV_REG_CONTROL_CHANNEL_PRIVILEGE, 1);
     refresh();
@@ -183,9 +158,10 @@ TEST_F(Finding, RowOfACameraHeardTwiceAndOfOneWithoutAdapterRow) {
 }
 
 TEST_F(Finding, DeviceTextsAreShownAsTexts) {
-    CameraConfig config = named(cameraAt(1, "192.168.10.21/24"), "<b>M</b>&\xE2\x80\xAEx");
-    config.manufacturer = "<img src='http://a'>\n";
-    open({config});
+    open({cameraWith(1, "192.168.10.21/24", [](auto &config) {
+        config.model = "<b>M</b>&\xE2\x80\xAEx";
+        config.manufacturer = "<img src='http://a'>\n";
+    })});
     select(1);
     EXPECT_THAT(info().toStdString(), HasSubstr("<td>&lt;img src='http://a'&gt;</td>"));
     EXPECT_THAT(info().toStdString(), HasSubstr("<td>&lt;b&gt;M&lt;/b&gt;&amp;x</td>"));

@@ -19,8 +19,8 @@ protected:
         select(1);
     }
     static QLineEdit &field(QWidget &dialog, const char *name) { return *dialog.findChild<QLineEdit *>(name); }
-    static QPushButton &button(QWidget &dialog, QDialogButtonBox::StandardButton which) {
-        return *dialog.findChild<QDialogButtonBox *>()->button(which);
+    static QPushButton &okOf(QWidget &dialog) {
+        return *dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok);
     }
     static QString fields(QWidget &dialog) {
         QStringList texts;
@@ -33,14 +33,13 @@ protected:
 
 TEST_F(Forcing, FromTheContextMenu) {
     EXPECT_EQ("Not Reachable", cell(1, Status));
-    expectContextMenu();
     expect(titled(AssignHeader), [&](QWidget &dialog) {
         EXPECT_EQ("(hidden) 192.168.10. 255.255.255.0 0.0.0.0", fields(dialog));
-        EXPECT_FALSE(button(dialog, QDialogButtonBox::Ok).isEnabled());
+        EXPECT_FALSE(okOf(dialog).isEnabled());
         QTest::keyClicks(&field(dialog, "editIpAddress"), "77");
         QTest::keyClick(&dialog, Qt::Key_Return);
     });
-    openContextMenu();
+    useContextMenu();
     EXPECT_EQ("192.168.10.77", addressOf(1));
     EXPECT_EQ("192.168.10.77 OK", cell(1, IpAddress) + " " + cell(1, Status));
     EXPECT_THAT(info().toStdString(), Not(HasSubstr("error.png")));
@@ -54,7 +53,7 @@ TEST_F(Forcing, ByMacWithTheShortcut) {
     const auto complete = [](QWidget &dialog, const char *mac) {
         type(field(dialog, "editMacAddress"), mac);
         type(field(dialog, "editIpAddress"), "192.168.10.78");
-        click(button(dialog, QDialogButtonBox::Ok));
+        click(okOf(dialog));
     };
     expect(titled(ForceByMacHeader), [&](QWidget &dialog) {
         EXPECT_EQ("02-5A-E3- 192.168.10. 255.255.255.0 0.0.0.0", fields(dialog));
@@ -74,14 +73,13 @@ TEST_F(Forcing, ByMacWithTheShortcut) {
 }
 
 TEST_F(Forcing, InvalidAddressesAreAskedForAgainAndCancelSendsNothing) {
-    expectContextMenu();
     expect(titled(AssignHeader), [&](QWidget &dialog) {
         type(field(dialog, "editIpAddress"), "224.0.0.1");
-        EXPECT_FALSE(button(dialog, QDialogButtonBox::Ok).isEnabled());
+        EXPECT_FALSE(okOf(dialog).isEnabled());
         type(field(dialog, "editIpAddress"), "127.0.0.1");
         type(field(dialog, "editDefaultGateway"), "");
         type(field(dialog, "editNetmask"), "/16");
-        click(button(dialog, QDialogButtonBox::Ok));
+        click(okOf(dialog));
     });
     expectBox("Error", "IP Addresses 127.0.0.1 and 224.0.0.0 to 255.255.255.255 cannot be used.", QMessageBox::Ok);
     expect(titled(AssignHeader), [&](QWidget &dialog) {
@@ -89,7 +87,7 @@ TEST_F(Forcing, InvalidAddressesAreAskedForAgainAndCancelSendsNothing) {
         QTest::keyClick(&dialog, Qt::Key_Escape);
     });
     nic0->cameras.clearRequests();
-    openContextMenu();
+    useContextMenu();
     EXPECT_EQ(0u, nic0->cameras.requests().size());
     EXPECT_THAT(reports, ElementsAre());
 }

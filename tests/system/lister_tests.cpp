@@ -12,10 +12,15 @@ using namespace testnet;
 
 namespace {
 
-std::string property(const CDeviceInfo &device, const char *name) {
-    String_t value = "(none)";
-    device.GetPropertyValue(name, value);
-    return value.c_str();
+/// The values, with a blank between them.
+std::string valuesOf(const CDeviceInfo &device, const std::vector<const char *> &names) {
+    std::string values;
+    for (const char *name : names) {
+        String_t value = "(none)";
+        device.GetPropertyValue(name, value);
+        values += (values.empty() ? "" : " ") + std::string(value.c_str());
+    }
+    return values;
 }
 
 CDeviceInfo infoWith(const char *interface, const char *name) {
@@ -34,8 +39,7 @@ TEST(Lister, MergesMultipartProperties) {
     EXPECT_EQ(1u, DeviceLister::mergeProperties(info, infoWith("10.0.0.2", "nic1"), ";", false));
     EXPECT_EQ(0u, DeviceLister::mergeProperties(info, infoWith("10.0.0.2", "nic1"), ";", false));
     EXPECT_EQ(1u, DeviceLister::mergeProperties(info, infoWith("10.0.0.1", "nic1"), ";", true));
-    EXPECT_EQ("10.0.0.1;10.0.0.2;10.0.0.1", property(info, PropInterface));
-    EXPECT_EQ("(none)", property(info, PropIfName)); // only what both have
+    EXPECT_EQ("10.0.0.1;10.0.0.2;10.0.0.1 (none)", valuesOf(info, {PropInterface, PropIfName})); // what both have
 }
 
 TEST(Lister, OneEntryForEachMacAndPatches) {
@@ -47,35 +51,24 @@ TEST(Lister, OneEntryForEachMacAndPatches) {
     DeviceLister lister;
     lister.discoverAllDevices();
     ASSERT_EQ(2u, lister.devices().size());
-    const auto device = [&](const char *mac) -> const CDeviceInfo & {
-        for (const CDeviceInfo &info : lister.devices()) {
-            if (property(info, PropMacAddress) == mac)
-                return info;
-        }
-        throw std::out_of_range(mac);
-    };
-    EXPECT_EQ("192.168.10.1;192.168.20.1", property(device("025AE3000001"), PropInterface));
-    EXPECT_EQ("nic0;nic1", property(device("025AE3000001"), PropIfName));
-    EXPECT_EQ("192.168.20.1 nic1 1", property(device("025AE3000002"), PropInterface) + " " +
-                                         property(device("025AE3000002"), PropIfName) + " " +
-                                         property(device("025AE3000002"), PropAccessible));
+    const auto first = [&](const std::vector<const char *> &names) { return valuesOf(lister.devices()[0], names); };
+    const auto second = [&](const std::vector<const char *> &names) { return valuesOf(lister.devices()[1], names); };
+    EXPECT_EQ("192.168.10.1;192.168.20.1 nic0;nic1 1", first({PropInterface, PropIfName, PropAccessible}));
+    EXPECT_EQ("192.168.20.1 nic1 1", second({PropInterface, PropIfName, PropAccessible}));
 
     const char *const mac = "025AE3000002";
     EXPECT_EQ(0u, lister.updateDeviceInfo(nullptr, "5", "1.2.3.4", "255.0.0.0", "0.0.0.0", true));
     EXPECT_EQ(0u, lister.updateDeviceInfo(mac, nullptr, nullptr, nullptr, nullptr, true));
     EXPECT_EQ(0u, lister.updateDeviceInfo("025AE3000009", "5", nullptr, nullptr, nullptr, false));
     EXPECT_EQ(1u, lister.updateDeviceInfo(mac, "6", nullptr, nullptr, nullptr, false));
-    EXPECT_EQ("6 192.168.20.22", property(device(mac), "IpConfigCurrent") + " " + property(device(mac), "IpAddress"));
+    EXPECT_EQ("6 192.168.20.22", second({"IpConfigCurrent", "IpAddress"}));
 
     nic1.cameras.setReachable(camera(2).mac, false);
     EXPECT_EQ(1u, lister.updateDeviceInfo(mac, nullptr, "192.168.20.99", "255.255.0.0", "192.168.20.254", false));
-    EXPECT_EQ("1", property(device(mac), PropAccessible));
+    EXPECT_EQ("1", second({PropAccessible}));
     EXPECT_EQ(1u, lister.updateDeviceInfo(mac, nullptr, "192.168.20.22", nullptr, nullptr, true));
-    EXPECT_EQ("4", property(device(mac), PropAccessible));
-    EXPECT_EQ("192.168.20.22:3956 255.255.0.0 192.168.20.254", property(device(mac), "Address") + " " +
-                                                                   property(device(mac), "SubnetMask") + " " +
-                                                                   property(device(mac), "DefaultGateway"));
-    EXPECT_EQ("6", property(device(mac), "IpConfigCurrent"));
+    EXPECT_EQ("4 192.168.20.22:3956 255.255.0.0 192.168.20.254 6",
+              second({PropAccessible, "Address", "SubnetMask", "DefaultGateway", "IpConfigCurrent"}));
 
     nic1.cameras.stop();
     lister.discoverAllDevices();

@@ -4,7 +4,6 @@
 #include <QtTest>
 
 using namespace testnet;
-using camsim::CameraConfig;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -18,9 +17,9 @@ const char *const Rediscovering =
 const char *const Lost = "broadcastConfiguration: Failed to discover reconfigured device";
 
 TEST_F(Saving, EachModeByBroadcast) {
-    CameraConfig config = cameraAt(1, "172.16.0.9/16"); // in a foreign subnet, which does not matter
-    config.dhcpLease = settings("192.168.10.140/24");
-    open({config}, {cameraAt(2, "192.168.20.22/24")});
+    // In a foreign subnet, which does not matter.
+    open({cameraAt(1, "172.16.0.9/16")}, {cameraAt(2, "192.168.20.22/24")});
+    nic0->cameras.setDhcpLease(camera(1).mac, settings("192.168.10.140/24"));
     select(1);
     const struct {
         const char *button, *text, *address;
@@ -61,18 +60,19 @@ TEST_F(Saving, EachModeByBroadcast) {
 }
 
 TEST_F(Saving, ByUnicastWithoutTheVendorCommand) {
-    CameraConfig described = withoutVendorCommand(cameraAt(1, "192.168.10.21/24"));
-    described.xml = camsim::defaultXml();
-    described.memory = {camsim::defaultFeatureMemory()};
-    CameraConfig bare = withoutVendorCommand(cameraAt(2, "192.168.10.22/24"));
-    bare.dhcpLease = settings("192.168.10.140/24");
-    open({described, bare});
+    open({cameraWith(1, "192.168.10.21/24",
+                     [](auto &config) {
+                         config.xml = camsim::defaultXml();
+                         config.memory = {camsim::defaultFeatureMemory()};
+                         config.vendorIpConfig = camsim::VendorIpConfig::NotImplemented;
+                     }),
+          unicastCamera(2, "192.168.10.22/24")}); // without description
+    nic0->cameras.setDhcpLease(camera(2).mac, settings("192.168.10.140/24"));
 
     select(1);
     type("editIpAddress", "192.168.10.51");
     press(Qt::Key_Return);
-    EXPECT_EQ("192.168.10.51", addressOf(1));
-    EXPECT_EQ("192.168.10.51", cell(1, IpAddress));
+    EXPECT_EQ("192.168.10.51 192.168.10.51", addressOf(1) + " " + cell(1, IpAddress).toStdString());
     EXPECT_EQ(5u, status(1).ipEnabled);
     EXPECT_FALSE(status(1).holder);
 
@@ -88,7 +88,7 @@ TEST_F(Saving, ByUnicastWithoutTheVendorCommand) {
 }
 
 TEST_F(Saving, ForcesFirstWhenACameraCannotBeReached) {
-    open({withoutVendorCommand(cameraAt(1, "172.16.0.9/16"))});
+    open({unicastCamera(1, "172.16.0.9/16")});
     select(1);
     type("editIpAddress", "192.168.10.51");
     type("editNetmask", "255.255.255.0");
@@ -106,26 +106,22 @@ TEST_F(Saving, ForcesFirstWhenACameraCannotBeReached) {
 }
 
 TEST_F(Saving, ACameraTakenMeanwhileIsLeftAlone) {
-    open({cameraAt(1, "192.168.10.21/24"), withoutVendorCommand(cameraAt(2, "192.168.10.22/24"))});
-    for (const unsigned number : {1u, 2u}) {
-        select(number);
-        click("btnUseAutoIp");
-        hold(number);
-        expectBox("Connection failed", AccessDenied, QMessageBox::Ok);
-        expectBox(NotSaved, QMessageBox::Close);
-        click("btnWriteConfiguration");
-        EXPECT_EQ(5u, status(number).ipEnabled);
-        EXPECT_EQ(0u, status(number).ipCycles);
-        expectSaveQuestion(QMessageBox::No);
-        refresh();
-        EXPECT_FALSE(isEnabled("editor"));
-    }
+    open({cameraAt(1, "192.168.10.21/24")}); // refuses the vendor command, too, then
+    select(1);
+    click("btnUseAutoIp");
+    hold(1);
+    expectBox("Connection failed", AccessDenied, QMessageBox::Ok);
+    expectBox(NotSaved, QMessageBox::Close);
+    click("btnWriteConfiguration");
+    EXPECT_EQ(5u, status(1).ipEnabled);
+    EXPECT_EQ(0u, status(1).ipCycles);
+    expectSaveQuestion(QMessageBox::No);
+    refresh();
+    EXPECT_FALSE(isEnabled("editor"));
 }
 
 TEST_F(Saving, ACameraThatDoesNotComeBackIsReported) {
-    CameraConfig config = cameraAt(1, "192.168.10.21/24");
-    config.restartSilence = std::chrono::hours(1);
-    open({config});
+    open({cameraWith(1, "192.168.10.21/24", [](auto &config) { config.restartSilence = std::chrono::hours(1); })});
     select(1);
     type("editIpAddress", "192.168.10.51");
     expectForceIp(ConnectHeader);
@@ -137,9 +133,7 @@ TEST_F(Saving, ACameraThatDoesNotComeBackIsReported) {
 }
 
 TEST_F(Saving, OnlyWhatIsValidSupportedAndChanged) {
-    CameraConfig config = cameraAt(1, "192.168.10.21/24");
-    config.ipOptions = GEV_IP_CONFIG_PERSISTENT_IP | GEV_IP_CONFIG_LLA;
-    open({config});
+    open({cameraWith(1, "192.168.10.21/24", [](auto &config) { config.ipOptions &= ~GEV_IP_CONFIG_DHCP; })});
     select(1);
     EXPECT_FALSE(isEnabled("btnUseDhcp"));
     const struct {

@@ -13,12 +13,12 @@ const char *const NotSavedClose =
     "your configuration will not be changed and the application will close.\nIf you click 'No', you will return to the "
     "application.";
 
-/// Cameras 1 and 2 in order, and 3 in a foreign subnet without the vendor command.
+/// Cameras 1 and 2 in order, and 3 in a foreign subnet.
 class UnsavedChanges : public Desktop {
 protected:
     UnsavedChanges() {
-        open({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24"),
-              withoutVendorCommand(cameraAt(3, "172.16.0.9/16"))});
+        open({unicastCamera(1, "192.168.10.21/24"), unicastCamera(2, "192.168.10.22/24"),
+              unicastCamera(3, "172.16.0.9/16")});
     }
     void edit(unsigned camera) {
         select(camera);
@@ -114,7 +114,7 @@ TEST_F(UnsavedChanges, TheWindowStaysDuringAWait) {
     const auto tryToClose = [&] {
         EXPECT_NE(nullptr, QApplication::overrideCursor());
         refused += window().close() ? 0 : 1;
-        widget().refresh(); // nor does anything else start
+        the<IpConfigurationWidget>("IpConfigurationWidget").refresh(); // nor does anything else start
         refused += window().isVisible() ? 0 : -1;
     };
     QTimer::singleShot(0, &window(), tryToClose);
