@@ -13,6 +13,7 @@
 #include <QDebug>
 #include <QMessageBox>
 #include <QScopedValueRollback>
+#include <QSignalBlocker>
 
 using namespace Corvo;
 
@@ -39,8 +40,6 @@ void IpConfigurationWidget::on_btnWriteConfiguration_clicked() {
             QMessageBox::critical(this, window()->windowTitle(),
                                   QStringLiteral("The configuration could not be saved."), QMessageBox::Close);
         }
-        if (ui->btnWriteConfiguration->hasFocus() && !ui->btnWriteConfiguration->isEnabled())
-            ui->deviceTree->setFocus();
     });
 }
 
@@ -272,10 +271,15 @@ void IpConfigurationWidget::saveChangesOf(QTreeWidgetItem *item) {
     const OptionalDevice device = deviceOf(item);
     if (!device)
         return;
+    // Writing may have to force an address, which goes to the device and adapter of the current row.
+    QTreeWidgetItem *current = ui->deviceTree->currentItem();
+    const QSignalBlocker blocker(ui->deviceTree);
+    ui->deviceTree->setCurrentItem(item);
     if (writeConfiguration(*device))
         updateTreeRowFromDeviceInfoByMac(displayText(*device, PropMacAddress));
     else
         QMessageBox::critical(this, window()->windowTitle(), QStringLiteral("The configuration could not be saved."));
+    ui->deviceTree->setCurrentItem(current);
 }
 
 bool IpConfigurationWidget::saveBeforeClosing() {

@@ -14,9 +14,9 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QCoreApplication>
-#include <QHostAddress>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPointer>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QSettings>
@@ -56,6 +56,22 @@ QString cleaned(QString address) {
     fixupIpAddress(address);
     return address;
 }
+
+/// Gives the focus back at the end: a widget that is disabled loses it, for good. One that stays disabled leaves it to
+/// the other.
+class FocusKeeper {
+public:
+    FocusKeeper(const QWidget &area, QWidget &other) : m_Widget(area.window()->focusWidget()), m_Other(other) {}
+    ~FocusKeeper() {
+        if (m_Widget)
+            (m_Widget->isEnabled() ? *m_Widget : m_Other).setFocus();
+    }
+    Q_DISABLE_COPY(FocusKeeper)
+
+private:
+    QPointer<QWidget> m_Widget;
+    QWidget &m_Other;
+};
 
 /// The dotted form, also of a prefix length.
 QString cleanedNetmask(const QIpNetmaskValidator &validator, QString mask) {
@@ -120,6 +136,9 @@ void IpConfigurationWidget::setUpEditor() {
     ui->editIpAddress->setValidator(address);
     m_pNetmaskValidator = new QIpNetmaskValidator(ui->editNetmask);
     ui->editNetmask->setValidator(m_pNetmaskValidator);
+    auto *gateway = new QIpAddressWithNetmaskValidator(ui->editNetmask, ui->editDefaultGateway);
+    gateway->setAllowNullAddress(true);
+    ui->editDefaultGateway->setValidator(gateway);
     for (QLineEdit *edit : {ui->editIpAddress, ui->editNetmask, ui->editDefaultGateway})
         connect(edit, &QLineEdit::returnPressed, this, &IpConfigurationWidget::onReturnPressed);
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), ui->editor);
@@ -131,7 +150,7 @@ void IpConfigurationWidget::restoreHeader() {
     QSettings settings;
     settings.beginGroup(SettingsGroup);
     if (settings.value("headerver").toInt() == HeaderVersion)
-        ui->deviceTree->header()->restoreState(settings.value("header").toByteArray());
+        m_areColumnsSized = ui->deviceTree->header()->restoreState(settings.value("header").toByteArray());
 }
 
 void IpConfigurationWidget::saveHeader() const {
@@ -194,6 +213,7 @@ void IpConfigurationWidget::doRefresh() {
     }
 
     const QScopedValueRollback<int> busy(m_BusyDepth, m_BusyDepth + 1);
+    const FocusKeeper focus(*this, *ui->deviceTree);
     const QSignalBlocker blocker(ui->deviceTree); // rows come and go without prompts
     closeDevice();
     ui->deviceTree->clear();
@@ -222,8 +242,15 @@ void IpConfigurationWidget::fillTree() {
         return;
     m_pDeviceLister->discoverAllDevices();
     addDeviceRows();
+    sizeColumnsOnce();
+}
+
+void IpConfigurationWidget::sizeColumnsOnce() {
+    if (m_areColumnsSized || m_pDeviceLister->devices().empty())
+        return;
     for (int column = 0; column < ui->deviceTree->columnCount(); ++column)
         ui->deviceTree->resizeColumnToContents(column);
+    m_areColumnsSized = true;
 }
 
 void IpConfigurationWidget::addDeviceRows() {
@@ -504,11 +531,8 @@ bool IpConfigurationWidget::isValidConfigInUI() const {
     if (mode != AddressMode::Static)
         return mode != AddressMode::None;
     const EditorContent content = editorContent();
-    const QHostAddress gateway(content.defaultGateway);
-    const bool gatewayValid =
-        gateway == QHostAddress(QHostAddress::AnyIPv4) || isIPAddressValidForDevice(content.defaultGateway);
     return ui->editIpAddress->hasAcceptableInput() && isIPAddressValidForDevice(content.ipAddress) &&
-           m_pNetmaskValidator->isUsable(ui->editNetmask->text()) && gatewayValid;
+           m_pNetmaskValidator->isUsable(ui->editNetmask->text()) && ui->editDefaultGateway->hasAcceptableInput();
 }
 
 bool IpConfigurationWidget::hasChanges() const {

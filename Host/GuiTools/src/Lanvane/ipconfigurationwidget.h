@@ -92,6 +92,8 @@ private:
     void doRefresh();
     void fillTree();
     void addDeviceRows();
+    /// To the first devices; from then on, and when they were restored, the widths are the user's.
+    void sizeColumnsOnce();
     void select(const QString &mac, const QString &adapterName);
     std::size_t updateTreeRowFromDeviceInfoByMac(const QString &mac);
     bool UpdateTreeItemFromDeviceInfo(QTreeWidgetItem *item, const Corvo::CQuorelGigEDeviceInfo *device);
@@ -168,6 +170,7 @@ private:
     CNetworkAdapterList m_NetworkAdapters;        ///< of the last refresh
     EditorContent m_Loaded;
     QIpNetmaskValidator *m_pNetmaskValidator = nullptr; ///< owned by its line edit
+    bool m_areColumnsSized = false;
     RediscoveryPatience m_Patience;
     int m_BusyDepth = 0; ///< operations that run; no other starts and the window stays meanwhile
 };
