@@ -6,14 +6,10 @@
 #include "MinimalCorvo/CorvoBase.h"
 
 #include <QApplication>
-#include <QCheckBox>
-#include <QDialogButtonBox>
+#include <QDialog>
 #include <QDir>
-#include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QSettings>
 #include <QTimer>
 #include <QTreeWidget>
@@ -46,7 +42,7 @@ public:
         printRows();
 
         select(QStringLiteral("21000101"));
-        type(QStringLiteral("editIpAddress"), QStringLiteral("192.168.10.21"));
+        type(widget(), "editIpAddress", QStringLiteral("192.168.10.21"));
         click(QStringLiteral("btnWriteConfiguration"));
         step("Saved 192.168.10.21 as the static address of the camera on the conveyor");
         printRows();
@@ -83,10 +79,10 @@ private:
         m_Tree.setCurrentItem(rows.first());
     }
 
-    void type(const QString &field, const QString &text) {
-        auto *edit = widget().findChild<QLineEdit *>(field);
+    static void type(QWidget &parent, const char *field, const QString &text) {
+        auto *edit = parent.findChild<QLineEdit *>(QLatin1String(field));
         edit->setText(text);
-        emit edit->textEdited(text);
+        emit edit->textEdited(text); // as typing does
     }
 
     void click(const QString &button) {
@@ -102,7 +98,7 @@ private:
             QWidget *dialog = QApplication::activeModalWidget();
             if (!dialog)
                 return;
-            dialog->findChild<QLineEdit *>(QStringLiteral("editIpAddress"))->setText(address);
+            type(*dialog, "editIpAddress", address);
             dialog->grab().save(m_Folder + QStringLiteral("/force-ip.png"));
             static_cast<QDialog *>(dialog)->accept();
         });
@@ -130,6 +126,7 @@ int main(int argc, char *argv[]) {
     }
     Q_INIT_RESOURCE(Lanvane);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {}); // as the tool does
     const QString folder = QString::fromLocal8Bit(argv[1]);
     QDir().mkpath(folder);
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder); // leaves the user's settings alone

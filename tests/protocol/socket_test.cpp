@@ -1,18 +1,20 @@
-#include "GxSocket.h"
+#include "BroadcastSocketCollection.h"
+#include "gxapi/Gx.h"
 #include "support/Leaks.h"
-#include "support/TraceLog.h"
 
 #include <arpa/inet.h>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <string>
 #include <thread>
-#include <unistd.h>
 
 using namespace GxImp;
+using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
 namespace {
@@ -31,105 +33,118 @@ TEST(Socket, CarriesADatagramWithItsSource) {
     CSocket b;
     ASSERT_EQ(a.Open(Loopback), 0u);
     ASSERT_EQ(b.Open(Loopback), 0u);
-    ASSERT_EQ(a.SendTo("hello", 5, boundAddress(b)), 0u);
+    ASSERT_EQ(a.Connect(boundAddress(b)), 0u);
+    ASSERT_EQ(a.Send("hello", 5), 0u);
     char buffer[3]; // shorter than the datagram, which is cut
     std::size_t received = 0;
     sockaddr_in source{};
-    ASSERT_EQ(b.RecvFrom(buffer, sizeof buffer, 1000, &received, &source), 0u);
+    ASSERT_EQ(b.RecvFrom(buffer, sizeof buffer, GX_INFINITE, &received, &source), 0u);
     EXPECT_EQ(received, 3u);
     EXPECT_EQ(source.sin_port, boundAddress(a).sin_port);
-
-    ASSERT_EQ(a.Connect(boundAddress(b)), 0u);
-    ASSERT_EQ(a.Send("x", 1), 0u);
-    ASSERT_EQ(b.Recv(buffer, sizeof buffer, GX_INFINITE, &received), 0u);
-    EXPECT_EQ(received, 1u);
 }
 
-TEST(Socket, OpenFailureIsReportedAndLeavesNoDescriptor) {
+TEST(Socket, OpenFailureLeavesNoDescriptor) {
     const Holdings before = Holdings::now();
     CSocket socket;
-    TraceLog traces;
     EXPECT_EQ(socket.Open(MakeAddress(inet_addr("192.0.2.1"), 0)), 0xE1020000u | EADDRNOTAVAIL);
-    EXPECT_TRUE(traces.contains("Error binding socket, error 99: Cannot assign requested address"));
     EXPECT_FALSE(socket.IsOpen());
     EXPECT_EQ(Holdings::now(), before);
 }
 
-TEST(Socket, TimeoutZeroOnlyLooks) {
-    CSocket socket;
-    ASSERT_EQ(socket.Open(Loopback), 0u);
-    TraceLog traces;
+/// Interrupts the waits of the thread that made it every millisecond, for 3 s at most.
+class SignalStorm {
+public:
+    SignalStorm() {
+        struct sigaction action {};
+        action.sa_handler = [](int) {}; // no SA_RESTART: every signal interrupts
+        sigaction(SIGUSR1, &action, &m_Before);
+        m_Thread = std::thread([this, target = pthread_self()] {
+            const auto end = Clock::now() + std::chrono::seconds(3);
+            while (!m_Done && Clock::now() < end) {
+                pthread_kill(target, SIGUSR1);
+                std::this_thread::sleep_for(milliseconds(1));
+            }
+            m_Over = true;
+        });
+    }
+    ~SignalStorm() {
+        m_Done = true;
+        m_Thread.join();
+        sigaction(SIGUSR1, &m_Before, nullptr);
+    }
+    bool isOver() const { return m_Over; }
+
+private:
+    struct sigaction m_Before {};
+    std::atomic<bool> m_Done{false};
+    std::atomic<bool> m_Over{false};
+    std::thread m_Thread;
+};
+
+/// Takes its time with each datagram and then fails.
+class SlowCollector : public CCollector {
+public:
+    GXSTATUS OnReady(CSocket &socket, const _GX_SOCKET_INTERFACE_INFO &) noexcept override {
+        char byte = 0;
+        std::size_t received = 0;
+        EXPECT_EQ(socket.Recv(&byte, 1, 0, &received), 0u);
+        text += byte;
+        std::this_thread::sleep_for(milliseconds(150));
+        return GX_E_NOT_IMPLEMENTED;
+    }
+    std::string text;
+};
+
+TEST(Waiting, SignalsNeitherEndNorExtendIt) {
+    CSocket sockets[2];
+    _GX_SOCKET_INTERFACE_INFO infos[2]{};
+    for (int row : {1, 0}) {
+        ASSERT_EQ(sockets[row].Open(Loopback), 0u);
+        infos[row].InterfaceAddrIn = Loopback;
+        ASSERT_EQ(sockets[row].SendTo(row == 0 ? "a" : "b", 1, boundAddress(sockets[row])), 0u);
+    }
+    const SignalStorm storm;
+    SlowCollector collector;
+    auto start = Clock::now();
+    EXPECT_EQ(collector.Collect(sockets, 2, 200, infos), 0xE1000007u);
+    // The first datagram is handled for 150 ms, the second up to 300 ms; then comes a quiet period of the timeout.
+    EXPECT_GE(Clock::now() - start, milliseconds(500));
+    EXPECT_EQ(collector.text, "ab");
+
     char byte = 0;
     std::size_t received = 0;
-    EXPECT_EQ(socket.Recv(&byte, 1, 0, &received), 0xE1000007u);
-    EXPECT_TRUE(traces.contains("GxSocketRecv: no packet available"));
-    EXPECT_EQ(socket.Recv(&byte, 1, 20, &received), 0xE1000007u);
-    EXPECT_TRUE(traces.contains("GxSocketRecv: timeout occured"));
+    start = Clock::now();
+    EXPECT_EQ(sockets[0].Recv(&byte, 1, 300, &received), 0xE1000007u);
+    EXPECT_GE(Clock::now() - start, milliseconds(300));
+    EXPECT_FALSE(storm.isOver());
 }
 
-TEST(Socket, SignalsDoNotExtendTheWait) {
-    struct sigaction action {};
-    action.sa_handler = [](int) {};
-    struct sigaction before {};
-    ASSERT_EQ(sigaction(SIGUSR1, &action, &before), 0); // no SA_RESTART: every signal interrupts
-    CSocket socket;
-    ASSERT_EQ(socket.Open(Loopback), 0u);
-
-    const pthread_t receiver = pthread_self();
-    std::atomic<bool> done{false};
-    std::thread storm([&] {
-        while (!done) {
-            pthread_kill(receiver, SIGUSR1);
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    });
-    char byte = 0;
-    std::size_t received = 0;
-    const auto start = Clock::now();
-    const GXSTATUS status = socket.Recv(&byte, 1, 300, &received);
-    const auto elapsed = Clock::now() - start;
-    done = true;
-    storm.join();
-    sigaction(SIGUSR1, &before, nullptr);
-    EXPECT_EQ(status, 0xE1000007u);
-    EXPECT_GE(elapsed, std::chrono::milliseconds(300));
-    EXPECT_LT(elapsed, std::chrono::milliseconds(2000));
+TEST(Collector, ReceiveBufferSizeComesFromTheEnvironment) {
+    for (const auto &[text, size] : {std::pair{"0", 65536}, {"abc", 65536}, {"1000000", 1000000}}) {
+        setenv("CORVO_BROADCAST_RECV_BUF_SIZE", text, 1);
+        EXPECT_EQ(Gx::Init(), 0u);
+        EXPECT_EQ(g_cBroadcastSocketRecvBufSize, size) << text;
+    }
+    unsetenv("CORVO_BROADCAST_RECV_BUF_SIZE");
+    g_cBroadcastSocketRecvBufSize = 65536;
 }
 
 TEST(Socket, PendingErrorsEndTheWait) {
     CSocket socket;
+    CSocket other;
     ASSERT_EQ(socket.Open(Loopback), 0u);
-    sockaddr_in closed{};
-    {
-        CSocket other;
-        ASSERT_EQ(other.Open(Loopback), 0u);
-        closed = boundAddress(other);
-    }
+    ASSERT_EQ(other.Open(Loopback), 0u);
+    const sockaddr_in closed = boundAddress(other);
+    other.Close();
     ASSERT_EQ(socket.Connect(closed), 0u);
     ASSERT_EQ(socket.Send("x", 1), 0u);
     char byte = 0;
     std::size_t received = 0;
-    TraceLog traces;
     EXPECT_EQ(socket.Recv(&byte, 1, 10000, &received), 0xE1020000u | ECONNREFUSED);
-    EXPECT_TRUE(traces.contains("Socket recvmsg failed 111: Connection refused"));
     EXPECT_EQ(socket.Recv(&byte, 1, 20, &received), 0xE1000007u); // taken once, then quiet again
 
     GXBUF buffer{&byte, 1};
     EXPECT_EQ(GxSocketRecv(INVALID_SOCKET, &buffer, 1, 10000, &received), 0xE1020000u | EBADF);
-}
-
-TEST(Socket, EnumerationStopsAtTheCallbacksWish) {
-    int calls = 0;
-    const auto callback = [](void *context, const _GX_SOCKET_INTERFACE_INFO &) -> GXSTATUS {
-        ++*static_cast<int *>(context);
-        return GX_E_ABORTED;
-    };
-    const Holdings before = Holdings::now();
-    TraceLog traces;
-    EXPECT_EQ(GxSocketEnumInterfaces(callback, &calls), GX_E_ABORTED); // loopback is always there
-    EXPECT_EQ(calls, 1);
-    EXPECT_TRUE(traces.contains("Callback on IP address enumeration failed. Status 0x%08."));
-    EXPECT_EQ(Holdings::now(), before);
 }
 
 } // namespace

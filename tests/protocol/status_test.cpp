@@ -1,19 +1,16 @@
 #include "Error.h"
-#include "GxMessageInfo.h"
 #include "Utf8.h"
 #include "gxapi/Gx.h"
 #include "support/TraceLog.h"
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
-#include <memory>
+#include <string>
+#include <utility>
 
 namespace {
-
-struct FreeDeleter {
-    void operator()(char *text) const { std::free(text); }
-};
 
 TEST(Status, ConvertsDeviceAndSystemErrors) {
     EXPECT_EQ(GxStatusFromGv(0), 0u);
@@ -31,77 +28,36 @@ TEST(Status, ConvertsDeviceAndSystemErrors) {
     EXPECT_STREQ(GxDecodeErrnoError(ENETUNREACH), "Network is unreachable");
 }
 
-TEST(Status, TextsThatUsersMeet) {
-    const struct {
-        GXSTATUS code;
-        const char *text; // null: none
-    } cases[] = {
-        {0x21000001, "False."},
-        {0xE1000002, "Response header not completely supplied."},
-        {0xE1000007, "The requested operation timed out."},
-        {0xE100000A, "Response header not completely supplied."},
-        {0xE1000016, "The control channel is already disconnected."},
-        {0xE100001E, "Uninitialized status"},
-        {0xE1018001, "The command isn't implemented by the device."},
-        {0xE1018006, "An attempt was made to access an address location which is currently/momentary not accessible."},
-        {0xE101800B, "Timeout, no message received."},
-        {0xE1018016, "The requested scheduled action command was requested at a time that is already past. Action is "
-                     "executed anyway."},
-        {0xE1018FFF, "Generic GigE Vision error."},
-        {0, nullptr},
-        {0xE100001F, nullptr},
-        {0xE101800F, nullptr},
-        {0xE1018012, nullptr},
-        {0xE1018014, nullptr},
-        {0xE102006E, nullptr},
-    };
-    for (const auto &row : cases) {
+TEST(Status, TextsOfCodes) {
+    const char *shared = "Response header not completely supplied.";
+    const std::pair<GXSTATUS, const char *> cases[] = {{0x21000001, "False."}, {0xE1000002, shared},
+                                                       {0xE100000A, shared},   {0, nullptr},
+                                                       {0xE100001F, nullptr},  {0xE101800F, nullptr}};
+    for (const auto &[code, expected] : cases) {
         char *text = nullptr;
-        const GXSTATUS status = GxDecodeGxStatus(row.code, &text);
-        EXPECT_EQ(status, row.text ? 0u : 0x21000001u) << std::hex << row.code;
-        EXPECT_STREQ(text, row.text) << std::hex << row.code;
+        EXPECT_EQ(GxDecodeGxStatus(code, &text), expected ? 0u : 0x21000001u) << code;
+        EXPECT_STREQ(text, expected) << code;
         GxFreeMessage(text);
     }
 }
 
-TEST(Status, EveryTableEntryHasOneCodeAndAText) {
-    std::size_t count = 0;
-    for (std::uint32_t low = 0; low <= 0xFFFF; ++low) {
-        for (const GXSTATUS facility : {0x21000000u, 0xE1000000u, 0xE1010000u}) {
-            const std::unique_ptr<char, FreeDeleter> text(mcgx::GetMessage(facility | low, 0));
-            count += text ? 1 : 0;
-        }
-    }
-    EXPECT_EQ(count, 1u + 29u + 18u);
-}
-
 TEST(Status, MessageIsCopiedByTheRulesOfItsBuffer) {
-    const std::string text = "The requested operation timed out.";
     std::size_t required = 0;
     EXPECT_EQ(Gx::GetStatusMessage(GX_E_TIMEOUT, nullptr, 0, &required), 0u);
     EXPECT_EQ(required, 34u);
-
-    char buffer[64];
-    std::fill(std::begin(buffer), std::end(buffer), 'x');
-    EXPECT_EQ(Gx::GetStatusMessage(GX_E_TIMEOUT, buffer, 33, &required), 0xE100000Du);
-    EXPECT_EQ(buffer[0], 'x');
-    EXPECT_EQ(required, 34u);
-    EXPECT_EQ(Gx::GetStatusMessage(GX_E_TIMEOUT, buffer, 34, nullptr), 0u); // the terminator is the 35th byte
-    EXPECT_EQ(buffer, text);
-    EXPECT_EQ(buffer[35], 'x');
-
+    std::string buffer(64, 'x');
+    EXPECT_EQ(Gx::GetStatusMessage(GX_E_TIMEOUT, buffer.data(), 33, &required), 0xE100000Du);
+    EXPECT_EQ(buffer, std::string(64, 'x'));
+    EXPECT_EQ(Gx::GetStatusMessage(GX_E_TIMEOUT, buffer.data(), 34, nullptr), 0u); // the terminator is the 35th byte
+    EXPECT_EQ(buffer.substr(0, 36), std::string("The requested operation timed out.\0x", 36));
     EXPECT_EQ(Gx::GetStatusMessage(GX_E_TIMEOUT, nullptr, 1, &required), 0xE1000006u);
     TraceLog traces;
-    EXPECT_EQ(Gx::GetStatusMessage(0x12345678, buffer, sizeof buffer, nullptr), 0x21000001u);
-    EXPECT_TRUE(traces.contains("Failed to retrieve GX status message for code 0x12345678"));
+    EXPECT_EQ(Gx::GetStatusMessage(0x12345678, buffer.data(), 64, nullptr), 0x21000001u);
     EXPECT_TRUE(traces.contains("Failed decode GX status code 0x12345678. Status = 0x21000001."));
 }
 
 TEST(Status, TextIsReencodedAsUtf8) {
-    const struct {
-        const char *in;
-        const char *out;
-    } cases[] = {
+    const std::pair<const char *, const char *> cases[] = {
         {"", ""},
         {"plain", "plain"},
         {"\xC3\xA4 \xE2\x82\xAC \xF0\x9F\x93\xB7", "\xC3\xA4 \xE2\x82\xAC \xF0\x9F\x93\xB7"},
@@ -111,11 +67,12 @@ TEST(Status, TextIsReencodedAsUtf8) {
         {"\xF4\x90\x80\x80", "\xED\xB3\xB4\xED\xB2\x90\xED\xB2\x80\xED\xB2\x80"}, // beyond U+10FFFF
         {"\xE2\x82", "\xED\xB3\xA2\xED\xB2\x82"},                                 // cut short
     };
-    for (const auto &row : cases) {
+    for (const auto &[in, out] : cases) {
         std::size_t length = 0;
-        const std::unique_ptr<char, FreeDeleter> encoded(GxImp::EncodeUtf8(row.in, length));
-        EXPECT_STREQ(encoded.get(), row.out);
-        EXPECT_EQ(length, std::string(row.out).size());
+        char *encoded = GxImp::EncodeUtf8(in, length);
+        EXPECT_STREQ(encoded, out);
+        EXPECT_EQ(length, std::strlen(out));
+        std::free(encoded);
     }
 }
 

@@ -1,6 +1,3 @@
-#include "AsyncCallbackPosix.h"
-#include "GxSocket.h"
-#include "RefCounted.h"
 #include "RetriggerableTimerPosix.h"
 #include "support/Leaks.h"
 
@@ -77,72 +74,6 @@ TEST(Timer, StopFromItsOwnRoutineAndLongPeriodsEndAtOnce) {
             std::this_thread::sleep_for(std::chrono::microseconds(i));
     }
     EXPECT_LT(Clock::now() - start, std::chrono::seconds(60));
-}
-
-class SleepyThread : public CThread {
-protected:
-    std::uint32_t Run() noexcept override {
-        std::this_thread::sleep_for(milliseconds(200));
-        return 42;
-    }
-};
-
-TEST(Thread, JoinWaitsAsLongAsAllowed) {
-    SleepyThread thread;
-    ASSERT_EQ(thread.Create(), 0u);
-    EXPECT_TRUE(thread.IsStarted());
-    EXPECT_EQ(thread.Join(nullptr, 10), 0xE1000007u);
-    std::uint32_t exitCode = 0;
-    EXPECT_EQ(thread.Join(&exitCode, GX_INFINITE), 0u);
-    EXPECT_EQ(exitCode, 42u);
-    EXPECT_FALSE(thread.IsStarted());
-}
-
-/// Owns its callback, which drops the last reference on the callback's thread.
-class Owner : public CRefCounted {
-public:
-    explicit Owner(std::atomic<int> &deliveries, std::atomic<bool> &deleted)
-        : m_Callback(*this, deliveries), m_Deleted(deleted) {}
-    void queue() {
-        AddRef();
-        m_Callback.Queue();
-    }
-
-private:
-    class Callback : public CAsyncCallback {
-    public:
-        Callback(Owner &owner, std::atomic<int> &deliveries) : m_Owner(owner), m_Deliveries(deliveries) {}
-
-    protected:
-        void Deliver() noexcept override {
-            std::this_thread::sleep_for(milliseconds(20));
-            ++m_Deliveries;
-            m_Owner.Release();
-        }
-
-    private:
-        Owner &m_Owner;
-        std::atomic<int> &m_Deliveries;
-    };
-
-    ~Owner() override { m_Deleted = true; }
-
-    Callback m_Callback;
-    std::atomic<bool> &m_Deleted;
-};
-
-TEST(AsyncCallback, KeepsItsOwnerUntilDelivered) {
-    std::thread([] {}).join(); // a sanitizer's own thread starts with the first
-    const Holdings before = Holdings::now();
-    std::atomic<int> deliveries{0};
-    std::atomic<bool> deleted{false};
-    auto *owner = new Owner(deliveries, deleted);
-    owner->queue();
-    owner->queue();
-    owner->Release();
-    EXPECT_TRUE(eventually([&] { return deleted.load(); }));
-    EXPECT_EQ(deliveries, 2);
-    EXPECT_TRUE(eventually([&] { return Holdings::now() == before; }));
 }
 
 } // namespace

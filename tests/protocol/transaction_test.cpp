@@ -1,330 +1,230 @@
-#include "gxapi/ControlChannel.h"
+#include "ScriptedChannel.h"
 #include "support/Leaks.h"
-#include "support/ScriptedPeer.h"
 #include "support/TraceLog.h"
 
-#include <atomic>
-#include <gtest/gtest.h>
-#include <memory>
+#include <chrono>
 #include <numeric>
+
+using Gx::ControlChannel;
 
 namespace {
 
-using Answers = std::vector<Bytes>;
-
-constexpr std::uint32_t Concatenation = 1;
-constexpr std::uint32_t WriteMem = 2;
-
-std::uint16_t command(const Bytes &request) { return static_cast<std::uint16_t>(request[2] << 8 | request[3]); }
 std::uint16_t requestId(const Bytes &request) { return static_cast<std::uint16_t>(request[6] << 8 | request[7]); }
-std::uint32_t word(const Bytes &bytes, std::size_t offset) {
-    return static_cast<std::uint32_t>(bytes[offset] << 24 | bytes[offset + 1] << 16 | bytes[offset + 2] << 8 |
-                                      bytes[offset + 3]);
-}
-void append(Bytes &bytes, std::uint32_t value) {
-    for (const int shift : {24, 16, 8, 0})
-        bytes.push_back(static_cast<std::uint8_t>(value >> shift));
-}
-
-/// What a device does that works: a register reads as its address, but for the two that an opening channel reads.
-struct Device {
-    std::uint32_t mode = 0x80000000;
-    std::uint32_t capabilities = Concatenation | WriteMem;
-
-    Bytes answer(const Bytes &request) const {
-        Bytes payload;
-        switch (command(request)) {
-        case 0x0080:
-            for (std::size_t offset = 8; offset < request.size(); offset += 4)
-                append(payload, value(word(request, offset)));
-            break;
-        case 0x0084:
-            append(payload, word(request, 8));
-            for (std::uint32_t i = 0; i < (word(request, 12) & 0xFFFF); ++i)
-                payload.push_back(static_cast<std::uint8_t>(word(request, 8) + i));
-            break;
-        default:
-            append(payload, 0);
-        }
-        return acknowledge(request, 0, static_cast<std::uint16_t>(command(request) + 1), payload);
-    }
-
-private:
-    std::uint32_t value(std::uint32_t address) const {
-        return address == 0x0004 ? mode : address == 0x0934 ? capabilities : address;
-    }
-};
-
-/// A channel without privilege to a scripted device. The script sees the requests that follow the opening.
-class Channel : public Gx::ControlChannel::SurpriseRemovalCallback {
-public:
-    using Script = std::function<Answers(const Bytes &request, std::size_t number)>;
-
-    explicit Channel(Script script, Device device = {})
-        : m_Peer([script, device](const Bytes &request, std::size_t number) {
-              return number < Opening ? Answers{device.answer(request)} : script(request, number - Opening);
-          }) {
-        const sockaddr_in address = m_Peer.address();
-        EXPECT_EQ(Gx::ControlChannel::Create(reinterpret_cast<const sockaddr *>(&address), 0, 600000, &m_pChannel), 0u);
-        EXPECT_EQ(m_pChannel->RegisterSurpriseRemovalCallback(this), 0u);
-    }
-    ~Channel() override { EXPECT_EQ(m_pChannel->Destroy(), 0u); }
-
-    Gx::ControlChannel *operator->() { return m_pChannel; }
-    void OnSurpriseRemoval() noexcept override { ++lost; }
-
-    /// The requests after the opening.
-    std::vector<Bytes> requests() const {
-        std::vector<Bytes> all = m_Peer.requests();
-        all.erase(all.begin(), all.begin() + Opening);
-        return all;
-    }
-    GXSTATUS read(std::uint32_t address = 0x1000) {
-        value = 0;
-        return m_pChannel->ReadReg(&address, &value, 1);
-    }
-    void setProperty(std::uint32_t tag, std::uint32_t setting) {
-        EXPECT_EQ(m_pChannel->SetProperty(tag, &setting, sizeof setting), 0u);
-    }
-    std::uint32_t property(std::uint32_t tag) {
-        std::uint32_t setting = 0;
-        EXPECT_EQ(m_pChannel->GetProperty(tag, &setting, sizeof setting, nullptr), 0u);
-        return setting;
-    }
-
-    std::atomic<int> lost{0};
-    std::uint32_t value = 0;
-
-private:
-    static constexpr std::size_t Opening = 2; // device mode and capability
-
-    ScriptedPeer m_Peer;
-    Gx::ControlChannel *m_pChannel = nullptr;
-};
-
-Answers good(const Bytes &request) { return {Device().answer(request)}; }
 
 TEST(Transaction, AcknowledgeIsJudged) {
     const struct {
         const char *what;
-        std::function<Answers(const Bytes &)> answer;
+        std::uint16_t deviceStatus;
+        int idOffset;
+        std::size_t size;
+        int older; // acknowledges sent first, more than attempts are allowed
         GXSTATUS status;
         bool lost;
     } cases[] = {
-        {"good", good, 0, false},
-        {"no header", [](const Bytes &) { return Answers{Bytes(7, 0)}; }, 0xE100000A, false},
-        {"empty datagram", [](const Bytes &) { return Answers{Bytes()}; }, 0xE100000A, false},
-        {"wrong code",
-         [](const Bytes &r) {
-             return Answers{acknowledge(r, 0, 0x0083, {0, 0, 0, 0})};
-         },
-         0xE100000B, false},
-        {"newer id",
-         [](const Bytes &r) {
-             return Answers{acknowledge(r, 0, 0x0081, {1, 2, 3, 4}, 1)};
-         },
-         0xE100000B, false},
-        {"older id first",
-         [](const Bytes &r) {
-             return Answers{acknowledge(r, 0, 0x0081, {9, 9, 9, 9}, -1), Device().answer(r)};
-         },
-         0, false},
-        {"three bytes of four",
-         [](const Bytes &r) {
-             return Answers{acknowledge(r, 0, 0x0081, {0, 0, 0x10})};
-         },
-         0xE100000C, false},
-        {"length field too small",
-         [](const Bytes &r) {
-             Bytes bytes = Device().answer(r);
-             bytes[5] = 3;
-             return Answers{bytes};
-         },
-         0xE100000C, false},
-        {"device status", [](const Bytes &r) { return Answers{acknowledge(r, 0x8003, 0x0081, {})}; }, 0xE1018003,
-         false},
-        {"informational status",
-         [](const Bytes &r) {
-             return Answers{acknowledge(r, 0x0089, 0x0081, {1, 2, 3, 4})};
-         },
-         0x61010089, false},
-        {"access denied", [](const Bytes &r) { return Answers{acknowledge(r, 0x8006, 0x0081, {})}; }, 0xE1018006, true},
-        {"silence", [](const Bytes &) { return Answers{}; }, 0xE101800B, true},
+        {"good", 0, 0, 12, 0, 0, false},
+        {"no header", 0, 0, 7, 0, 0xE100000A, false},
+        {"empty datagram", 0, 0, 0, 0, 0xE100000A, false},
+        {"newer id", 0, 1, 12, 0, 0xE100000B, false},
+        {"older ids first", 0, 0, 12, 5, 0, false},
+        {"device status", 0x8003, 0, 8, 0, 0xE1018003, false},
+        {"informational status", 0x0089, 0, 12, 0, 0x61010089, false},
+        {"access denied", 0x8006, 0, 8, 0, 0xE1018006, true},
     };
     for (const auto &row : cases) {
-        Channel channel([&row](const Bytes &request, std::size_t number) {
-            return number < 3 ? row.answer(request) : good(request);
+        ScriptedChannel channel([&row](const Bytes &request, std::size_t) {
+            Answers answers;
+            for (int before = row.older; before > 0; --before)
+                answers.push_back(acknowledge(request, 0, 0x0081, {9, 9, 9, 9}, -before));
+            answers.push_back(acknowledge(request, row.deviceStatus, 0x0081, {0, 0, 0x10, 0}, row.idOffset));
+            answers.back().resize(row.size);
+            return answers;
         });
-        channel.setProperty(Gx::ControlChannel::ReadRegTimeout, 30);
+        channel.setProperty(ControlChannel::MaxRetryCountRead, 0);
+        channel.setProperty(ControlChannel::ReadRegTimeout, 3000);
         EXPECT_EQ(channel.read(), row.status) << row.what;
         EXPECT_EQ(channel.value, row.status == 0 ? 0x1000u : 0u) << row.what;
         EXPECT_EQ(channel.read(), row.lost ? 0xE1000016u : row.status) << row.what;
-        EXPECT_TRUE(eventually([&] { return channel.lost == (row.lost ? 1 : 0); })) << row.what;
+        channel.destroy();
+        EXPECT_TRUE(eventually([&] { return channel.lost == row.lost; })) << row.what;
     }
 }
 
 TEST(Transaction, RetriesWithTheSameIdAndCountsTimeouts) {
-    Channel channel([](const Bytes &request, std::size_t number) {
-        return number < 2 ? Answers{} : Answers{Device().answer(request)};
-    });
-    TraceLog traces;
-    EXPECT_EQ(channel.read(), 0u);
-    const std::vector<Bytes> requests = channel.requests();
-    ASSERT_EQ(requests.size(), 3u);
-    EXPECT_EQ(requests[0], requests[1]);
-    EXPECT_EQ(requests[1], requests[2]);
-    EXPECT_EQ(channel.property(Gx::ControlChannel::StatisticReadWriteTimeoutCount), 2u);
-    EXPECT_TRUE(traces.contains("GxSocketRecv timed out. 2. retry.")) << traces.all();
+    for (const std::uint32_t retries : {2u, UINT32_MAX}) {
+        ScriptedChannel channel(
+            [](const Bytes &request, std::size_t number) { return number < 2 ? Answers{} : good(request); });
+        channel.setProperty(ControlChannel::MaxRetryCountRead, retries);
+        TraceLog traces;
+        EXPECT_EQ(channel.read(), 0u) << retries;
+        const std::vector<Bytes> requests = channel.requests();
+        ASSERT_EQ(requests.size(), 3u);
+        EXPECT_EQ(requests[0], requests[1]);
+        EXPECT_EQ(requests[1], requests[2]);
+        EXPECT_EQ(channel.property(ControlChannel::StatisticReadWriteTimeoutCount), 2u);
+        EXPECT_TRUE(traces.contains("GxSocketRecv timed out. 2. retry.")) << traces.all();
+    }
 }
 
-TEST(Transaction, OutdatedAcknowledgesAreNoAttempts) {
-    // More of them than attempts are allowed.
-    Channel channel([](const Bytes &request, std::size_t) {
-        Answers answers;
-        for (int i = 5; i > 0; --i)
-            answers.push_back(acknowledge(request, 0, 0x0081, {9, 9, 9, 9}, -i));
-        answers.push_back(Device().answer(request));
-        return answers;
-    });
-    channel.setProperty(Gx::ControlChannel::MaxRetryCountRead, 0);
-    TraceLog traces;
-    EXPECT_EQ(channel.read(), 0u);
-    EXPECT_EQ(channel.value, 0x1000u);
-    EXPECT_EQ(channel.requests().size(), 1u);
-    EXPECT_TRUE(traces.contains("Outdated transaction id. Expected: 0x03 encountered: 0x02.")) << traces.all();
+/// A kind of transaction, on 8 bytes of data.
+const struct Kind {
+    const char *name;
+    std::uint32_t timeout, retries; // property tags
+    std::uint16_t acknowledge;
+    std::size_t payload; // of the acknowledge
+    std::function<GXSTATUS(ControlChannel &, void *)> access;
+} Kinds[] = {
+    {"READREG", ControlChannel::ReadRegTimeout, ControlChannel::MaxRetryCountRead, 0x0081, 8,
+     [](ControlChannel &channel, void *data) {
+         const std::uint32_t addresses[] = {0x1000, 0x1004};
+         return channel.ReadReg(addresses, static_cast<std::uint32_t *>(data), 2);
+     }},
+    {"WRITEREG", ControlChannel::WriteRegTimeout, ControlChannel::MaxRetryCountWrite, 0x0083, 4,
+     [](ControlChannel &channel, void *data) {
+         const std::uint32_t addresses[] = {0x1000, 0x1004};
+         return channel.WriteReg(addresses, static_cast<std::uint32_t *>(data), 2);
+     }},
+    {"READMEM", ControlChannel::ReadMemTimeout, ControlChannel::MaxRetryCountRead, 0x0085, 12,
+     [](ControlChannel &channel, void *data) { return channel.ReadMem(0x1000, data, 8); }},
+    {"WRITEMEM", ControlChannel::WriteMemTimeout, ControlChannel::MaxRetryCountWrite, 0x0087, 4,
+     [](ControlChannel &channel, void *data) { return channel.WriteMem(0x1000, data, 8); }},
+};
+
+TEST(Transaction, EachKindHasItsTimeoutAndRetries) {
+    for (const Kind &kind : Kinds) {
+        ScriptedChannel channel([](const Bytes &, std::size_t) { return Answers{}; });
+        EXPECT_EQ(channel.property(kind.timeout), 200u) << kind.name;
+        EXPECT_EQ(channel.property(kind.retries), 2u) << kind.name;
+        for (const Kind &other : Kinds) {
+            channel.setProperty(other.timeout, 1);
+            channel.setProperty(other.retries, 5);
+        }
+        channel.setProperty(kind.timeout, 250);
+        channel.setProperty(kind.retries, 0);
+        std::uint32_t data[2] = {};
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(kind.access(*channel.operator->(), data), 0xE101800Bu) << kind.name;
+        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(250)) << kind.name;
+        EXPECT_EQ(channel.requests().size(), 1u) << kind.name;
+        EXPECT_EQ(kind.access(*channel.operator->(), data), 0xE1000016u) << kind.name;
+        EXPECT_TRUE(eventually([&] { return channel.lost == 1; })) << kind.name;
+    }
+}
+
+TEST(Transaction, EachKindChecksItsAcknowledge) {
+    struct Fault {
+        const char *what;
+        std::uint16_t code; // exclusive or
+        std::size_t missing, missingInLength;
+        GXSTATUS readStatus, writeStatus;
+    };
+    for (const Kind &kind : Kinds) {
+        for (const Fault &fault : {Fault{"good", 0, 0, 0, 0, 0}, Fault{"wrong code", 2, 0, 0, 0xE100000B, 0xE100000B},
+                                   Fault{"cut", 0, 1, 0, 0xE100000C, 0}, Fault{"length", 0, 0, 1, 0xE100000C, 0}}) {
+            ScriptedChannel channel([&](const Bytes &request, std::size_t) {
+                const auto code = static_cast<std::uint16_t>(kind.acknowledge ^ fault.code);
+                Bytes bytes = acknowledge(request, 0, code, Bytes(kind.payload - fault.missing, 0x55));
+                bytes[5] = static_cast<std::uint8_t>(kind.payload - fault.missingInLength);
+                return Answers{bytes};
+            });
+            const bool reads = kind.retries == ControlChannel::MaxRetryCountRead;
+            std::uint32_t data[2] = {};
+            const GXSTATUS expected = reads ? fault.readStatus : fault.writeStatus;
+            EXPECT_EQ(kind.access(*channel.operator->(), data), expected) << kind.name << ": " << fault.what;
+            EXPECT_EQ(data[1], reads && expected == 0 ? 0x55555555u : 0u) << kind.name << ": " << fault.what;
+            channel.destroy();
+            EXPECT_EQ(channel.lost, 0) << kind.name << ": " << fault.what;
+        }
+    }
 }
 
 TEST(Transaction, IdsSkipZeroAndCompareAcrossTheWrap) {
     constexpr std::size_t Last = 65535 - 2; // the opening took ids 1 and 2
-    Channel channel([](const Bytes &request, std::size_t number) {
+    ScriptedChannel channel([](const Bytes &request, std::size_t number) {
         // Around the wrap every request is preceded by an acknowledge of the one before.
         const bool nearWrap = number + 3 > Last;
         const int before = requestId(request) == 1 ? -2 : -1; // 1 follows 65535
         return nearWrap ? Answers{acknowledge(request, 0, 0x0081, {9, 9, 9, 9}, before), Device().answer(request)}
                         : good(request);
     });
+    TraceLog traces;
     for (std::size_t i = 0; i < Last + 2; ++i)
         ASSERT_EQ(channel.read(), 0u) << i;
     const std::vector<Bytes> requests = channel.requests();
     EXPECT_EQ(requestId(requests[Last - 1]), 65535);
     EXPECT_EQ(requestId(requests[Last]), 1);
     EXPECT_EQ(requestId(requests[Last + 1]), 2);
+    EXPECT_TRUE(traces.contains("Outdated transaction id. Expected: 0x01 encountered: 0xffff.")) << traces.all();
 }
 
 TEST(Transaction, SplitsByCapability) {
+    using Sizes = std::vector<std::size_t>; // payload bytes of each request
     const struct {
         std::uint32_t capabilities;
-        std::vector<std::size_t> readReg, writeReg, writeMem; // payload bytes of each request
+        Sizes readReg, writeReg, writeMem;
     } cases[] = {
-        {Concatenation | WriteMem, {540, 540, 120}, {536, 64}, {540, 540, 32}},
-        {Concatenation, {540, 540, 120}, {536, 64}, {536, 536, 536, 536, 56}},
+        {GEV_CAPABILITY_CONCATENATION | GEV_CAPABILITY_WRITEMEM, {540, 540, 120}, {536, 64}, {540, 540, 32}},
+        {GEV_CAPABILITY_CONCATENATION, {540, 540, 120}, {536, 64}, {536, 536, 536, 536, 56}},
+        {GEV_CAPABILITY_WRITEMEM, Sizes(300, 4), Sizes(75, 8), {540, 540, 32}},
+        {0, Sizes(300, 4), Sizes(75, 8), Sizes(275, 8)},
     };
     for (const auto &row : cases) {
-        Device device;
-        device.capabilities = row.capabilities;
-        Channel channel([device](const Bytes &request, std::size_t) { return Answers{device.answer(request)}; },
-                        device);
+        ScriptedChannel channel([](const Bytes &request, std::size_t) { return good(request); },
+                                Device{0, row.capabilities});
+        std::size_t seen = 0;
+        const auto newSizes = [&] {
+            const std::vector<Bytes> requests = channel.requests();
+            Sizes sizes;
+            for (; seen < requests.size(); ++seen)
+                sizes.push_back(requests[seen].size() - 8);
+            return sizes;
+        };
         std::vector<std::uint32_t> addresses(300);
         std::iota(addresses.begin(), addresses.end(), 0x2000);
         std::vector<std::uint32_t> values(300);
         EXPECT_EQ(channel->ReadReg(addresses.data(), values.data(), 300), 0u);
         EXPECT_EQ(values, addresses);
+        EXPECT_EQ(newSizes(), row.readReg);
         EXPECT_EQ(channel->WriteReg(addresses.data(), values.data(), 75), 0u);
-        std::vector<std::uint8_t> memory(1100);
+        EXPECT_EQ(newSizes(), row.writeReg);
+        Bytes memory(1100);
         EXPECT_EQ(channel->WriteMem(0x9000, memory.data(), 1100), 0u);
-
-        std::vector<std::size_t> expected = row.readReg;
-        expected.insert(expected.end(), row.writeReg.begin(), row.writeReg.end());
-        expected.insert(expected.end(), row.writeMem.begin(), row.writeMem.end());
-        std::vector<std::size_t> sizes;
-        for (const Bytes &request : channel.requests())
-            sizes.push_back(request.size() - 8);
-        EXPECT_EQ(sizes, expected);
-    }
-}
-
-TEST(Transaction, WithoutConcatenationEveryRegisterIsATransaction) {
-    Device plain;
-    plain.capabilities = 0;
-    Channel channel([plain](const Bytes &request, std::size_t) { return Answers{plain.answer(request)}; }, plain);
-    const std::uint32_t addresses[] = {0x10, 0x20, 0x30};
-    std::uint32_t values[3] = {};
-    EXPECT_EQ(channel->ReadReg(addresses, values, 3), 0u);
-    EXPECT_EQ(channel->WriteReg(addresses, values, 3), 0u);
-    for (const Bytes &request : channel.requests())
-        EXPECT_EQ(request.size(), command(request) == 0x0080 ? 12u : 16u);
-    EXPECT_EQ(channel.requests().size(), 6u);
-}
-
-TEST(Transaction, ReadMemIsReadInPieces) {
-    Channel channel([](const Bytes &request, std::size_t) { return good(request); });
-    std::vector<std::uint8_t> bytes(1073);
-    EXPECT_EQ(channel->ReadMem(0x100, bytes.data(), 1073), 0u);
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        ASSERT_EQ(bytes[i], static_cast<std::uint8_t>(i)) << i;
-    const std::vector<Bytes> requests = channel.requests();
-    ASSERT_EQ(requests.size(), 3u);
-    EXPECT_EQ(requests[2], (Bytes{0x42, 0x01, 0x00, 0x84, 0x00, 0x08, 0x00, 0x05, // id 5
-                                  0x00, 0x00, 0x05, 0x30,                         // 0x100 + 1072
-                                  0x00, 0x00, 0x00, 0x01}));
-    EXPECT_EQ(channel->ReadMem(0, nullptr, 0), 0u);
-    EXPECT_EQ(channel->ReadReg(nullptr, nullptr, 0), 0u);
-    EXPECT_EQ(channel.requests().size(), 3u);
-}
-
-TEST(Transaction, MemoryAcknowledgeIsChecked) {
-    const struct {
-        const char *what;
-        std::size_t dataBytes;
-        std::uint8_t lengthField;
-        std::uint16_t code;
-        GXSTATUS status;
-    } cases[] = {
-        {"good", 8, 12, 0x0085, 0},
-        {"cut", 7, 12, 0x0085, 0xE100000C},
-        {"length field", 8, 11, 0x0085, 0xE100000C},
-        {"wrong code", 8, 12, 0x0087, 0xE100000B},
-    };
-    for (const auto &row : cases) {
-        Channel channel([&row](const Bytes &request, std::size_t) {
-            Bytes bytes = acknowledge(request, 0, row.code, Bytes(4 + row.dataBytes, 0x55));
-            bytes[5] = row.lengthField;
-            return Answers{bytes};
-        });
-        std::uint8_t data[8] = {};
-        EXPECT_EQ(channel->ReadMem(0x100, data, 8), row.status) << row.what;
-        EXPECT_EQ(data[7], row.status == 0 ? 0x55 : 0) << row.what;
-        EXPECT_EQ(channel.lost, 0) << row.what;
+        EXPECT_EQ(newSizes(), row.writeMem);
+        EXPECT_EQ(channel->ReadMem(0x100, memory.data(), 1073), 0u); // in pieces of 536 in any case
+        EXPECT_EQ(newSizes(), Sizes(3, 8));
+        for (std::size_t i = 0; i < 1073; ++i)
+            ASSERT_EQ(memory[i], static_cast<std::uint8_t>(i)) << i;
+        const Bytes last = channel.requests().back();
+        EXPECT_EQ(Bytes(last.begin(), last.begin() + 6), (Bytes{0x42, 0x01, 0x00, 0x84, 0x00, 0x08}));
+        EXPECT_EQ(Bytes(last.begin() + 8, last.end()), (Bytes{0, 0, 0x05, 0x30, 0, 0, 0, 1})); // 0x100 + 1072
+        EXPECT_EQ(channel->ReadMem(0, nullptr, 0), 0u);
+        EXPECT_EQ(channel->ReadReg(nullptr, nullptr, 0), 0u);
+        EXPECT_EQ(newSizes(), Sizes());
     }
 }
 
 TEST(Transaction, EmulatedMemoryWriteKeepsTheBytesOrder) {
     const struct {
         std::uint32_t mode;
-        Bytes firstValue; // as on the wire
-    } cases[] = {{0x80000000, {1, 2, 3, 4}}, {0, {4, 3, 2, 1}}};
+        Bytes payload;
+    } cases[] = {
+        {0x80000000, {0, 0, 0xB0, 0, 1, 2, 3, 4, 0, 0, 0xB0, 4, 5, 6, 7, 8}},
+        {0, {0, 0, 0xB0, 0, 4, 3, 2, 1, 0, 0, 0xB0, 4, 8, 7, 6, 5}},
+    };
     for (const auto &row : cases) {
-        Device device;
-        device.mode = row.mode;
-        device.capabilities = Concatenation;
-        Channel channel([device](const Bytes &request, std::size_t) { return Answers{device.answer(request)}; },
-                        device);
+        ScriptedChannel channel([](const Bytes &request, std::size_t) { return good(request); },
+                                Device{row.mode, GEV_CAPABILITY_CONCATENATION});
         const std::uint8_t data[10] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
         EXPECT_EQ(channel->WriteMem(0xB000, data, sizeof data), 0u);
+        // Two registers; the last two bytes are not written.
         ASSERT_EQ(channel.requests().size(), 1u);
         const Bytes request = channel.requests()[0];
-        ASSERT_EQ(request.size(), 8u + 2 * 8); // two registers, the last two bytes are not written
-        EXPECT_EQ(word(request, 8), 0xB000u);
-        EXPECT_EQ(Bytes(request.begin() + 12, request.begin() + 16), row.firstValue);
-        EXPECT_EQ(word(request, 16), 0xB004u);
+        EXPECT_EQ(Bytes(request.begin() + 8, request.end()), row.payload);
     }
 }
 
 TEST(Transaction, DuplicatedCommandsGoOutTwiceWithOneId) {
-    std::atomic<int> seen{0};
-    Channel channel([&seen](const Bytes &request, std::size_t) {
-        return ++seen <= 2 ? Answers{} : Answers{Device().answer(request)};
-    });
+    ScriptedChannel channel(
+        [](const Bytes &request, std::size_t number) { return number < 2 ? Answers{} : good(request); });
     EXPECT_EQ(channel->EnableCommandDuplication(true), 0u);
     EXPECT_EQ(channel.read(), 0u); // first pair lost, re-sent as a pair
     EXPECT_TRUE(eventually([&] { return channel.requests().size() == 4; }));
@@ -334,7 +234,7 @@ TEST(Transaction, DuplicatedCommandsGoOutTwiceWithOneId) {
 }
 
 TEST(Transaction, FirstFailingPieceEndsTheOperation) {
-    Channel channel([](const Bytes &request, std::size_t number) {
+    ScriptedChannel channel([](const Bytes &request, std::size_t number) {
         return number == 1 ? Answers{acknowledge(request, 0x8003, 0x0081, {})} : good(request);
     });
     TraceLog traces;
@@ -348,10 +248,7 @@ TEST(Transaction, FirstFailingPieceEndsTheOperation) {
 }
 
 TEST(Transaction, PropertiesCheckTheirArguments) {
-    Channel channel([](const Bytes &request, std::size_t) { return good(request); });
-    const std::uint32_t defaults[] = {200, 200, 200, 200, 2, 2, 0};
-    for (std::uint32_t tag = 0; tag < 7; ++tag)
-        EXPECT_EQ(channel.property(tag), defaults[tag]) << tag;
+    ScriptedChannel channel([](const Bytes &request, std::size_t) { return good(request); });
     std::uint64_t value = 0;
     std::size_t size = 0;
     EXPECT_EQ(channel->GetProperty(0, &value, 8, &size), 0u);

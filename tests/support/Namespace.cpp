@@ -102,11 +102,15 @@ Namespace::Namespace() : m_Descriptor(-1) {
 
 Namespace::~Namespace() { close(m_Descriptor); }
 
-void Namespace::ip(const std::string &arguments) const {
+void Namespace::run(const std::function<void()> &work) const {
     onOwnThread([&] {
         check(setns(m_Descriptor, CLONE_NEWNET), "setns");
-        runIp(arguments);
+        work();
     });
+}
+
+void Namespace::ip(const std::string &arguments) const {
+    run([&] { runIp(arguments); });
 }
 
 Adapter::Adapter(const std::string &name, const std::string &address) : m_Name(name) {

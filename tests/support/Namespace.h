@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,8 @@ public:
     Namespace &operator=(const Namespace &) = delete;
 
     int descriptor() const { return m_Descriptor; }
+    /// Runs a function inside, on a thread of its own; a socket it opens stays there.
+    void run(const std::function<void()> &work) const;
     /// Runs `ip` inside.
     void ip(const std::string &arguments) const;
 

@@ -1,14 +1,34 @@
 #include "support/ScriptedPeer.h"
 
+#include "gxapi/GvcpMessages.h"
+
+#include <cerrno>
 #include <sys/socket.h>
+#include <system_error>
 #include <unistd.h>
 
-ScriptedPeer::ScriptedPeer(Script script)
-    : m_Script(std::move(script)), m_Socket(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
-    m_Address.sin_family = AF_INET;
+namespace {
+
+int openSocket() { return socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0); }
+
+} // namespace
+
+ScriptedPeer::ScriptedPeer(Script script) : m_Script(std::move(script)), m_Socket(openSocket()) {
     m_Address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    start();
+}
+
+ScriptedPeer::ScriptedPeer(Script script, const testnet::Namespace &where) : m_Script(std::move(script)) {
+    where.run([this] { m_Socket = openSocket(); });
+    m_Address.sin_port = htons(GVCP_PORT);
+    start();
+}
+
+void ScriptedPeer::start() {
+    m_Address.sin_family = AF_INET;
     socklen_t size = sizeof m_Address;
-    bind(m_Socket, reinterpret_cast<sockaddr *>(&m_Address), size);
+    if (bind(m_Socket, reinterpret_cast<sockaddr *>(&m_Address), size) != 0)
+        throw std::system_error(errno, std::generic_category(), "bind");
     getsockname(m_Socket, reinterpret_cast<sockaddr *>(&m_Address), &size);
     m_Thread = std::thread([this] { run(); });
 }

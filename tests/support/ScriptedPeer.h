@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Namespace.h"
+
 #include <arpa/inet.h>
 #include <cstdint>
 #include <functional>
@@ -10,13 +12,16 @@
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// A peer on loopback that answers each datagram as a script says; for what a well-behaved camera never does.
+/// A peer that answers each datagram as a script says; for what a well-behaved camera never does.
 class ScriptedPeer {
 public:
     /// Called with each datagram and its number, from 0; returns the datagrams to answer with, in order.
     using Script = std::function<std::vector<Bytes>(const Bytes &request, std::size_t number)>;
 
+    /// On loopback, at a port of the kernel's choice.
     explicit ScriptedPeer(Script script);
+    /// In a network namespace, where it hears broadcasts to the GVCP port too.
+    ScriptedPeer(Script script, const testnet::Namespace &where);
     ~ScriptedPeer();
     ScriptedPeer(const ScriptedPeer &) = delete;
     ScriptedPeer &operator=(const ScriptedPeer &) = delete;
@@ -25,10 +30,11 @@ public:
     std::vector<Bytes> requests() const;
 
 private:
+    void start();
     void run();
 
     Script m_Script;
-    int m_Socket;
+    int m_Socket = -1;
     sockaddr_in m_Address{};
     mutable std::mutex m_Mutex;
     std::vector<Bytes> m_Requests;

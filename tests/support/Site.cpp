@@ -22,6 +22,13 @@ Site::Site(const std::string &name, const std::string &address, const std::vecto
     cameras.start();
 }
 
+ScriptedSite::ScriptedSite(const std::string &name, const std::string &address, const std::string &peerAddress,
+                           ScriptedPeer::Script script)
+    : adapter(name, address) {
+    adapter.cameraSide().ip("address add " + peerAddress + " brd + dev " + Adapter::CameraInterface);
+    peer = std::make_unique<ScriptedPeer>(std::move(script), adapter.cameraSide());
+}
+
 camsim::CameraConfig camera(unsigned number) {
     camsim::CameraConfig config;
     config.mac = camsim::MacAddress::fromNumber(0x025AE3000000 + number);

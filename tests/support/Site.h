@@ -2,7 +2,9 @@
 
 #include "camsim/Simulator.h"
 #include "support/Namespace.h"
+#include "support/ScriptedPeer.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,6 +19,17 @@ public:
 
     Adapter adapter;
     camsim::Simulator cameras;
+};
+
+/// One host adapter and behind it a peer that breaks the rules.
+class ScriptedSite {
+public:
+    /// \param peerAddress "192.168.1.20/24"
+    ScriptedSite(const std::string &name, const std::string &address, const std::string &peerAddress,
+                 ScriptedPeer::Script script);
+
+    Adapter adapter;
+    std::unique_ptr<ScriptedPeer> peer;
 };
 
 /// A camera whose MAC ends in the number and whose serial number is the number.

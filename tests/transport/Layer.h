@@ -43,6 +43,8 @@ template <class Function> std::string thrownBy(Function function) {
         return std::string("Runtime: ") + error.GetDescription();
     } catch (const GenICam::LogicalErrorException &error) {
         return std::string("LogicalError: ") + error.GetDescription();
+    } catch (const GenICam::AccessException &error) {
+        return std::string("Access: ") + error.GetDescription();
     } catch (const GenICam::InvalidArgumentException &error) {
         return std::string("InvalidArgument: ") + error.GetDescription();
     }

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "support/Site.h" // before Qt, which makes a macro of a name in it
+
+#include "Lanvane/MainWnd.h"
+#include "Lanvane/ipconfigurationwidget.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QTreeWidget>
+#include <gmock/gmock.h>
+
+#include <deque>
+
+enum Column { Name, Serial, Mac, Status, IpConfiguration, IpAddress, SubnetMask };
+
+inline void PrintTo(const QString &text, std::ostream *out) { *out << '"' << text.toStdString() << '"'; }
+
+/// The main window, a user in front of it and two adapters with cameras: "nic0" at 192.168.10.1/24, "nic1" at
+/// 192.168.20.1/24. Cameras go by their number (testnet::camera).
+///
+/// The user answers dialogs as the test has foretold, in that order. Any other dialog fails the test and is dismissed,
+/// as does a foretold one that never came.
+class Desktop : public testing::Test {
+protected:
+    using Cameras = std::vector<camsim::CameraConfig>;
+    using Act = std::function<void(QWidget &dialog)>;
+
+    Desktop();
+    ~Desktop() override;
+    void TearDown() override;
+
+    /// Starts the cameras, shows the window and waits for its first refresh.
+    void open(const Cameras &onNic0, const Cameras &onNic1 = {});
+    /// The same with the cameras that are there.
+    void openWindow();
+
+    template <class Widget> Widget &the(const char *name) const {
+        auto *widget = m_Window->findChild<Widget *>(QLatin1String(name));
+        if (!widget)
+            throw std::out_of_range(name);
+        return *widget;
+    }
+    MainWnd &window() { return *m_Window; }
+    QTreeWidget &tree() const { return the<QTreeWidget>("deviceTree"); }
+    QString info() const;
+    QString text(const char *field) const;
+    /// "IP MASK GATEWAY" of the editor.
+    QString addresses() const {
+        return text("editIpAddress") + " " + text("editNetmask") + " " + text("editDefaultGateway");
+    }
+    /// Null when it is not listed.
+    QTreeWidgetItem *row(unsigned camera) const;
+    QString cell(unsigned camera, Column column) const;
+    /// Serial number in the current row; that of an adapter is empty.
+    QString selected() const { return tree().currentItem() ? tree().currentItem()->text(Serial) : "(none)"; }
+    bool isEnabled(const char *name) const { return the<QWidget>(name).isEnabled(); }
+
+    void select(unsigned camera) { select(row(camera)); }
+    void select(QTreeWidgetItem *item);
+    void click(const char *button) { click(the<QWidget>(button)); }
+    static void click(QWidget &button);
+    void type(const char *field, const QString &text) { type(the<QWidget>(field), text); }
+    /// Replaces what the field holds.
+    static void type(QWidget &field, const QString &text);
+    /// Sent to the widget with the focus.
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    /// Assigns a temporary address to the current row's device.
+    void useContextMenu();
+    void refresh() { press(Qt::Key_F5); }
+    /// Waits until so many adapters are up and running.
+    static void awaitAdapters(int count);
+
+    void expect(const QString &dialog, Act act) { m_Expected.push_back({dialog, std::move(act)}); }
+    /// A message box with the window's title.
+    void expectBox(const QString &text, QMessageBox::StandardButton answer) {
+        expectBox("Ostra Lanvane", text, answer);
+    }
+    void expectBox(const QString &title, const QString &text, QMessageBox::StandardButton answer);
+    /// The Force IP dialog, canceled when no address is given.
+    void expectForceIp(const QString &header, const QString &address = {});
+    void expectSaveQuestion(QMessageBox::StandardButton answer);
+
+    camsim::Simulator &camerasOf(unsigned camera);
+    camsim::CameraStatus status(unsigned camera) { return camerasOf(camera).status(testnet::camera(camera).mac); }
+    /// "192.168.10.21", or empty while it has none.
+    std::string addressOf(unsigned camera);
+    void hold(unsigned camera, std::uint32_t privilege = GEV_CONTROL_ACCESS);
+
+    std::optional<testnet::Site> nic0, nic1;
+    QStringList reports; ///< of the error queue: "CONTEXT: TEXT"
+    QStringList waits;   ///< texts of the wait boxes, each once
+
+private:
+    struct Expected {
+        QString dialog;
+        Act act;
+    };
+    void lookForDialogs();
+    void answer(QWidget &dialog);
+
+    QObject m_Context; ///< ends the timers
+    std::unique_ptr<MainWnd> m_Window;
+    std::deque<Expected> m_Expected;
+};
+
+// Dialogs.
+extern const char *const AssignHeader;     ///< of the Force IP dialog from the context menu, on nic0
+extern const char *const ForceByMacHeader; ///< of that behind the hidden shortcut
+extern const char *const ConnectHeader;    ///< of that before a unicast write, on nic0
+constexpr const char *NotSaved = "The configuration could not be saved.";
+constexpr const char *AccessDenied = "Access denied\nThe device is controlled by another application.\nClose the "
+                                     "connection before changing the IP configuration.";
+
+/// testnet::cameraAt with something changed.
+template <class Change> camsim::CameraConfig cameraWith(unsigned number, const char *address, Change change) {
+    camsim::CameraConfig config = testnet::cameraAt(number, address);
+    change(config);
+    return config;
+}
+/// One that has to be written by unicast: it refuses the vendor command. (One that does not know it is waited for.)
+camsim::CameraConfig unicastCamera(unsigned number, const char *address);

@@ -1,0 +1,170 @@
+#include "Desktop.h"
+
+#include <QLabel>
+#include <QStyle>
+#include <QtTest>
+
+using namespace testnet;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+const char *const ErrorImage = "<p><img src=':/Lanvane/Resources/error.png'><br>";
+const char *const UnreachableText =
+    "The device is unreachable!</p><p>Currently you will not be able to use the device.</p>Please make sure the IP "
+    "address is in the same subnet as the adapter the device is connected to.";
+const char *const InUseText =
+    "The device is currently in use by another application!</p><p>Please close any applications currently using the "
+    "device and click <b>Refresh</b> to check the status again.";
+
+class Finding : public Desktop {
+protected:
+    /// The names of the top-level rows and, indented, of those below.
+    QStringList rows() const {
+        QStringList names;
+        for (QTreeWidgetItemIterator i(&tree()); *i; ++i)
+            names << ((*i)->parent() ? "  " : "") + (*i)->text(Name) + " " + (*i)->text(Serial);
+        return names;
+    }
+};
+
+TEST_F(Finding, TheFirstRefreshStartsWhenTheWindowIsShown) {
+    const auto b = [](auto &config) { config.model = "B"; };
+    open({cameraAt(3, "192.168.10.23/24"), cameraWith(2, "192.168.10.22/24", b), cameraWith(1, "192.168.10.21/24", b)},
+         {cameraAt(4, "192.168.20.24/24")});
+    EXPECT_THAT(rows(), ElementsAre("nic0 ", "  B 1", "  B 2", "  Virtual Camera 3", "nic1 ", "  Virtual Camera 4"));
+    EXPECT_EQ("<table align='left' border='0' cellpadding='1' cellspacing='1'><tr><td width='8'></td></tr><tr><td "
+              "width='8'></td><td>IP Address:</td><td width='100' align='right'>192.168.10.1</td></tr><tr><td></td>"
+              "<td>Subnet Mask:</td><td align='right'>255.255.255.0</td></tr></table>",
+              info());
+    EXPECT_FALSE(isEnabled("editor"));
+
+    QStringList cells;
+    for (int column = Name; column <= SubnetMask; ++column)
+        cells << tree().headerItem()->text(column) + "=" + row(1)->text(column);
+    EXPECT_EQ("=B|Serial Number=1|MAC Address=025AE3000001|Status=OK|IP Configuration=Static IP, Auto IP|"
+              "IP Address=192.168.10.21|Subnet Mask=255.255.255.0",
+              cells.join("|"));
+    select(1);
+    QString expected = "<p><table align='left' border='0' cellpadding='1' cellspacing='1'>";
+    for (const char *line :
+         {"Vendor:</td><td>Ostra", "Model Name:</td><td>B", "Serial Number:</td><td>1",
+          "MAC Address:</td><td>025AE3000001", "IP Configuration:</td><td>Static IP, Auto IP",
+          "IP Address:</td><td>192.168.10.21", "Subnet Mask:</td><td>255.255.255.0", "Gateway:</td><td>0.0.0.0"})
+        expected += QString("<tr><td width='8'></td><td>%1</td></tr>").arg(line);
+    EXPECT_EQ(expected + "</table></p>", info());
+    EXPECT_TRUE(isEnabled("editor"));
+    EXPECT_THAT(reports, ElementsAre());
+}
+
+TEST_F(Finding, EachVerdictHasItsRowDiagnosisAndEditor) {
+    open({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24"), cameraAt(3, "192.168.10.23/24"),
+          cameraWith(4, "192.168.10.24/24", [](auto &config) { config.reachable = false; }),
+          cameraAt(5, "192.168.10.25/24"), cameraAt(6, "172.16.0.9/16"), cameraAt(7, "192.168.10.27/16")});
+    hold(2);
+    hold(3, GEV_EXCLUSIVE_CONTROL_ACCESS);
+    // Readable although held exclusively: nothing definite can be said.
+    nic0->cameras.writeRegister(camera(5).mac, GEV_REG_CONTROL_CHANNEL_PRIVILEGE, 1);
+    refresh();
+    const QString possible = QString("<br>Possible addresses are:<br>192.168.10.1 - 192.168.10.254<br>");
+    const struct {
+        unsigned camera;
+        const char *status;
+        std::optional<QStyle::StandardPixmap> icon;
+        QString diagnosis;
+        bool editable;
+    } cases[] = {
+        {1, "OK", {}, "", true},
+        {2, "In use", QStyle::SP_MessageBoxWarning, InUseText, false},
+        {3, "In use", QStyle::SP_MessageBoxWarning, InUseText, false},
+        {4, "Not Reachable", QStyle::SP_MessageBoxWarning, UnreachableText + possible, true},
+        {5, "Unknown", QStyle::SP_MessageBoxCritical,
+         "There was an error while trying to determine the accessibility status of the device.</p>Try refreshing the "
+         "list by clicking <b>Refresh</b>.",
+         true},
+        {6, "Not Reachable", QStyle::SP_MessageBoxWarning, UnreachableText + possible, true},
+        {7,
+         "OK",
+         {},
+         "<p>The network adapter and the device are currently not in the same subnet. Therefore, the device will "
+         "currently not be visible to applications.</p><p>Make sure the device and the network adapter share the same "
+         "network prefix and subnet mask.</p>",
+         true},
+    };
+    for (const auto &expected : cases) {
+        SCOPED_TRACE(expected.camera);
+        select(expected.camera);
+        EXPECT_EQ(expected.status, cell(expected.camera, Status));
+        const QIcon icon = row(expected.camera)->icon(Status);
+        ASSERT_EQ(expected.icon.has_value(), !icon.isNull());
+        if (expected.icon) {
+            EXPECT_EQ(QApplication::style()->standardIcon(*expected.icon).pixmap(16, 16).toImage(),
+                      icon.pixmap(16, 16).toImage());
+        }
+        EXPECT_EQ(expected.diagnosis.isEmpty() ? QString() : ErrorImage + expected.diagnosis,
+                  info().section("</table></p>", 1));
+        EXPECT_EQ(expected.editable, isEnabled("btnUseDhcp") && isEnabled("editIpAddress"));
+        EXPECT_EQ(expected.editable, the<QLabel>("hintText").text().isEmpty());
+        EXPECT_FALSE(isEnabled("btnWriteConfiguration"));
+    }
+}
+
+TEST_F(Finding, RefreshKeepsTheSelection) {
+    open({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24")});
+    select(2);
+    refresh();
+    EXPECT_EQ("2", selected());
+    nic0->cameras.removeCamera(camera(2).mac);
+    click("btnRefresh");
+    EXPECT_EQ(tree().topLevelItem(0), tree().currentItem());
+    select(tree().topLevelItem(1));
+    refresh();
+    EXPECT_EQ("nic1", tree().currentItem()->text(Name));
+}
+
+TEST_F(Finding, NothingToListWithoutAdapters) {
+    open({cameraAt(1, "192.168.10.21/24")});
+    select(1);
+    ip("link set nic0 down");
+    ip("link set nic1 down");
+    refresh();
+    EXPECT_THAT(rows(), ElementsAre());
+    EXPECT_EQ("<p>No active network networkAdapter found!</p><p>Please make sure your network adapters are enabled and "
+              "working correctly.</p>Click <b>Refresh</b> or press <b>F5</b> to refresh the list of adapters.",
+              info());
+    EXPECT_EQ("", text("editIpAddress"));
+    ip("link set nic0 up");
+    awaitAdapters(1);
+    refresh();
+    EXPECT_THAT(rows(), ElementsAre("nic0 ", "  Virtual Camera 1"));
+}
+
+TEST_F(Finding, RowOfACameraHeardTwiceAndOfOneWithoutAdapterRow) {
+    open({cameraAt(1, "192.168.10.21/24")}, {cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.20.22/24")});
+    camsim::FaultConfig late;
+    late.delayMin = late.delayMax = std::chrono::milliseconds(20);
+    nic1->cameras.setFaults(late);
+    refresh();
+    EXPECT_THAT(rows(), ElementsAre("nic0 ", "  Virtual Camera 1", "nic1 ", "  Virtual Camera 2"));
+    // A dormant link carries datagrams although the system does not count it as running.
+    ip("link set nic1 down mode dormant");
+    ip("link set nic1 up");
+    awaitAdapters(1);
+    refresh();
+    EXPECT_THAT(rows(), ElementsAre("nic0 ", "  Virtual Camera 1", "Virtual Camera 2"));
+    select(2);
+    EXPECT_EQ("192.168.20.22", text("editIpAddress"));
+}
+
+TEST_F(Finding, DeviceTextsAreShownAsTexts) {
+    open({cameraWith(1, "192.168.10.21/24", [](auto &config) {
+        config.model = "<b>M</b>&\xE2\x80\xAEx";
+        config.manufacturer = "<img src='http://a'>\n";
+    })});
+    select(1);
+    EXPECT_THAT(info().toStdString(), HasSubstr("<td>&lt;img src='http://a'&gt;</td>"));
+    EXPECT_THAT(info().toStdString(), HasSubstr("<td>&lt;b&gt;M&lt;/b&gt;&amp;x</td>"));
+}
+
+} // namespace

@@ -1,0 +1,65 @@
+#include "Desktop.h"
+
+#include <QHeaderView>
+#include <QScreen>
+#include <QSettings>
+
+using namespace testnet;
+
+namespace {
+
+class Window : public Desktop {
+protected:
+    /// Geometry of a window that finds these settings.
+    static QRect geometryWith(const QVariant &pos, const QVariant &size) {
+        QSettings settings;
+        settings.clear();
+        settings.beginGroup("MainWindow");
+        if (pos.isValid())
+            settings.setValue("pos", pos);
+        if (size.isValid())
+            settings.setValue("size", size);
+        settings.sync();
+        const MainWnd window;
+        return {window.pos(), window.size()};
+    }
+};
+
+TEST_F(Window, StoredGeometry) {
+    const QSize form(733, 408);
+    const QSize stored(600, 300);
+    EXPECT_EQ(QRect(QPoint(0, 0), form), geometryWith({}, {}));
+    EXPECT_EQ(QRect(QPoint(30, 40), stored), geometryWith(QPoint(30, 40), stored));
+    EXPECT_EQ(form, geometryWith(QPoint(30, 40), {}).size());
+    EXPECT_EQ(form, geometryWith({}, stored).size());
+    EXPECT_EQ(form, geometryWith(QPoint(30, 40), QSize(-5, -5)).size());
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    // The frame reaches 8 pixels to the left of the position and 16 above.
+    EXPECT_EQ(stored, geometryWith(screen.bottomRight() + QPoint(8, 16), stored).size());
+    EXPECT_EQ(form, geometryWith(screen.bottomRight() + QPoint(9, 0), stored).size());
+    EXPECT_EQ(form, geometryWith(screen.bottomRight() + QPoint(0, 17), stored).size());
+    EXPECT_EQ(form, geometryWith(QPoint(-592, 0), stored).size());
+    EXPECT_EQ(stored, geometryWith(QPoint(-591, 0), stored).size());
+}
+
+TEST_F(Window, LayoutSurvivesARestart) {
+    open({cameraAt(1, "192.168.10.21/24")});
+    EXPECT_FALSE(tree().header()->sectionSize(Mac) == 222);
+    tree().header()->resizeSection(Mac, 222);
+    tree().header()->moveSection(Status, Serial);
+    window().resize(700, 500);
+    window().move(20, 30);
+    refresh();
+    EXPECT_TRUE(window().close());
+    EXPECT_EQ(2, QSettings().value("MainWindow/headerver"));
+    openWindow();
+    EXPECT_EQ(QRect(20, 30, 700, 500), QRect(window().pos(), window().size()));
+    EXPECT_EQ(222, tree().header()->sectionSize(Mac));
+    EXPECT_EQ(1, tree().header()->visualIndex(Status));
+
+    QSettings().setValue("MainWindow/headerver", 1); // another layout of the columns
+    openWindow();
+    EXPECT_EQ(static_cast<int>(Status), tree().header()->visualIndex(Status));
+}
+
+} // namespace
