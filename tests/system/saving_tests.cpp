@@ -132,6 +132,27 @@ TEST_F(Saving, ACameraThatDoesNotComeBackIsReported) {
     EXPECT_EQ("192.168.10.51", status(1).persistent.address.toString());
 }
 
+TEST_F(Saving, WhatWasTypedSurvivesAForcedAddressButNoModeWithoutAddresses) {
+    open({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24")});
+    nic0->cameras.setDhcpLease(camera(1).mac, settings("192.168.10.140/24"));
+    select(1);
+    type("editIpAddress", "192.168.");
+    expect("&Assign Temporary IP Address...", [](QWidget &menu) { QTest::keyClick(&menu, Qt::Key_A); });
+    expectForceIp(AssignHeader);
+    QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, QPoint(), QPoint()); // Qt does not know where the row is
+    QApplication::sendEvent(&tree(), &menuKey);
+    EXPECT_EQ("192.168.", text("editIpAddress"));
+    EXPECT_FALSE(isEnabled("btnWriteConfiguration"));
+    click("btnUseDhcp");
+    EXPECT_EQ("192.168.10.21 255.255.255.0 0.0.0.0", addresses());
+    expectSaveQuestion(QMessageBox::Yes);
+    select(2);
+    EXPECT_EQ("192.168.10.140", addressOf(1));
+    select(1);
+    EXPECT_TRUE(the<QRadioButton>("btnUseDhcp").isChecked());
+    EXPECT_THAT(reports, ElementsAre());
+}
+
 TEST_F(Saving, OnlyWhatIsValidSupportedAndChanged) {
     open({cameraWith(1, "192.168.10.21/24", [](auto &config) { config.ipOptions &= ~GEV_IP_CONFIG_DHCP; })});
     select(1);

@@ -32,7 +32,8 @@ QIcon AccessibilityIcon(Corvo::EDeviceAccessiblityInfo verdict);
 /// The icon of a model's family, or the generic camera.
 QIcon ModelIcon(const QString &modelName);
 
-/// A property for display: as it is, or empty when the device has none.
+/// A property as the device has it, "N/A" when it has none. What a device may choose itself must pass through
+/// plainDeviceText or richDeviceText before it is shown.
 QString displayText(const Corvo::CDeviceInfo &device, const char *property);
 QString formatIPConfigurationOf(const Corvo::CDeviceInfo &device);
 

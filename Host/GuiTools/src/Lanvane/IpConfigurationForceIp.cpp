@@ -3,10 +3,9 @@
 #include "Base/GCException.h"
 #include "CorvoQtBase/errorhandling.h"
 #include "Lanvane/AddressRules.h"
+#include "Lanvane/IpConfigurationParts.h"
 #include "Lanvane/WaitIndication.h"
 #include "Lanvane/ipaddresswidget.h"
-#include "Lanvane/ipconfigurationwidget.h"
-#include "MinimalCorvo/TraceLog.h"
 #include "MinimalCorvoGigETL/ICorvoGigEDevice.h"
 #include "ui_ipconfigurationwidget.h"
 
@@ -18,18 +17,8 @@ using namespace Corvo;
 
 namespace {
 
-constexpr unsigned Progress = tracelog::lvNotice;
-constexpr unsigned Warning = tracelog::lvWarning;
-constexpr unsigned Error = tracelog::lvError;
-
-#define TRACE(level, ...) tracelog::LogTrace(GetIPConfigBaseCatID(), level, __VA_ARGS__)
-
 /// First half of the MAC addresses of the maker's devices, for the user to complete.
 constexpr const char *MacPrefix = "02-5A-E3-";
-
-QByteArray bytes(const QString &text) { return text.toLocal8Bit(); }
-
-String_t gc(const QString &text) { return text.toUtf8().constData(); }
 
 QNetworkAddressEntry firstIPv4Entry(const CNetworkAdapter *adapter) {
     if (adapter) {
@@ -115,6 +104,7 @@ bool IpConfigurationWidget::sendForceIp(const QString &mac, const EditorContent 
         *pRediscovered = waitForDevice(mac);
         m_pDeviceLister->updateDeviceInfo(macText, nullptr, bytes(addresses.ipAddress), bytes(addresses.netmask),
                                           bytes(addresses.defaultGateway), true);
+        updateTreeRowFromDeviceInfoByMac(mac);
     } catch (const GenICam::GenericException &error) {
         TRACE(Error, "Failed to force IP for MAC=%s. Err='%s'", macText.constData(), error.GetDescription());
         showException("forceIp", error, this);
@@ -132,10 +122,10 @@ bool IpConfigurationWidget::sendForceIp(const QString &mac, const EditorContent 
 bool IpConfigurationWidget::openDevice(const QString &ipAddress) {
     QString address = ipAddress;
     for (;;) {
-        QString failure;
+        OpenFailure failure;
         if (tryOpenDevice(address, &failure))
             return true;
-        if (isInUseByAnother(address)) {
+        if (failure.isAccessDenied) {
             const QString title = QStringLiteral("Connection failed");
             const QString text =
                 QStringLiteral("Access denied\nThe device is controlled by another application.\nClose "
@@ -144,7 +134,7 @@ bool IpConfigurationWidget::openDevice(const QString &ipAddress) {
             QMessageBox::warning(this, title, text);
             return false;
         }
-        qDebug("Could not open the device. Will try forceIP ('%s')", bytes(failure).constData());
+        qDebug("Could not open the device. Will try forceIP ('%s')", bytes(failure.text).constData());
         const QString header =
             QStringLiteral("A connection to the device must be established in order to change the configuration.<br>To "
                            "do this, a temporary IP address needs to be assigned to the device.<br>This temporary "
@@ -156,26 +146,31 @@ bool IpConfigurationWidget::openDevice(const QString &ipAddress) {
     }
 }
 
-bool IpConfigurationWidget::tryOpenDevice(const QString &ipAddress, QString *failure) {
+bool IpConfigurationWidget::tryOpenDevice(const QString &ipAddress, OpenFailure *pFailure) {
     const WaitBox box(QStringLiteral("Trying to establish a connection to the device..."), this);
-    IGigETransportLayer &tl = m_pDeviceLister->Tl();
-    ICorvoDevice *created = nullptr;
     try {
-        CQuorelGigEDeviceInfo info;
-        info.SetIpAddress(gc(ipAddress));
-        created = tl.CreateDevice(info);
-        m_pDevice = dynamic_cast<ICorvoGigEDevice *>(created);
-        if (!m_pDevice)
-            throw LOGICAL_ERROR_EXCEPTION("The device must be a GEV Camera.");
-        m_pDevice->Open(Control | Stream | Event);
+        createAndOpenDevice(ipAddress);
         return true;
+    } catch (const GenICam::AccessException &error) {
+        *pFailure = {QString::fromUtf8(error.GetDescription()), true};
     } catch (const GenICam::GenericException &error) {
-        *failure = QString::fromUtf8(error.GetDescription());
-        m_pDevice = nullptr;
-        if (created)
-            tl.DestroyDevice(created);
-        return false;
+        *pFailure = {QString::fromUtf8(error.GetDescription()), isInUseByAnother(ipAddress)};
     }
+    closeDevice();
+    return false;
+}
+
+void IpConfigurationWidget::createAndOpenDevice(const QString &ipAddress) {
+    IGigETransportLayer &tl = m_pDeviceLister->Tl();
+    CQuorelGigEDeviceInfo info;
+    info.SetIpAddress(gc(ipAddress));
+    ICorvoDevice *created = tl.CreateDevice(info);
+    m_pDevice = dynamic_cast<ICorvoGigEDevice *>(created);
+    if (!m_pDevice) {
+        tl.DestroyDevice(created);
+        throw LOGICAL_ERROR_EXCEPTION("The device must be a GEV Camera.");
+    }
+    m_pDevice->Open(Control | Stream | Event);
 }
 
 /// A refused open looks like any other failure: the device itself tells whether somebody holds it.
@@ -199,10 +194,16 @@ void IpConfigurationWidget::onAssignTemporaryIPAddress() {
                                "resets.<br>") +
                     validAddressesText(),
                 false, nullptr);
-        updateTreeRowFromDeviceInfoByMac(displayText(*device, PropMacAddress));
-        updateUiFromTreeItem(ui->deviceTree->currentItem());
+        QTreeWidgetItem *item = ui->deviceTree->currentItem();
+        updateSelectionInfo(item);
+        if (m_isEditModeActive) // what the user has typed stays
+            updateUiState(item);
+        else
+            fillEditor(item);
     } catch (const std::exception &error) {
         qDebug("onAssignTemporaryIPAddress: error forcing IP (err='%s')", error.what());
+    } catch (...) {
+        qDebug("onAssignTemporaryIPAddress: error forcing IP (err='%s')", "Unknown exception occurred");
     }
 }
 

@@ -4,9 +4,8 @@
 #include "CorvoQtBase/GevGuiHelper.h"
 #include "CorvoQtBase/errorhandling.h"
 #include "Lanvane/AddressRules.h"
+#include "Lanvane/IpConfigurationParts.h"
 #include "Lanvane/WaitIndication.h"
-#include "Lanvane/ipconfigurationwidget.h"
-#include "MinimalCorvo/TraceLog.h"
 #include "MinimalCorvoGigETL/ICorvoGigEDevice.h"
 #include "ui_ipconfigurationwidget.h"
 
@@ -16,16 +15,6 @@
 #include <QSignalBlocker>
 
 using namespace Corvo;
-
-namespace {
-
-constexpr unsigned Progress = tracelog::lvNotice;
-constexpr unsigned Warning = tracelog::lvWarning;
-constexpr unsigned Error = tracelog::lvError;
-
-#define TRACE(level, ...) tracelog::LogTrace(GetIPConfigBaseCatID(), level, __VA_ARGS__)
-
-} // namespace
 
 void IpConfigurationWidget::on_btnWriteConfiguration_clicked() {
     guarded("on_btnWriteConfiguration_clicked", [this] {
@@ -62,11 +51,6 @@ QByteArray numberOf(AddressMode mode) {
     return QByteArray::number(4u | (isPersistent(mode) ? 1u : 0u) | (isDhcp(mode) ? 2u : 0u));
 }
 
-/// A text as the trace log and the transport layer take it.
-QByteArray bytes(const QString &text) { return text.toLocal8Bit(); }
-
-String_t gc(const QString &text) { return text.toUtf8().constData(); }
-
 } // namespace
 
 bool IpConfigurationWidget::hasAddressChanges() const {
@@ -82,10 +66,9 @@ void IpConfigurationWidget::storeAddresses(const QString &mac, const EditorConte
                                       bytes(content.defaultGateway), false);
 }
 
-void IpConfigurationWidget::restartAndAwait(const QString &mac) {
+bool IpConfigurationWidget::restartAndAwait(const QString &mac) {
     m_pDeviceLister->Tl().RestartIpConfiguration(gc(mac));
-    if (!waitForDevice(mac))
-        throw RUNTIME_EXCEPTION("Failed to discover reconfigured device");
+    return waitForDevice(mac);
 }
 
 bool IpConfigurationWidget::broadcastConfiguration(const QString &mac) {
@@ -133,11 +116,9 @@ bool IpConfigurationWidget::sendBroadcastConfiguration(const QString &mac) {
     clearEditFlags();
 
     TRACE(Progress, "Restarting IP configuration and waiting for rediscovery for MAC=%s.", macText.constData());
-    try {
-        restartAndAwait(mac);
-    } catch (const GenICam::GenericException &) {
+    if (!restartAndAwait(mac)) {
         TRACE(Warning, "Failed to rediscover the device with MAC=%s.", macText.constData());
-        throw;
+        throw RUNTIME_EXCEPTION("Failed to discover reconfigured device");
     }
     TRACE(Progress, "Successfully rediscovered MAC=%s.", macText.constData());
     return true;
@@ -145,6 +126,13 @@ bool IpConfigurationWidget::sendBroadcastConfiguration(const QString &mac) {
 
 bool IpConfigurationWidget::unicastConfiguration(const QString &oldIpAddress) {
     const QScopedValueRollback<int> busy(m_BusyDepth, m_BusyDepth + 1);
+    bool saved = false;
+    guarded("unicastConfiguration", [&] { saved = sendUnicastConfiguration(oldIpAddress); });
+    closeDevice();
+    return saved;
+}
+
+bool IpConfigurationWidget::sendUnicastConfiguration(const QString &oldIpAddress) {
     const QByteArray oldIp = bytes(oldIpAddress);
     TRACE(Progress, "Trying open device with old IP=%s to change IP configuration via unicast.", oldIp.constData());
     if (!openDevice(oldIpAddress)) {
@@ -152,31 +140,24 @@ bool IpConfigurationWidget::unicastConfiguration(const QString &oldIpAddress) {
               oldIp.constData());
         return false;
     }
-    bool saved = false;
-    guarded("unicastConfiguration", [&] {
-        const CQuorelGigEDeviceInfo opened(m_pDevice->GetDeviceInfo());
-        const QString mac = displayText(opened, PropMacAddress);
-        TRACE(Progress,
-              "Successfully opened device with old IP=%s; Netmask=%s; Gateway=%s; IPConfig='%s' to change IP "
-              "configuration via unicast.",
-              oldIp.constData(), opened.GetSubnetMask().c_str(), opened.GetDefaultGateway().c_str(),
-              bytes(formatIPConfigurationOf(opened)).constData());
-        const WaitCursor cursor;
-        writeToOpenDevice(oldIpAddress, mac);
-        clearEditFlags();
-        TRACE(Progress, "Closing device with old IP=%s.", oldIp.constData());
-        closeDevice();
-        TRACE(Progress, "Finished configuring device with old IP=%s.", oldIp.constData());
-        try {
-            restartAndAwait(mac);
-        } catch (const GenICam::GenericException &) {
-            TRACE(Warning, "Failed to rediscover the configured device with old IP=%s.", oldIp.constData());
-            throw;
-        }
-        saved = true;
-    });
+    const CQuorelGigEDeviceInfo opened(m_pDevice->GetDeviceInfo());
+    const QString mac = displayText(opened, PropMacAddress);
+    TRACE(Progress,
+          "Successfully opened device with old IP=%s; Netmask=%s; Gateway=%s; IPConfig='%s' to change IP "
+          "configuration via unicast.",
+          oldIp.constData(), opened.GetSubnetMask().c_str(), opened.GetDefaultGateway().c_str(),
+          bytes(formatIPConfigurationOf(opened)).constData());
+    const WaitCursor cursor;
+    writeToOpenDevice(oldIpAddress, mac);
+    clearEditFlags();
+    TRACE(Progress, "Closing device with old IP=%s.", oldIp.constData());
     closeDevice();
-    return saved;
+    TRACE(Progress, "Finished configuring device with old IP=%s.", oldIp.constData());
+    if (!restartAndAwait(mac)) {
+        TRACE(Warning, "Failed to rediscover the configured device with old IP=%s.", oldIp.constData());
+        throw RUNTIME_EXCEPTION("Failed to discover reconfigured device");
+    }
+    return true;
 }
 
 void IpConfigurationWidget::writeToOpenDevice(const QString &oldIpAddress, const QString &mac) {

@@ -2,14 +2,31 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QLabel>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWindow>
 
 WaitCursor::WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
 
 WaitCursor::~WaitCursor() { QApplication::restoreOverrideCursor(); }
+
+namespace {
+
+/// What follows may block. A window system takes a moment until it lets a new window paint.
+void showContent(const QWidget &window) {
+    constexpr int Patience_ms = 200;
+    QElapsedTimer elapsed;
+    elapsed.start();
+    do {
+        processEventsWithoutUser();
+    } while (!window.windowHandle()->isExposed() && !elapsed.hasExpired(Patience_ms));
+    processEventsWithoutUser();
+}
+
+} // namespace
 
 WaitBox::WaitBox(const QString &text, QWidget *parent)
     : m_Box(std::make_unique<QDialog>(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint)) {
@@ -23,7 +40,7 @@ WaitBox::WaitBox(const QString &text, QWidget *parent)
     layout->addWidget(label);
     layout->setSizeConstraint(QLayout::SetFixedSize);
     m_Box->show();
-    processEventsWithoutUser();
+    showContent(*m_Box);
 }
 
 WaitBox::~WaitBox() = default;

@@ -1,6 +1,7 @@
 #include "Lanvane/ipconfigurationwidget.h"
 
 #include "Base/GCException.h"
+#include "CorvoQtBase/DeviceText.h"
 #include "CorvoQtBase/errorhandling.h"
 #include "Lanvane/AddressRules.h"
 #include "Lanvane/AddressText.h"
@@ -13,6 +14,7 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QContextMenuEvent>
 #include <QCoreApplication>
 #include <QMenu>
 #include <QMessageBox>
@@ -107,14 +109,29 @@ void IpConfigurationWidget::setUpTree() {
     ui->deviceTree->setHeaderLabels({QString(), QStringLiteral("Serial Number"), QStringLiteral("MAC Address"),
                                      QStringLiteral("Status"), QStringLiteral("IP Configuration"),
                                      QStringLiteral("IP Address"), QStringLiteral("Subnet Mask")});
+    setUsualColumnWidths();
     restoreHeader();
+    ui->deviceTree->installEventFilter(this);
     connect(ui->deviceTree, SIGNAL(customContextMenuRequested(const QPoint &)), this,
             SLOT(onShowContextMenu(const QPoint &)));
     connect(ui->deviceTree, &QTreeWidget::currentItemChanged, this, &IpConfigurationWidget::onCurrentItemChanged);
     connect(ui->selectionInfo, SIGNAL(linkActivated(const QString &)), this,
             SLOT(onSelectionInfo_linkActivated(const QString &)));
-    ui->splitter->setStretchFactor(0, 3);
-    ui->splitter->setStretchFactor(1, 2);
+    ui->splitter->setStretchFactor(0, 1);
+    ui->splitter->setStretchFactor(1, 0);
+}
+
+void IpConfigurationWidget::setUsualColumnWidths() {
+    // Until there are devices to go by.
+    const char *const usual[] = {"Model Name",         "00000000",        "025AE3000000", "Not Reachable",
+                                 "Static IP, Auto IP", "192.168.100.100", "255.255.255.0"};
+    QHeaderView *header = ui->deviceTree->header();
+    const QFontMetrics metrics = ui->deviceTree->fontMetrics();
+    for (int column = ColName; column <= ColSubnetMask; ++column) {
+        const int textWidth = metrics.horizontalAdvance(QLatin1String(usual[column]));
+        const int iconWidth = 2 * ui->deviceTree->iconSize().width();
+        header->resizeSection(column, std::max(textWidth + iconWidth, header->sectionSizeHint(column)));
+    }
 }
 
 void IpConfigurationWidget::setUpActions() {
@@ -144,6 +161,9 @@ void IpConfigurationWidget::setUpEditor() {
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), ui->editor);
     escape->setContext(Qt::WidgetWithChildrenShortcut);
     connect(escape, &QShortcut::activated, this, &IpConfigurationWidget::revertEditor);
+    // A button has one shortcut, and that of this one is Ctrl+S.
+    auto *mnemonic = new QShortcut(QKeySequence::mnemonic(ui->btnWriteConfiguration->text()), this);
+    connect(mnemonic, &QShortcut::activated, ui->btnWriteConfiguration, &QPushButton::click);
 }
 
 void IpConfigurationWidget::restoreHeader() {
@@ -176,6 +196,17 @@ bool IpConfigurationWidget::event(QEvent *event) {
     if (event->type() != DeferredInitialRefreshEvent::eventType())
         return QWidget::event(event);
     refresh();
+    return true;
+}
+
+bool IpConfigurationWidget::eventFilter(QObject *watched, QEvent *event) {
+    // The menu key means the current row, wherever the tree believes the text cursor to be.
+    const bool isMenuKey = watched == ui->deviceTree && event->type() == QEvent::ContextMenu &&
+                           static_cast<QContextMenuEvent *>(event)->reason() == QContextMenuEvent::Keyboard;
+    if (!isMenuKey)
+        return QWidget::eventFilter(watched, event);
+    if (const QTreeWidgetItem *item = ui->deviceTree->currentItem())
+        onShowContextMenu(ui->deviceTree->visualItemRect(item).center());
     return true;
 }
 
@@ -248,8 +279,11 @@ void IpConfigurationWidget::fillTree() {
 void IpConfigurationWidget::sizeColumnsOnce() {
     if (m_areColumnsSized || m_pDeviceLister->devices().empty())
         return;
-    for (int column = 0; column < ui->deviceTree->columnCount(); ++column)
+    constexpr int Gap = 8; // between the texts of neighbouring columns
+    for (int column = 0; column < ui->deviceTree->columnCount(); ++column) {
         ui->deviceTree->resizeColumnToContents(column);
+        ui->deviceTree->setColumnWidth(column, ui->deviceTree->columnWidth(column) + Gap);
+    }
     m_areColumnsSized = true;
 }
 
@@ -295,9 +329,9 @@ bool IpConfigurationWidget::UpdateTreeItemFromDeviceInfo(QTreeWidgetItem *item, 
         return false;
     const EDeviceAccessiblityInfo verdict = GetAccessibility(*device);
     const QString model = displayText(*device, "ModelName");
-    item->setText(ColName, model);
+    item->setText(ColName, plainDeviceText(model));
     item->setIcon(ColName, ModelIcon(model));
-    item->setText(ColSerialNumber, displayText(*device, "SerialNumber"));
+    item->setText(ColSerialNumber, plainDeviceText(displayText(*device, "SerialNumber")));
     item->setText(ColMac, displayText(*device, PropMacAddress));
     item->setText(ColStatus, FormatAccessibility(verdict));
     item->setIcon(ColStatus, AccessibilityIcon(verdict));
@@ -392,6 +426,11 @@ void IpConfigurationWidget::onCurrentItemChanged(QTreeWidgetItem *current, QTree
 }
 
 void IpConfigurationWidget::updateUiFromTreeItem(const QTreeWidgetItem *item) {
+    updateSelectionInfo(item);
+    fillEditor(item);
+}
+
+void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
     const OptionalDevice device = deviceOf(item);
     const CNetworkAdapter *adapter = GetNetworkAdapaterFromDeviceItem(item);
     if (device) {
@@ -403,7 +442,6 @@ void IpConfigurationWidget::updateUiFromTreeItem(const QTreeWidgetItem *item) {
         setSelectionInfoText(adapterText(*adapter));
     else
         setSelectionInfoText(noDevicesText());
-    fillEditor(item);
 }
 
 void IpConfigurationWidget::setSelectionInfoText(const QString &richText) { ui->selectionInfo->setText(richText); }
@@ -441,21 +479,32 @@ void IpConfigurationWidget::fillEditor(const QTreeWidgetItem *item) {
         return device ? displayText(*device, device->GetPropertyAvailable(persistent) ? persistent : current)
                       : QString();
     };
-    const bool known = device && device->GetPropertyAvailable("_PortableIpConfigCurrent");
     ui->editIpAddress->setText(persistentOr("GevPersistentIPAddress", "IpAddress"));
     ui->editNetmask->setText(persistentOr("GevPersistentSubnetMask", "SubnetMask"));
     ui->editDefaultGateway->setText(persistentOr("GevPersistentDefaultGateway", "DefaultGateway"));
-    for (QRadioButton *button : {ui->btnUsePersistentIp, ui->btnUseDhcp, ui->btnUseAutoIp})
-        button->setAutoExclusive(false); // else one could not be unchecked
-    ui->btnUsePersistentIp->setChecked(known && device->IsPersistentIpActive());
-    ui->btnUseDhcp->setChecked(known && !device->IsPersistentIpActive() && device->IsDhcpActive());
-    ui->btnUseAutoIp->setChecked(known && !device->IsPersistentIpActive() && !device->IsDhcpActive() &&
-                                 device->IsAutoIpActive());
-    for (QRadioButton *button : {ui->btnUsePersistentIp, ui->btnUseDhcp, ui->btnUseAutoIp})
-        button->setAutoExclusive(true);
+    checkModeButton(device);
     clearEditFlags();
     updateUiState(const_cast<QTreeWidgetItem *>(item));
     m_Loaded = editorContent();
+}
+
+void IpConfigurationWidget::checkModeButton(const OptionalDevice &device) {
+    // Of the flags of the current configuration only this number is patched after a save.
+    const uint modes = device ? displayText(*device, "IpConfigCurrent").toUInt() : 0;
+    QRadioButton *chosen = nullptr;
+    if ((modes & 1u) != 0)
+        chosen = ui->btnUsePersistentIp;
+    else if ((modes & 2u) != 0)
+        chosen = ui->btnUseDhcp;
+    else if ((modes & 4u) != 0)
+        chosen = ui->btnUseAutoIp;
+    const auto buttons = {ui->btnUsePersistentIp, ui->btnUseDhcp, ui->btnUseAutoIp};
+    for (QRadioButton *button : buttons)
+        button->setAutoExclusive(false); // else one could not be unchecked
+    for (QRadioButton *button : buttons)
+        button->setChecked(button == chosen);
+    for (QRadioButton *button : buttons)
+        button->setAutoExclusive(true);
 }
 
 void IpConfigurationWidget::updateUiState(QTreeWidgetItem *item) {
@@ -487,6 +536,9 @@ void IpConfigurationWidget::enableWidgets(bool enable) {
 
 void IpConfigurationWidget::ipConfigurationEdited() {
     m_isIpProtocolConfigDirty = selectedMode() != m_Loaded.mode;
+    // What is half typed shall not be sent with a mode that needs no addresses, nor hold up its saving.
+    if (selectedMode() != AddressMode::Static && !areAddressesValid())
+        revertAddresses();
     edited();
 }
 
@@ -528,14 +580,21 @@ void IpConfigurationWidget::revertEditor() { fillEditor(ui->deviceTree->currentI
 
 bool IpConfigurationWidget::isValidConfigInUI() const {
     const AddressMode mode = selectedMode();
-    if (mode != AddressMode::Static)
-        return mode != AddressMode::None;
-    const EditorContent content = editorContent();
-    // A gateway that is left empty is none, 0.0.0.0.
-    const bool noGateway = ui->editDefaultGateway->text().trimmed().isEmpty();
-    return ui->editIpAddress->hasAcceptableInput() && isIPAddressValidForDevice(content.ipAddress) &&
-           m_pNetmaskValidator->isUsable(ui->editNetmask->text()) &&
-           (noGateway || ui->editDefaultGateway->hasAcceptableInput());
+    return mode == AddressMode::Static ? areAddressesValid() : mode != AddressMode::None;
+}
+
+bool IpConfigurationWidget::areAddressesValid() const {
+    return ui->editIpAddress->hasAcceptableInput() && isIPAddressValidForDevice(editorContent().ipAddress) &&
+           m_pNetmaskValidator->isUsable(ui->editNetmask->text()) && ui->editDefaultGateway->hasAcceptableInput();
+}
+
+void IpConfigurationWidget::revertAddresses() {
+    ui->editIpAddress->setText(m_Loaded.ipAddress);
+    ui->editNetmask->setText(m_Loaded.netmask);
+    ui->editDefaultGateway->setText(m_Loaded.defaultGateway);
+    m_isIpAddressDirty = m_isIpAddressEdited = false;
+    m_isNetmaskDirty = m_isNetmaskEdited = false;
+    m_isDefaultGatewayDirty = m_isDefaultGatewayEdited = false;
 }
 
 bool IpConfigurationWidget::hasChanges() const {

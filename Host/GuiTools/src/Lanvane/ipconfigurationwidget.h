@@ -50,6 +50,7 @@ public slots:
 
 protected:
     bool event(QEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
 
 private slots:
@@ -81,8 +82,14 @@ private:
         QString defaultGateway;
     };
 
+    struct OpenFailure {
+        QString text;
+        bool isAccessDenied = false;
+    };
+
     // Construction
     void setUpTree();
+    void setUsualColumnWidths();
     void setUpActions();
     void setUpEditor();
     void restoreHeader();
@@ -111,6 +118,7 @@ private:
     /// The adapter of an adapter row, or that under which a device is listed.
     const CNetworkAdapter *GetNetworkAdapaterFromDeviceItem(const QTreeWidgetItem *item) const;
     void updateUiFromTreeItem(const QTreeWidgetItem *item);
+    void updateSelectionInfo(const QTreeWidgetItem *item);
     void setSelectionInfoText(const QString &richText);
     /// The diagnosis stands below the device's data; it matters more.
     void showEndOfSelectionInfo();
@@ -118,10 +126,13 @@ private:
 
     // Editor
     void fillEditor(const QTreeWidgetItem *item);
+    void checkModeButton(const OptionalDevice &device);
     void updateUiState(QTreeWidgetItem *item);
     void enableWidgets(bool enable);
     void edited();
     bool isValidConfigInUI() const;
+    bool areAddressesValid() const;
+    void revertAddresses();
     bool hasChanges() const;
     AddressMode selectedMode() const;
     EditorContent editorContent() const;
@@ -132,12 +143,13 @@ private:
     bool broadcastConfiguration(const QString &mac);
     bool sendBroadcastConfiguration(const QString &mac);
     bool unicastConfiguration(const QString &oldIpAddress);
+    bool sendUnicastConfiguration(const QString &oldIpAddress);
     void writeToOpenDevice(const QString &oldIpAddress, const QString &mac);
     void storeMode(const QString &mac, AddressMode mode);
     void storeAddresses(const QString &mac, const EditorContent &content);
     bool hasAddressChanges() const;
-    /// Makes the device obtain its address anew. \throws RuntimeException when it does not come back.
-    void restartAndAwait(const QString &mac);
+    /// Makes the device obtain its address anew. \returns whether it came back.
+    bool restartAndAwait(const QString &mac);
     bool waitForDevice(const QString &mac);
     void closeDevice();
     bool checkSaveChanges() const;
@@ -148,7 +160,8 @@ private:
     bool forceIp(const QString &headerText, bool showMacAddress, QString *newIpAddress);
     bool sendForceIp(const QString &mac, const EditorContent &addresses, QString *newIpAddress, bool *pRediscovered);
     bool openDevice(const QString &ipAddress);
-    bool tryOpenDevice(const QString &ipAddress, QString *failure);
+    bool tryOpenDevice(const QString &ipAddress, OpenFailure *pFailure);
+    void createAndOpenDevice(const QString &ipAddress);
     bool isInUseByAnother(const QString &ipAddress);
     QString validAddressesText() const;
 

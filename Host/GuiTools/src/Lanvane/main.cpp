@@ -35,7 +35,7 @@ QIcon applicationIcon() {
 
 } // namespace
 
-int main(int argc, char *argv[]) {
+static int run(int argc, char *argv[]) {
     QCoreApplication::setApplicationName(QStringLiteral("Ostra Lanvane"));
     QCoreApplication::setOrganizationName(QStringLiteral("Quorel"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("quorel.example"));
@@ -54,4 +54,9 @@ int main(int argc, char *argv[]) {
     window.show();
     QObject::connect(&application, SIGNAL(lastWindowClosed()), &application, SLOT(quit()));
     return QApplication::exec();
+}
+
+// Without any handler the runtime would end the process before it destroys what has been built.
+int main(int argc, char *argv[]) try { return run(argc, argv); } catch (...) {
+    throw;
 }
