@@ -4,6 +4,7 @@
 
 #include "Lanvane/MainWnd.h"
 #include "Lanvane/ipconfigurationwidget.h"
+#include "gui/QtText.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -13,8 +14,6 @@
 #include <deque>
 
 enum Column { Name, Serial, Mac, Status, IpConfiguration, IpAddress, SubnetMask };
-
-inline void PrintTo(const QString &text, std::ostream *out) { *out << '"' << text.toStdString() << '"'; }
 
 /// The main window, a user in front of it and two adapters with cameras: "nic0" at 192.168.10.1/24, "nic1" at
 /// 192.168.20.1/24. Cameras go by their number (testnet::camera).
