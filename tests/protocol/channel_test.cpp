@@ -231,6 +231,7 @@ TEST_F(ChannelToCamera, DestroyedWhileABeatIsUnanswered) {
     cameras.clearRequests();
     EXPECT_TRUE(eventually([&] { return !cameras.requests().empty(); }));
     destroy();
+    EXPECT_TRUE(eventually([&] { return Holdings::now() == before; })); // a notification has been delivered then
     EXPECT_EQ(lost, 0);
 }
 
