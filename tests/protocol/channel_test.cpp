@@ -136,32 +136,48 @@ TEST(Heartbeat, TimeoutChangesKeepTheHostAheadOfTheDevice) {
     }
 }
 
-TEST(Heartbeat, WaitingBeatKnowsWhatHappenedMeanwhile) {
-    constexpr std::uint32_t SlowRegister = 0x9000;
-    const struct {
-        void (*act)(ScriptedChannel &);
-        std::uint32_t address, value; // of the last write
-    } cases[] = {
-        {[](ScriptedChannel &channel) { EXPECT_EQ(channel->SetHeartbeatTimeout(30000), 0u); },
-         GEV_REG_HEARTBEAT_TIMEOUT, 30000},
-        {[](ScriptedChannel &channel) { channel.destroy(); }, GEV_REG_CONTROL_CHANNEL_PRIVILEGE, 0},
-    };
-    for (const auto &row : cases) {
-        ScriptedChannel channel(
-            [](const Bytes &request, std::size_t) {
-                if (word(request, 8) == SlowRegister)
-                    std::this_thread::sleep_for(milliseconds(300));
-                return good(request);
-            },
-            Device(), GEV_CONTROL_ACCESS, 500);
-        channel.setProperty(ControlChannel::ReadRegTimeout, 5000);
-        EXPECT_EQ(channel.read(SlowRegister), 0u); // a beat falls due
-        row.act(channel);
-        const Bytes last = channel.requests().back();
-        EXPECT_EQ(word(last, 8), row.address);
-        EXPECT_EQ(word(last, 12), row.value);
-        EXPECT_EQ(channel.lost, 0);
+/// A channel to a device that is slow to answer for one register.
+class ChannelWithSlowRegister : public ScriptedChannel {
+public:
+    static constexpr std::uint32_t Slow = 0x9000;
+
+    ChannelWithSlowRegister(milliseconds delay, std::uint32_t heartbeat_ms)
+        : ScriptedChannel(
+              [delay](const Bytes &request, std::size_t) {
+                  if (word(request, 8) == Slow)
+                      std::this_thread::sleep_for(delay);
+                  return good(request);
+              },
+              Device(), GEV_CONTROL_ACCESS, heartbeat_ms) {
+        setProperty(ControlChannel::ReadRegTimeout, 5000);
     }
+};
+
+TEST(Heartbeat, WaitingBeatWritesTheNewTimeout) {
+    ChannelWithSlowRegister channel(milliseconds(900), 900);
+    std::thread change([&channel] {
+        std::this_thread::sleep_for(milliseconds(600)); // a beat fell due after 300 ms and waits for the answer
+        EXPECT_EQ(channel->SetHeartbeatTimeout(30000), 0u);
+    });
+    EXPECT_EQ(channel.read(channel.Slow), 0u);
+    change.join();
+    for (const Bytes &request : channel.requests())
+        EXPECT_TRUE(command(request) == TAG_READREG_CMD || word(request, 12) == 30000) << word(request, 12);
+}
+
+TEST(Heartbeat, WaitingBeatIsNotSentWithoutPrivilege) {
+    const auto destroyWithWaitingBeat = [] {
+        ChannelWithSlowRegister channel(milliseconds(250), 500);
+        EXPECT_EQ(channel.read(channel.Slow), 0u);
+        channel.destroy();
+        EXPECT_EQ(word(channel.requests().back(), 8), GEV_REG_CONTROL_CHANNEL_PRIVILEGE);
+        EXPECT_EQ(channel.lost, 0);
+    };
+    std::vector<std::thread> tries; // who gets the channel's lock first is a matter of luck
+    for (int i = 0; i < 16; ++i)
+        tries.emplace_back(destroyWithWaitingBeat);
+    for (std::thread &attempt : tries)
+        attempt.join();
 }
 
 TEST_F(ChannelToCamera, FailedCreateLeavesNothingBehind) {
@@ -199,11 +215,11 @@ TEST_F(ChannelToCamera, FailedCreateLeavesNothingBehind) {
 }
 
 TEST_F(ChannelToCamera, CallbackMayDestroyTheChannel) {
-    ASSERT_EQ(open(GEV_CONTROL_ACCESS, 500), 0u);
     onLost = [this] { // the last reference drops on the callback's thread
         EXPECT_EQ(write(0x0A00, 0), 0xE1000016u);
         destroy();
     };
+    ASSERT_EQ(open(GEV_CONTROL_ACCESS, 500), 0u);
     mute(); // found out by the heartbeat
     EXPECT_TRUE(eventually([&] { return lost == 1; }));
 }
@@ -215,6 +231,7 @@ TEST_F(ChannelToCamera, DestroyedWhileABeatIsUnanswered) {
     cameras.clearRequests();
     EXPECT_TRUE(eventually([&] { return !cameras.requests().empty(); }));
     destroy();
+    EXPECT_TRUE(eventually([&] { return Holdings::now() == before; })); // a notification has been delivered then
     EXPECT_EQ(lost, 0);
 }
 
