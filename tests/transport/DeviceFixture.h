@@ -4,7 +4,7 @@
 #include "MinimalCorvoGigETL/GxStatusException.h"
 #include "MinimalCorvoGigETL/tools.h"
 
-#include "Base/GCException.h"
+#include "Thrown.h"
 #include "camsim/Simulator.h"
 #include "support/Leaks.h"
 
@@ -30,7 +30,6 @@ protected:
         camsim::CameraConfig config = camsim::defaultCamera();
         config.persistent = {camsim::Ipv4::parse("127.0.0.1"), camsim::Ipv4::maskOf(8), {}};
         config.ipEnabled = GEV_IP_CONFIG_PERSISTENT_IP | GEV_IP_CONFIG_LLA;
-        config.restartSilence = std::chrono::milliseconds(20);
         return config;
     }
     static camsim::CameraConfig WithXml(const std::string &xml) {
@@ -98,20 +97,6 @@ protected:
                 texts.push_back(text);
         }
         return texts;
-    }
-
-    /// "Runtime: text" of what the operation throws, or an empty text.
-    template <class Operation> static std::string Failure(Operation operation) {
-        try {
-            operation();
-        } catch (const GenICam::GenericException &e) {
-            const char *type = dynamic_cast<const GenICam::LogicalErrorException *>(&e) ? "LogicalError: "
-                               : dynamic_cast<const GenICam::AccessException *>(&e)     ? "Access: "
-                               : dynamic_cast<const GenICam::RuntimeException *>(&e)    ? "Runtime: "
-                                                                                        : "other: ";
-            return std::string(type) + e.GetDescription();
-        }
-        return {};
     }
 
     camsim::Simulator cameras{Options()};

@@ -3,8 +3,6 @@
 #include "support/Site.h"
 
 #include <algorithm>
-#include <chrono>
-#include <iostream>
 
 using namespace Corvo;
 using namespace testnet;
@@ -97,14 +95,6 @@ TEST_F(Accessibility, VerdictsAndTheirCauses) {
                              [](const auto &request) { return request.command() == TAG_WRITEREG_CMD; }));
 }
 
-TEST_F(Accessibility, HeartbeatOfTheEnvironmentCounts) {
-    const CDeviceInfo device = find("1");
-    setenv("CORVO_GIGE_HEARTBEAT", "499", 1); // less than a channel accepts
-    EXPECT_EQ((Verdict{false, Accessibility_NotReachable}), probe(device));
-    setenv("CORVO_GIGE_HEARTBEAT", "4294967296", 1); // 3000 ms
-    EXPECT_EQ((Verdict{true, Accessibility_Ok}), probe(device));
-}
-
 TEST_F(Accessibility, ResolvesInfosMadeByTheCaller) {
     const auto layerError = [](const CDeviceInfo &info) { return thrownBy([&] { layer().IsDeviceAccessible(info); }); };
     const auto factoryError = [](const CDeviceInfo &info) {
@@ -146,28 +136,6 @@ TEST_F(Accessibility, AsksByUnicastForAnAddressOfTheCaller) {
     info.SetIpAddress("172.16.0.9"); // no route to it
     EXPECT_EQ("Runtime: Failed to discover GigE device '172.16.0.9:3956'", thrownBy([&] { probe(info); }));
     EXPECT_THAT(trace(), testing::Not(HasSubstr("Failed to enumerate")));
-}
-
-TEST_F(LayerTest, LookAtHundredCamerasOfWhichHalfDoNotAnswer) {
-    std::vector<CameraConfig> configs;
-    for (unsigned i = 0; i < 100; ++i) {
-        const CameraConfig config = cameraAt(i, "192.168.1." + std::to_string(i + 100) + "/24");
-        configs.push_back(i % 2 == 0 ? config : mute(config));
-    }
-    const Site site("nic0", "192.168.1.5/24", configs);
-    const auto start = std::chrono::steady_clock::now();
-    DeviceInfoList list;
-    EXPECT_EQ(100, layer().EnumerateAllDevices(list));
-    int verdicts[5] = {};
-    for (const CDeviceInfo &device : list) {
-        EDeviceAccessiblityInfo reason{};
-        layer().IsDeviceAccessible(device, Control, &reason);
-        ++verdicts[reason];
-    }
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    std::cout << "one full look at 100 cameras: " << elapsed.count() << " s\n";
-    EXPECT_EQ(50, verdicts[Accessibility_Ok]);
-    EXPECT_EQ(50, verdicts[Accessibility_NotReachable]);
 }
 
 } // namespace
