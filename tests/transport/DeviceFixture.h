@@ -1,18 +1,14 @@
 #pragma once
 
+#include "Layer.h"
 #include "MinimalCorvoGigETL/GigEDevice.h"
 #include "MinimalCorvoGigETL/GxStatusException.h"
-#include "MinimalCorvoGigETL/tools.h"
 
-#include "Thrown.h"
+#include "MinimalCorvo/Utilities.h"
 #include "camsim/Simulator.h"
 #include "support/Leaks.h"
 
-#include <gmock/gmock.h>
-
-#include <arpa/inet.h>
-
-/// One simulated camera on loopback and a device for it.
+/// A simulated camera on loopback and a device for it.
 class DeviceTest : public testing::Test {
 protected:
     ~DeviceTest() override {
@@ -25,7 +21,6 @@ protected:
         options.port = 0;
         return options;
     }
-
     static camsim::CameraConfig Config() {
         camsim::CameraConfig config = camsim::defaultCamera();
         config.persistent = {camsim::Ipv4::parse("127.0.0.1"), camsim::Ipv4::maskOf(8), {}};
@@ -43,8 +38,11 @@ protected:
                nodes + "<Port Name=\"" + port + "\"/></RegisterDescription>";
     }
 
-    /// Starts the camera and makes the device.
+    /// Replaces camera and device.
     void Start(const camsim::CameraConfig &config = Config()) {
+        device.reset();
+        for (const camsim::MacAddress &old : cameras.cameras())
+            cameras.removeCamera(old);
         cameras.addCamera(config);
         if (!cameras.running())
             cameras.start();
@@ -53,22 +51,19 @@ protected:
         device = Corvo::CreateGigEDevice(Info(config.ipOptions));
         cameras.clearRequests();
     }
-
     Corvo::CQuorelGigEDeviceInfo Info(std::uint32_t ipOptions = 7) const {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(cameras.port());
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        GEV_DISCOVERY_INFO info{};
-        info.IPConfigOptions.PersistentIP = ipOptions & 1;
-        info.IPConfigOptions.DHCP = ipOptions >> 1 & 1;
-        return Corvo::CDeviceInfo(
-            Corvo::CQuorelGigEDeviceInfoImpl(Corvo::AsSockaddr(address), &info, Corvo::AsSockaddr(address)));
+        Corvo::CQuorelGigEDeviceInfo info;
+        info.SetAddress(("127.0.0.1:" + std::to_string(cameras.port())).c_str());
+        info.SetPropertyValue("_PortableIpConfigOptions", std::to_string(ipOptions << 8).c_str());
+        info.SetFullName("NAME");
+        return info;
     }
-    std::string Name() const { return Info().GetFullName().c_str(); }
 
     std::uint32_t Register(std::uint32_t address) const { return cameras.readRegister(mac, address); }
     std::uint32_t Privilege() const { return Register(0x0A00) & 3; }
+    void Hold(std::uint32_t privilege) {
+        cameras.setHolder(mac, camsim::Holder{{camsim::Ipv4::parse("127.0.0.9"), 4444}, privilege});
+    }
     void Silence() {
         camsim::FaultConfig mute;
         mute.silentAfter = 0;
@@ -83,17 +78,13 @@ protected:
     GenApi::CIntegerPtr Feature(const char *name) { return device->GetNodeMap()->GetNode(name); }
     GenApi::CIntegerPtr Parameter(const char *name) { return device->GetTLNodeMap()->GetNode(name); }
 
-    /// Command and payload of what the camera received, heartbeats left out: "0082 00000A0000000002".
+    /// Commands the camera received, without heartbeats: code and payload as in "82 00000a0000000002".
     std::vector<std::string> Requests() const {
         std::vector<std::string> texts;
         for (const camsim::ReceivedRequest &request : cameras.requests()) {
-            std::string text;
-            for (std::size_t i = 2; i < request.bytes.size(); ++i) {
-                char digits[3];
-                std::snprintf(digits, sizeof digits, "%02X", request.bytes[i]);
-                text += i == 4 ? std::string(" ") : i < 4 || i >= 8 ? digits : "";
-            }
-            if (text.compare(0, 13, "0082 00000938") != 0)
+            const std::string bytes = Corvo::HexEncodeString(request.bytes.data(), request.bytes.size()).c_str();
+            const std::string text = bytes.substr(6, 2) + " " + bytes.substr(16);
+            if (text.compare(0, 11, "82 00000938") != 0)
                 texts.push_back(text);
         }
         return texts;

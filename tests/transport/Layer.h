@@ -1,10 +1,10 @@
 #pragma once
 
+#include "Base/GCException.h"
 #include "MinimalCorvo/CorvoBase.h"
 #include "MinimalCorvoGigETL/IGigETransportLayer.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 #include "MinimalCorvoGigETL/TlFactory.h"
-#include "Thrown.h"
 #include "support/TestFolder.h"
 
 #include <gmock/gmock.h>
@@ -34,6 +34,22 @@ protected:
 
     TestFolder folder;
 };
+
+/// What a call throws: "TYPE: DESCRIPTION", or "" when it returns.
+template <class Function> std::string thrownBy(Function function) {
+    try {
+        function();
+    } catch (const GenICam::RuntimeException &error) {
+        return std::string("Runtime: ") + error.GetDescription();
+    } catch (const GenICam::LogicalErrorException &error) {
+        return std::string("LogicalError: ") + error.GetDescription();
+    } catch (const GenICam::AccessException &error) {
+        return std::string("Access: ") + error.GetDescription();
+    } catch (const GenICam::InvalidArgumentException &error) {
+        return std::string("InvalidArgument: ") + error.GetDescription();
+    }
+    return "";
+}
 
 inline Corvo::DeviceInfoList listOf(const Corvo::CDeviceInfo &info) {
     Corvo::DeviceInfoList list;

@@ -95,6 +95,14 @@ TEST_F(Accessibility, VerdictsAndTheirCauses) {
                              [](const auto &request) { return request.command() == TAG_WRITEREG_CMD; }));
 }
 
+TEST_F(Accessibility, HeartbeatOfTheEnvironmentCounts) {
+    const CDeviceInfo device = find("1");
+    setenv("CORVO_GIGE_HEARTBEAT", "499", 1); // less than a channel accepts
+    EXPECT_EQ((Verdict{false, Accessibility_NotReachable}), probe(device));
+    setenv("CORVO_GIGE_HEARTBEAT", "4294967296", 1); // 3000 ms
+    EXPECT_EQ((Verdict{true, Accessibility_Ok}), probe(device));
+}
+
 TEST_F(Accessibility, ResolvesInfosMadeByTheCaller) {
     const auto layerError = [](const CDeviceInfo &info) { return thrownBy([&] { layer().IsDeviceAccessible(info); }); };
     const auto factoryError = [](const CDeviceInfo &info) {
