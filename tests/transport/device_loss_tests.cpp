@@ -107,7 +107,7 @@ TEST_F(DeviceLoss, MeetsAClose) {
     }
 }
 
-TEST_F(DeviceLoss, HeartbeatIsSetOnBothSidesWhileTheDeviceOpensAndCloses) {
+TEST_F(DeviceLoss, OpensAndClosesWhileOthersUseIt) {
     Start();
     std::atomic<bool> isDone{false};
     const auto set = [&](const GenApi::CIntegerPtr &node, int base) {
@@ -116,14 +116,22 @@ TEST_F(DeviceLoss, HeartbeatIsSetOnBothSidesWhileTheDeviceOpensAndCloses) {
     };
     std::thread camera(set, Feature("GevHeartbeatTimeout"), 3000);
     std::thread parameter(set, Parameter("HeartbeatTimeout"), 4000);
-    for (int i = 0; i < 20; ++i) {
-        device->Open(Control);
+    std::thread rival([&] {
+        for (; !isDone; thrownBy([&] { device->Close(); })) {
+            thrownBy([&] { device->Open(Stream); });
+            thrownBy([&] { NoteLoss("never"); });
+        }
+    });
+    for (int i = 0; i < 50; ++i) {
+        thrownBy([&] { device->Open(Control); });
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        device->Close();
+        thrownBy([&] { device->Close(); });
     }
     isDone = true;
     camera.join();
     parameter.join();
+    rival.join();
+    EXPECT_THAT(Notes(), testing::IsEmpty());
 }
 
 } // namespace

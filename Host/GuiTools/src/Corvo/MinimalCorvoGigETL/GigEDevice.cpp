@@ -233,7 +233,7 @@ void CGigEDevice::InvalidateDeviceNode() {
 
 std::shared_ptr<CGigEDevice::CSurpriseRemovalController> CGigEDevice::OpenController(const char *operation) const {
     const Lock lock(m_memberLock);
-    if (!IsOpen())
+    if (m_pSurpriseRemovalController == nullptr) // a little earlier than the channel goes when the device closes
         throw LOGICAL_ERROR_EXCEPTION("Camera object must not be closed (%s)", operation);
     return m_pSurpriseRemovalController;
 }

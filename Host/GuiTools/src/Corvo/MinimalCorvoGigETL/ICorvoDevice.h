@@ -27,7 +27,10 @@ using DeviceCallback = std::function<void(ICorvoDevice *)>;
 /// Identifies a registered callback; 0 is never used.
 using DeviceCallbackHandle = std::uintptr_t;
 
-/// A device, closed at first. Made and destroyed by a device factory; any thread may call it.
+/// A device, closed at first. Made and destroyed by a device factory.
+///
+/// Any thread may call it, but not while it holds the lock of one of the device's node maps, as a node callback inside
+/// the lock does: opening and closing take those locks themselves.
 class ICorvoDevice {
 public:
     ICorvoDevice(const ICorvoDevice &) = delete;
