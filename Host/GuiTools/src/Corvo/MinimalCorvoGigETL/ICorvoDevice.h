@@ -53,7 +53,6 @@ public:
     /// Always null, whatever GetNumStreamGrabberChannels says.
     virtual IStreamGrabber *GetStreamGrabber(std::uint32_t index) = 0;
     /// The device's features, or null when it has no usable description. Not accessible while the device is closed.
-    /// Node callbacks must not call the device: it invalidates nodes with its own lock held.
     virtual GenApi::INodeMap *GetNodeMap() = 0;
     virtual std::uint32_t GetNumStreamGrabberChannels() const = 0;
     /// The parameters of the connection to the device.
