@@ -25,7 +25,6 @@ protected:
         camsim::CameraConfig config = camsim::defaultCamera();
         config.persistent = {camsim::Ipv4::parse("127.0.0.1"), camsim::Ipv4::maskOf(8), {}};
         config.ipEnabled = GEV_IP_CONFIG_PERSISTENT_IP | GEV_IP_CONFIG_LLA;
-        config.restartSilence = std::chrono::milliseconds(20);
         return config;
     }
     static camsim::CameraConfig WithXml(const std::string &xml) {

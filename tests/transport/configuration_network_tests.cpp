@@ -71,15 +71,12 @@ TEST_F(LayerConfiguration, StoresEachAddressMode) {
                                                      "10.0.0.1", "A name of 20 chars!!"));
         const Bytes sent = lastRequest();
         ASSERT_EQ(84u, sent.size());
-        EXPECT_EQ((Bytes{0x42, 0x11, 0x80, 0x04}), part(sent, 0, 4));
-        EXPECT_EQ((Bytes{0x02, 0x5A, 0xE3, 0x00, 0x00, 0x02, 0, 0, 0, row.word}), part(sent, 10, 10));
         const Bytes ip = row.persistent ? Bytes{10, 0, 0, 60} : Bytes(4);
         const Bytes mask = row.persistent ? Bytes{255, 255, 255, 0} : Bytes(4);
         const Bytes gateway = row.persistent ? Bytes{10, 0, 0, 1} : Bytes(4);
         EXPECT_EQ(ip, part(sent, 32, 4));
         EXPECT_EQ(mask, part(sent, 48, 4));
         EXPECT_EQ(gateway, part(sent, 64, 4));
-        EXPECT_EQ("A name of 20 cha", std::string(sent.end() - 16, sent.end()));
 
         second.cameras.powerCycle(mac);
         EXPECT_TRUE(eventually([&] { return !currentAddress().empty(); }));

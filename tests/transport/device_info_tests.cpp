@@ -1,5 +1,4 @@
 #include "Layer.h"
-#include "MinimalCorvoGigETL/EnumCallee.h"
 #include "MinimalCorvoGigETL/tools.h"
 
 #include <algorithm>
@@ -75,18 +74,6 @@ TEST(DeviceInfo, MadeByTheCaller) {
     info.SetIpAddress("1.2.3.4");
     EXPECT_TRUE(info.IsSubset(infoWith({{"IpAddress", "0x1.2.3.4"}})));
     EXPECT_FALSE(CDeviceInfo(info).IsSubset(infoWith({{"IpAddress", "0x1.2.3.4"}})));
-}
-
-TEST(EnumCallee, DropsExactRepeatsOnly) {
-    DeviceInfoList list;
-    EnumCallee callee(list);
-    const GEV_DISCOVERY_INFO answer = record("");
-    const sockaddr device = address("192.168.1.20:3956");
-    for (const char *adapter : {"192.168.1.5", "192.168.1.5", "10.0.0.1"}) {
-        const sockaddr interface = address(adapter);
-        EXPECT_EQ(GX_SUCCESS, callee.EnumCallback(&device, &answer, &interface));
-    }
-    EXPECT_EQ(2u, list.size());
 }
 
 } // namespace

@@ -24,8 +24,7 @@ protected:
 };
 
 TEST_F(Devices, AreMadeFromInfosAndNames) {
-    EXPECT_EQ("Runtime: Ambiguous device info properties. 2 devices match the provided device info properties.",
-              thrownBy([&] { factory().CreateDevice(twins); }));
+    EXPECT_THAT(thrownBy([&] { factory().CreateDevice(twins); }), testing::HasSubstr("Ambiguous"));
     ICorvoDevice *pDevice = factory().CreateFirstDevice(twins);
     EXPECT_EQ("3", pDevice->GetDeviceInfo().GetSerialNumber());
     EXPECT_NE(nullptr, pDevice->GetNodeMap());

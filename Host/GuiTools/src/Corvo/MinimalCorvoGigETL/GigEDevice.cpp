@@ -165,6 +165,7 @@ void CGigEDevice::ImposeWriteTimeoutAccess(GenApi::EAccessMode mode) {
 }
 
 void CGigEDevice::Close() {
+    const Lock closingLock(*m_closingLock); // of two threads that close, the later must not undo a new opening half-way
     if (!IsOpen())
         throw LOGICAL_ERROR_EXCEPTION("Control channel already closed.");
     if (const std::exception_ptr failure = InternalClose())

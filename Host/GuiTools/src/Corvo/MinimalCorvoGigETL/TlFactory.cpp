@@ -88,6 +88,10 @@ const DeviceInfoList *CTlFactory::GetGlobalDeviceFilterInstance() { return GetIn
 
 void CTlFactory::CheckNotTerminated() {
     const std::lock_guard<std::mutex> lock(m_lock);
+    ThrowIfTerminated();
+}
+
+void CTlFactory::ThrowIfTerminated() const {
     if (m_terminated)
         throw LOGICAL_ERROR_EXCEPTION("Do not use any corvo object after Corvo::CorvoTerminate() has been called.");
 }
@@ -105,10 +109,10 @@ ITransportLayer *CTlFactory::CreateTl(const String_t &deviceClass) {
 }
 
 ITransportLayer *CTlFactory::CreateTl(const CTlInfo &info) {
-    CheckNotTerminated();
     tracelog::LogTrace(TraceCategory(), tracelog::lvDebug, "Trying to create TL '%s' - %s",
                        info.GetDeviceClass().c_str(), info.GetFullName().c_str());
     const std::lock_guard<std::mutex> lock(m_lock);
+    ThrowIfTerminated(); // with the lock: nobody would destroy a layer that is made after the termination
     auto entry = FindTl(info.GetDeviceClass());
     if (entry == m_tlMap.end())
         entry = MakeTl(info);

@@ -78,6 +78,7 @@ private:
     ICorvoDevice *InternalCreateDevice(const CDeviceInfo &info, const StringList_t &options, bool firstOnly);
 
     // Called with the lock.
+    void ThrowIfTerminated() const;
     TlMap::iterator FindTl(const String_t &deviceClass);
     TlMap::iterator MakeTl(const CTlInfo &info);
     TlMap::iterator AddTl(ITransportLayer *pLayer, const CTlLibHelper &library);
@@ -86,7 +87,8 @@ private:
     std::mutex m_lock;
     bool m_terminated = false;
     TlMap m_tlMap;
-    std::map<ICorvoDevice *, ITransportLayer *> m_implicitTlRefs;
+    /// An address is there twice when a new device got that of one whose end is not yet reported.
+    std::multimap<ICorvoDevice *, ITransportLayer *> m_implicitTlRefs;
 };
 
 } // namespace Corvo

@@ -221,9 +221,13 @@ template <class Interface> void CTransportLayerBase<Interface>::DestroyDevice(IC
 }
 
 template <class Interface> void CTransportLayerBase<Interface>::DestroyAllDevices() {
-    for (ICorvoDevice *pDevice : m_devices)
+    std::set<ICorvoDevice *> devices; // those in the member could be destroyed by their removal callbacks meanwhile
+    {
+        const GenApi::AutoLock lock(m_lock);
+        devices.swap(m_devices);
+    }
+    for (ICorvoDevice *pDevice : devices)
         DestroyDeviceImpl(pDevice);
-    m_devices.clear();
 }
 
 template <class Interface> GenApi::INodeMap *CTransportLayerBase<Interface>::GetNodeMap() {
