@@ -3,6 +3,8 @@
 #include "support/Site.h"
 
 #include <algorithm>
+#include <chrono>
+#include <iostream>
 
 using namespace Corvo;
 using namespace testnet;
@@ -144,6 +146,28 @@ TEST_F(Accessibility, AsksByUnicastForAnAddressOfTheCaller) {
     info.SetIpAddress("172.16.0.9"); // no route to it
     EXPECT_EQ("Runtime: Failed to discover GigE device '172.16.0.9:3956'", thrownBy([&] { probe(info); }));
     EXPECT_THAT(trace(), testing::Not(HasSubstr("Failed to enumerate")));
+}
+
+TEST_F(LayerTest, LookAtHundredCamerasOfWhichHalfDoNotAnswer) {
+    std::vector<CameraConfig> configs;
+    for (unsigned i = 0; i < 100; ++i) {
+        const CameraConfig config = cameraAt(i, "192.168.1." + std::to_string(i + 100) + "/24");
+        configs.push_back(i % 2 == 0 ? config : mute(config));
+    }
+    const Site site("nic0", "192.168.1.5/24", configs);
+    const auto start = std::chrono::steady_clock::now();
+    DeviceInfoList list;
+    EXPECT_EQ(100, layer().EnumerateAllDevices(list));
+    int verdicts[5] = {};
+    for (const CDeviceInfo &device : list) {
+        EDeviceAccessiblityInfo reason{};
+        layer().IsDeviceAccessible(device, Control, &reason);
+        ++verdicts[reason];
+    }
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    std::cout << "one full look at 100 cameras: " << elapsed.count() << " s\n";
+    EXPECT_EQ(50, verdicts[Accessibility_Ok]);
+    EXPECT_EQ(50, verdicts[Accessibility_NotReachable]);
 }
 
 } // namespace

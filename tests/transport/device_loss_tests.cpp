@@ -1,5 +1,6 @@
 #include "DeviceFixture.h"
 
+#include <malloc.h>
 #include <thread>
 
 using namespace Corvo;
@@ -132,6 +133,38 @@ TEST_F(DeviceLoss, OpensAndClosesWhileOthersUseIt) {
     parameter.join();
     rival.join();
     EXPECT_THAT(Notes(), testing::IsEmpty());
+}
+
+// That no thread and no descriptor stays behind is checked after every test.
+
+TEST_F(DeviceLoss, TwoHundredOpeningsKeepNoMemory) {
+    Start();
+    const auto cycles = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            device->Open(Control);
+            device->Close();
+        }
+        cameras.clearRequests();
+        return mallinfo2().uordblks;
+    };
+    const std::size_t before = cycles(20);
+    EXPECT_LT(cycles(200), before + 64 * 1024);
+}
+
+TEST_F(DeviceLoss, FiftyLostCamerasLeaveNothingBehind) {
+    Start();
+    for (int i = 0; i < 50; ++i) {
+        Open();
+        NoteLoss("lost");
+        Silence();
+        thrownBy([&] { Feature("Width")->GetValue(false, true); });
+        AwaitNotes(static_cast<std::size_t>(i) + 1);
+        if (i % 2 == 0)
+            device->Close();
+        device.reset();
+        Revive();
+        device = CreateGigEDevice(Info());
+    }
 }
 
 } // namespace

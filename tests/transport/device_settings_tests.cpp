@@ -2,6 +2,8 @@
 
 #include "DeviceFixture.h"
 
+#include <iostream>
+
 using namespace Corvo;
 
 namespace {
@@ -81,6 +83,35 @@ TEST_F(DeviceTest, FailedSettingsAreReportedAndStoreNothing) {
     String_t text;
     EXPECT_THAT(thrownBy([&] { device->GetPersistentIpAddress(text, text, text); }),
                 testing::StartsWith("Runtime: Failed to get persistent IP address: "));
+}
+
+TEST_F(DeviceTest, SettingsSurviveALossyLink) {
+    camsim::FaultConfig lossy;
+    lossy.lossFromCamera = 20;
+    cameras.setFaults(lossy);
+    Start();
+    std::cout << "fault seed " << cameras.seed() << "\n";
+    // One transaction in a hundred loses all three attempts, and then the user tries again.
+    const auto configure = [&] {
+        device->Open(Control);
+        device->ChangeIpConfiguration(true, false);
+        device->SetPersistentIpAddress("127.0.0.43", "255.0.0.0", "0.0.0.0");
+    };
+    int attempts = 1;
+    for (; !thrownBy(configure).empty() && attempts < 10; ++attempts) {
+        device = CreateGigEDevice(Info());
+        cameras.setHolder(mac, std::nullopt);
+    }
+    EXPECT_LT(attempts, 10);
+    EXPECT_NE(device->GetNodeMap(), nullptr);
+    cameras.setFaults(camsim::FaultConfig());
+    device->Close();
+    cameras.powerCycle(mac);
+    EXPECT_TRUE(eventually([&] {
+        const auto current = cameras.status(mac).current;
+        return current && current->address.toString() == "127.0.0.43";
+    }));
+    EXPECT_EQ(cameras.status(mac).ipEnabled, 5u);
 }
 
 } // namespace
