@@ -12,8 +12,8 @@ namespace GenApi {
 /// invalidation, a poll or an imposed access mode; at most once per outermost operation, which spans everything that
 /// callbacks do in the same node map. An exception that leaves a callback is traced and dropped; the others still run.
 /// "Outside the lock" means without the operation's own hold on it; what the caller holds himself stays held.
-/// A callback outside the lock must not be deregistered by a thread that holds a lock the callback takes, and it may run
-/// on several threads at once.
+/// A callback outside the lock must not be deregistered by a thread that holds a lock the callback takes, and it may
+/// run on several threads at once.
 class CNodeCallback {
 public:
     CNodeCallback(INode *pNode, ECallbackType callbackType) : m_pNode(pNode), m_callbackType(callbackType) {}
