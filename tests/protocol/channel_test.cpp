@@ -48,6 +48,7 @@ protected:
     }
     void destroy() {
         if (channel) {
+            EXPECT_EQ(channel->RegisterSurpriseRemovalCallback(nullptr), 0u); // a notification may be on its way
             EXPECT_EQ(channel->Destroy(), 0u);
         }
         channel = nullptr;
