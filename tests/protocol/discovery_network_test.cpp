@@ -165,7 +165,7 @@ TEST(Scale, ThousandCamerasBehindOneAdapter) {
     std::size_t granted = 0;
     std::ifstream("/proc/sys/net/core/rmem_max") >> granted;
     // The machine may grant less; then only what fits is sure to be heard, however late it is read.
-    EXPECT_GE(found, std::min<std::size_t>(Count, 2 * granted / 768));
+    EXPECT_GE(found, std::min<std::size_t>(Count, 2 * granted / 1280));
 }
 
 } // namespace
