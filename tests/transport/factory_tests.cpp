@@ -72,6 +72,10 @@ TEST_F(Factory, ServesSeveralThreads) {
     }
     for (std::thread &thread : threads)
         thread.join();
+    // The counts came out even: one reference more is the only one.
+    const ITransportLayer *last = factory().CreateTl("QuorelGigE");
+    factory().ReleaseTl(last);
+    EXPECT_THROW(factory().ReleaseTl(last), GenICam::InvalidArgumentException);
 }
 
 } // namespace
