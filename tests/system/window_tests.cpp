@@ -1,11 +1,8 @@
 #include "Desktop.h"
 
-#include <QElapsedTimer>
 #include <QHeaderView>
 #include <QScreen>
 #include <QSettings>
-
-#include <iostream>
 
 using namespace testnet;
 
@@ -63,30 +60,6 @@ TEST_F(Window, LayoutSurvivesARestart) {
     QSettings().setValue("MainWindow/headerver", 1); // another layout of the columns
     openWindow();
     EXPECT_EQ(static_cast<int>(Status), tree().header()->visualIndex(Status));
-}
-
-TEST_F(Window, AppearsAtOnceAndRefreshesTwoHundredCamerasSoon) {
-    qputenv("CORVO_BROADCAST_RECV_BUF_SIZE", "1000000"); // the default loses some when the machine is busy
-    Cameras cameras;
-    for (unsigned i = 0; i < 200; ++i)
-        cameras.push_back(cameraAt(i, "192.168.10." + std::to_string(i + 20) + "/24"));
-    nic0.emplace("nic0", "192.168.10.1/24", cameras);
-    awaitAdapters(1);
-    QElapsedTimer timer;
-    timer.start();
-    {
-        MainWnd first;
-        first.show();
-        first.grab();
-        std::cout << "window shown and painted after " << timer.elapsed() << " ms\n";
-    }
-    openWindow();
-    timer.restart();
-    refresh();
-    const qint64 elapsed = timer.elapsed();
-    std::cout << "refresh of 200 cameras: " << elapsed << " ms\n";
-    EXPECT_EQ(200, tree().topLevelItem(0)->childCount());
-    EXPECT_LT(elapsed, 20000);
 }
 
 } // namespace

@@ -6,7 +6,11 @@
 #include "MinimalCorvoGigETL/TlFactory.h"
 
 #include <algorithm>
+#include <atomic>
+#include <future>
 #include <string>
+#include <system_error>
+#include <vector>
 
 using namespace Corvo;
 
@@ -109,8 +113,26 @@ void DeviceLister::discoverAllDevices() {
     }
     DeviceInfoList ignored; // What a plain discovery hears does not matter; that devices heard one does.
     tl.EnumerateDevices(ignored, false);
-    for (CDeviceInfo &device : m_lstDevices)
-        testAccessibility(device);
+    testAllAccessibilities();
+}
+
+void DeviceLister::testAllAccessibilities() {
+    // A probe is mostly waiting, so it is threads, not cores, that shorten the time silent devices take.
+    constexpr std::size_t MaxThreads = 128;
+    std::atomic<std::size_t> next{0};
+    const auto probe = [&] {
+        for (std::size_t i = next++; i < m_lstDevices.size(); i = next++)
+            testAccessibility(m_lstDevices[i]);
+    };
+    std::vector<std::future<void>> helpers;
+    try {
+        while (helpers.size() + 1 < std::min(MaxThreads, m_lstDevices.size()))
+            helpers.push_back(std::async(std::launch::async, probe));
+    } catch (const std::system_error &) { // The host has no more threads: those there are do it, only slower.
+    }
+    probe();
+    for (std::future<void> &helper : helpers)
+        helper.get();
 }
 
 void DeviceLister::testAccessibility(CDeviceInfo &device) {

@@ -30,9 +30,9 @@ public:
     /// The transport layer that all listers share, created on demand. \throws RuntimeException
     Corvo::IGigETransportLayer &Tl();
 
-    /// Rebuilds the list by a discovery on all adapters. Blocks for about half a second, and longer for each device
-    /// that does not answer its probe. \throws GenericException what the transport layer raises; the list is then as
-    /// it was or as far as it came.
+    /// Rebuilds the list by a discovery on all adapters, then probes all devices side by side. Blocks for about half a
+    /// second, and as much longer as one probe takes (0.6 s) when a device does not answer.
+    /// \throws GenericException what the transport layer raises; the list is then as it was or as far as it came.
     void discoverAllDevices();
 
     /// Patches the entries of a device without a discovery. A null text leaves its value alone.
@@ -58,7 +58,9 @@ public:
                                        const char *pszSeparator, bool allowDuplicates);
 
 private:
+    /// Called from several threads, each with a device of its own.
     void testAccessibility(Corvo::CDeviceInfo &device);
+    void testAllAccessibilities();
 
     DeviceInfoList_t m_lstDevices;
 

@@ -27,7 +27,8 @@ public:
     /// Finds the devices that hold every property of at least one entry of \p filter; an empty filter admits all.
     virtual int EnumerateDevices(DeviceInfoList &list, const DeviceInfoList &filter, bool addToList = false) = 0;
 
-    /// Whether a device could be opened with the given access modes, found out without taking any privilege.
+    /// Whether a device could be opened with the given access modes, found out without taking any privilege. May be
+    /// called from several threads at once, which is how many devices are asked in the time of one.
     /// \param pAccessibilityInfo if not null, receives the reason.
     /// \throws RuntimeException when a caller-made info fits no device or several.
     virtual bool IsDeviceAccessible(const CDeviceInfo &info, AccessModeSet modes = AccessModeSet(Control),

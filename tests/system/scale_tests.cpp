@@ -1,0 +1,86 @@
+#include "Desktop.h"
+
+#include <QElapsedTimer>
+#include <QtTest>
+
+#include <fstream>
+#include <iostream>
+#include <random>
+
+using namespace testnet;
+using camsim::MacAddress;
+
+namespace {
+
+/// A number from the environment, so that a long run needs no other program.
+int setting(const char *name, int usual) {
+    return qEnvironmentVariableIsSet(name) ? qEnvironmentVariableIntValue(name) : usual;
+}
+
+/// Memory of this process in RAM.
+long resident_KiB() {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    while (status >> word && word != "VmRSS:") {
+    }
+    long kib = 0;
+    status >> kib;
+    return kib;
+}
+
+class Scale : public Desktop {
+protected:
+    Scale() { qputenv("CORVO_BROADCAST_RECV_BUF_SIZE", "1000000"); } // the default loses some on a busy machine
+
+    /// Cameras of an adapter at 10.NUMBER.0.1/16.
+    static Cameras camerasOn(unsigned adapter, unsigned count) {
+        Cameras cameras;
+        for (unsigned i = 0; i < count; ++i)
+            cameras.push_back(cameraAt(adapter * 1000 + i, "10." + std::to_string(adapter) + "." +
+                                                               std::to_string(1 + i / 250) + "." +
+                                                               std::to_string(1 + i % 250) + "/16"));
+        return cameras;
+    }
+    void openWith(unsigned camerasEach) {
+        nic0.emplace("nic0", "10.0.0.1/16", camerasOn(0, camerasEach));
+        nic1.emplace("nic1", "10.1.0.1/16", camerasOn(1, camerasEach));
+        awaitAdapters(2);
+        openWindow();
+    }
+};
+
+TEST_F(Scale, AThousandCamerasOfWhichFiftyAreSilent) {
+    openWith(500);
+    const auto timeRefresh = [this](const char *what) {
+        QElapsedTimer timer;
+        timer.start();
+        refresh();
+        std::cout << "refresh of 1000 cameras, " << what << ": " << timer.elapsed() << " ms\n";
+        EXPECT_EQ(500, tree().topLevelItem(0)->childCount());
+        EXPECT_EQ(500, tree().topLevelItem(1)->childCount());
+        return timer.elapsed();
+    };
+    timeRefresh("all well");
+    for (unsigned i = 0; i < 25; ++i) {
+        nic0->cameras.setReachable(camera(i).mac, false);
+        nic1->cameras.setReachable(camera(1000 + i).mac, false);
+    }
+    const qint64 elapsed = timeRefresh("50 silent");
+    EXPECT_EQ(50, tree().findItems("Not Reachable", Qt::MatchExactly | Qt::MatchRecursive, Status).size());
+    EXPECT_LT(elapsed, 50 * 600); // the time-outs one after the other
+}
+
+TEST_F(Scale, RefreshesDoNotGrow) {
+    openWith(100);
+    const int count = setting("LANVANE_REFRESHES", 20);
+    refresh();
+    refresh();
+    const long before = resident_KiB();
+    for (int i = 0; i < count; ++i)
+        refresh();
+    const long growth = resident_KiB() - before;
+    std::cout << count << " refreshes of 200 cameras: " << before << " KiB and then " << growth << " more\n";
+    EXPECT_LT(growth, 3000);
+}
+
+} // namespace
