@@ -49,6 +49,16 @@ TEST(Transaction, AcknowledgeIsJudged) {
     }
 }
 
+TEST(Transaction, OutdatedAcknowledgesDoNotHoldItForEver) {
+    ScriptedChannel channel([](const Bytes &request, std::size_t) {
+        return Answers(1500, acknowledge(request, 0, 0x0081, {9, 9, 9, 9}, -1)); // for a second and a half
+    });
+    channel.setProperty(ControlChannel::MaxRetryCountRead, 5);
+    channel.setProperty(ControlChannel::ReadRegTimeout, 10);
+    EXPECT_EQ(channel.read(), 0xE101800Bu);
+    EXPECT_LT(channel.property(ControlChannel::StatisticReadWriteTimeoutCount), 6u); // while they arrived
+}
+
 TEST(Transaction, RetriesWithTheSameIdAndCountsTimeouts) {
     for (const std::uint32_t retries : {2u, UINT32_MAX}) {
         ScriptedChannel channel(

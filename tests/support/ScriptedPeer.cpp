@@ -3,6 +3,7 @@
 #include "gxapi/GvcpMessages.h"
 
 #include <cerrno>
+#include <chrono>
 #include <sys/socket.h>
 #include <system_error>
 #include <unistd.h>
@@ -58,8 +59,12 @@ void ScriptedPeer::run() {
             std::lock_guard<std::mutex> lock(m_Mutex);
             m_Requests.push_back(request);
         }
-        for (const Bytes &answer : m_Script(request, number))
+        const std::vector<Bytes> answers = m_Script(request, number);
+        for (const Bytes &answer : answers) {
             sendto(m_Socket, answer.data(), answer.size(), 0, reinterpret_cast<sockaddr *>(&source), size);
+            if (answers.size() > 1000)
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
     }
 }
 

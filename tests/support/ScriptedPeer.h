@@ -15,7 +15,8 @@ using Bytes = std::vector<std::uint8_t>;
 /// A peer that answers each datagram as a script says; for what a well-behaved camera never does.
 class ScriptedPeer {
 public:
-    /// Called with each datagram and its number, from 0; returns the datagrams to answer with, in order.
+    /// Called with each datagram and its number, from 0; returns the datagrams to answer with, in order;
+    /// more than 1000 go out at 1 ms intervals.
     using Script = std::function<std::vector<Bytes>(const Bytes &request, std::size_t number)>;
 
     /// On loopback, at a port of the kernel's choice.

@@ -15,6 +15,8 @@ namespace {
 
 /// Datagrams handled per wake-up of a socket; bounded so that the others get their turn.
 constexpr int MaxBurst = 64;
+/// How long datagrams may keep a collection from falling quiet, beyond its timeout: a flood shall not hold its caller.
+constexpr std::uint32_t MaxUnrest_ms = 5000;
 
 /// True for a row whose socket is not bound to one adapter's address.
 bool IsShared(const _GX_SOCKET_INTERFACE_INFO &info) noexcept {
@@ -166,9 +168,14 @@ GXSTATUS CCollector::Collect(CSocket *sockets, std::size_t count, std::uint32_t 
         descriptors[row] = {static_cast<int>(SOCKET(sockets[row])), POLLIN, 0};
 
     Deadline deadline(timeout_ms);
+    const Deadline last(timeout_ms < GX_INFINITE - MaxUnrest_ms ? timeout_ms + MaxUnrest_ms : GX_INFINITE);
     while (!m_Stop) {
         const int ready = ::poll(descriptors.get(), count, deadline.RemainingPollTimeout());
         const int error = errno;
+        if (ready > 0 && last.HasPassed()) {
+            GX_TRACE(FlagDiscovery, LevelError, "Datagrams arrive without end. Collection aborted.");
+            return OnTimeout();
+        }
         if (ready > 0) {
             for (std::size_t row = 0; row < count && !m_Stop; ++row) {
                 if (descriptors[row].revents != 0)

@@ -30,11 +30,13 @@ public:
     ///
     /// \param interfaceInfo the adapter on which the next datagram of the socket arrived.
     virtual GXSTATUS OnReady(CSocket &socket, const _GX_SOCKET_INTERFACE_INFO &interfaceInfo) noexcept = 0;
-    /// Called after a quiet period of the timeout; the result ends the collection.
+    /// Called after a quiet period of the timeout, or when there has been none for too long; the result ends the
+    /// collection.
     virtual GXSTATUS OnTimeout() noexcept { return GX_E_TIMEOUT; }
     void StopCollecting() noexcept { m_Stop = true; }
 
-    /// Waits on all open sockets until a quiet period of the timeout has passed or StopCollecting was called.
+    /// Waits on all open sockets until a quiet period of the timeout has passed or StopCollecting was called, at most
+    /// 5 seconds longer than the timeout.
     ///
     /// \param infos parallel to sockets. A row whose address is the wildcard or the limited broadcast address takes the
     ///        adapter of each datagram from its IP_PKTINFO: one of the other rows. A row bound to 255.255.255.255 drops

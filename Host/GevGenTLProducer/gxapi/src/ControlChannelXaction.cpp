@@ -3,10 +3,23 @@
 #include "GvcpCommands.h"
 #include "TraceImp.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
 namespace GxImp {
+
+namespace {
+
+/// Each outdated acknowledge restarts the timeout; this many timeouts later no further one does.
+constexpr std::uint64_t MaxOutdatedTimeouts = 50;
+
+Deadline PatienceFor(std::uint32_t timeout_ms, std::uint32_t attempts) noexcept {
+    const std::uint64_t patience_ms = timeout_ms * (attempts + MaxOutdatedTimeouts);
+    return Deadline(static_cast<std::uint32_t>(std::min<std::uint64_t>(patience_ms, GX_INFINITE)));
+}
+
+} // namespace
 
 CControlChannel::CXaction::~CXaction() {
     if (m_pControlChannel)
@@ -30,6 +43,7 @@ GXSTATUS CControlChannel::CXaction::Init(CControlChannel &channel, std::uint8_t 
 
     channel.m_CriticalSection.Enter();
     m_pControlChannel = &channel;
+    m_Patience = PatienceFor(m_Timeout, m_MaxAttempts);
     if (channel.m_Disconnected) {
         GX_TRACE(FlagControlChannel, LevelError, "Attempt to init transaction at disconnected control channel");
         return GX_E_DISCONNECTED;
@@ -88,7 +102,10 @@ CControlChannel::CXaction::Verdict CControlChannel::CXaction::Judge(std::size_t 
     if (difference > 0) {
         GX_TRACE(FlagControlChannel, LevelWarning, "Outdated transaction id. Expected: 0x%02hx encountered: 0x%02hx.",
                  requestId, ackId);
-        return Verdict::Retry;
+        if (!m_Patience.HasPassed())
+            return Verdict::Retry;
+        *pStatus = Lose(GX_E_GEV_NO_MSG);
+        return Verdict::Done;
     }
     if (difference < 0) {
         GX_TRACE(FlagControlChannel, LevelError, "Wrong transaction id. Expected: 0x%02hx encountered: 0x%02hx.",
@@ -193,7 +210,7 @@ GXSTATUS CControlChannel::CReadRegXaction::Complete() noexcept {
     const std::uint16_t length = ntohs(Response<GVCP_RESPONSE_HEADER>()->Length);
     if (length != 4 * Count) {
         GX_TRACE(FlagControlChannel, LevelError, "Unexpected read response size. Expected %d got %d items.",
-                 static_cast<int>(Count), length / 4);
+                 static_cast<int>(4 * Count), length);
         return GX_E_SHORT_DATA;
     }
     const auto *items =

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Clock.h"
 #include "ControlChannelImp.h"
 
 namespace GxImp {
@@ -51,6 +52,7 @@ private:
     std::size_t m_RequestLength = 0; ///< bytes to send
     std::uint32_t m_Timeout = 0;     ///< ms
     std::uint32_t m_MaxAttempts = 0;
+    Deadline m_Patience{GX_INFINITE}; ///< with a device that sends outdated acknowledges without end
 };
 
 class CControlChannel::CReadRegXaction : public CXaction {
