@@ -58,7 +58,7 @@ void expectAlways(QValidator::State state, const char *mask, Texts addresses) {
 
 TEST(Validators, JudgeAddresses) {
     const QIpAddressValidator validator;
-    expectState(validator, Acceptable, {"0.0.1.0", " 10.0.0.1 ", "192.168.001.089", "255.255.255.255"});
+    expectState(validator, Acceptable, {"0.0.1.0", " 10.0.0.1 ", "192.168.001.089", "010.1.2.3", "255.255.255.255"});
     expectState(validator, Intermediate, {"", "1.2.3", "192.168.1.", "1.2..4", "1. .3.4", "0.0.0.7", "0.0.0.255"});
     // 0377 is sent as 377, although it is an octal 255.
     expectState(validator, Invalid, {"1.2.3.4.5", "1.2.3.256", "1.2.3.0377", "1.2.3.x", "::1.2.3.4"});

@@ -105,6 +105,16 @@ TEST_F(Saving, ForcesFirstWhenACameraCannotBeReached) {
     EXPECT_THAT(reports, ElementsAre());
 }
 
+TEST_F(Saving, NeverReachesAnotherCameraWithTheSameAddress) {
+    open({unicastCamera(1, "192.168.10.21/24"), unicastCamera(2, "192.168.10.21/24")}); // the first one answers
+    select(2);
+    type("editIpAddress", "192.168.10.52");
+    expectForceIp(ConnectHeader, "192.168.10.77");
+    click("btnWriteConfiguration");
+    EXPECT_EQ("192.168.10.21 192.168.10.52", addressOf(1) + " " + addressOf(2));
+    EXPECT_THAT(reports, ElementsAre());
+}
+
 TEST_F(Saving, ACameraTakenMeanwhileIsLeftAlone) {
     open({cameraAt(1, "192.168.10.21/24")}); // refuses the vendor command, too, then
     select(1);

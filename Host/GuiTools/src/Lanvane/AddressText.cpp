@@ -27,10 +27,18 @@ void fixupMacAddress(QString &text) {
 QHostAddress ipv4AddressFromText(const QString &text) {
     QString cleaned = text;
     fixupIpAddress(cleaned);
-    if (cleaned.count(QLatin1Char('.')) != 3)
-        return QHostAddress();
-    const QHostAddress address(cleaned);
+    // QHostAddress alone would take blanks, signs, octal and hexadecimal numbers within.
+    static const QRegularExpression dottedDecimal(QStringLiteral("^0*(\\d{1,3}(\\.\\d{1,3}){3})$"));
+    const QHostAddress address(dottedDecimal.match(cleaned).captured(1));
     return address.protocol() == QAbstractSocket::IPv4Protocol ? address : QHostAddress();
+}
+
+QString canonicalIpAddress(QString text) {
+    const QHostAddress address = ipv4AddressFromText(text);
+    if (!address.isNull())
+        return address.toString();
+    fixupIpAddress(text);
+    return text;
 }
 
 bool isHexDigit(QChar ch) {

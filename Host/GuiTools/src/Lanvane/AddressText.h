@@ -10,9 +10,13 @@ void fixupIpAddress(QString &text);
 /// Keeps nothing but the hexadecimal digits, in their order and letter case.
 void fixupMacAddress(QString &text);
 
-/// The address that \p text stands for once cleaned, so that what is judged is what will be sent: without the clean-up
-/// a leading zero makes an octet octal. Null when the text is no IPv4 address.
+/// The address that four decimal numbers stand for once cleaned; a leading zero makes none of them octal. Null for any
+/// other text.
 QHostAddress ipv4AddressFromText(const QString &text);
+
+/// The usual spelling of that address, so that what is judged is what is sent and shown. Any other text is only
+/// cleaned.
+QString canonicalIpAddress(QString text);
 
 /// 0 to 9, a to f, A to F.
 bool isHexDigit(QChar ch);

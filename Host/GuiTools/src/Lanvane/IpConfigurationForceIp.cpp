@@ -3,6 +3,7 @@
 #include "Base/GCException.h"
 #include "CorvoQtBase/errorhandling.h"
 #include "Lanvane/AddressRules.h"
+#include "Lanvane/AddressText.h"
 #include "Lanvane/IpConfigurationParts.h"
 #include "Lanvane/WaitIndication.h"
 #include "Lanvane/ipaddresswidget.h"
@@ -65,7 +66,7 @@ bool IpConfigurationWidget::forceIp(const QString &headerText, bool showMacAddre
         }
         EditorContent entered{AddressMode::Static, dialog.ipAddress(), dialog.subnetMask(), dialog.defaultGateway()};
         for (QString *address : {&entered.ipAddress, &entered.netmask, &entered.defaultGateway})
-            fixupIpAddress(*address);
+            *address = canonicalIpAddress(*address);
         QString mac = dialog.macAddress();
         fixupMacAddress(mac);
         mac = mac.toUpper();
@@ -95,6 +96,7 @@ bool IpConfigurationWidget::sendForceIp(const QString &mac, const EditorContent 
            macText.constData(), bytes(addresses.ipAddress).constData(), bytes(addresses.netmask).constData(),
            bytes(addresses.defaultGateway).constData());
     TRACE(Progress, "Now forcing IP for MAC=%s. Retries remaining=%i.", macText.constData(), 0);
+    processEventsWithoutUser(); // what follows blocks for up to 3 seconds
     try {
         m_pDeviceLister->Tl().ForceIp(gc(mac), gc(addresses.ipAddress), gc(addresses.netmask),
                                       gc(addresses.defaultGateway));
@@ -105,15 +107,18 @@ bool IpConfigurationWidget::sendForceIp(const QString &mac, const EditorContent 
         m_pDeviceLister->updateDeviceInfo(macText, nullptr, bytes(addresses.ipAddress), bytes(addresses.netmask),
                                           bytes(addresses.defaultGateway), true);
         updateTreeRowFromDeviceInfoByMac(mac);
+        updateSelectionInfo(ui->deviceTree->currentItem());
     } catch (const GenICam::GenericException &error) {
         TRACE(Error, "Failed to force IP for MAC=%s. Err='%s'", macText.constData(), error.GetDescription());
         showException("forceIp", error, this);
         return false;
     } catch (const std::exception &error) {
         TRACE(Error, "Failed to force IP for MAC=%s.", macText.constData());
+        *pRediscovered = false;
         showException("forceIp", error, this);
     } catch (...) {
         TRACE(Error, "Failed to force IP for MAC=%s.", macText.constData());
+        *pRediscovered = false;
         showUnexpectedException("forceIp", "Unknown exception occurred", this);
     }
     return true;
@@ -160,11 +165,18 @@ bool IpConfigurationWidget::tryOpenDevice(const QString &ipAddress, OpenFailure 
     return false;
 }
 
-void IpConfigurationWidget::createAndOpenDevice(const QString &ipAddress) {
-    IGigETransportLayer &tl = m_pDeviceLister->Tl();
+/// The selected device at an address: another one there is not it, as when two have the same address.
+CQuorelGigEDeviceInfo IpConfigurationWidget::deviceToOpen(const QString &ipAddress) const {
     CQuorelGigEDeviceInfo info;
     info.SetIpAddress(gc(ipAddress));
-    ICorvoDevice *created = tl.CreateDevice(info);
+    if (const OptionalDevice selected = GetSelectedDeviceInfo())
+        info.SetPropertyValue(PropMacAddress, selected->GetMacAddress());
+    return info;
+}
+
+void IpConfigurationWidget::createAndOpenDevice(const QString &ipAddress) {
+    IGigETransportLayer &tl = m_pDeviceLister->Tl();
+    ICorvoDevice *created = tl.CreateDevice(deviceToOpen(ipAddress));
     m_pDevice = dynamic_cast<ICorvoGigEDevice *>(created);
     if (!m_pDevice) {
         tl.DestroyDevice(created);
@@ -177,9 +189,7 @@ void IpConfigurationWidget::createAndOpenDevice(const QString &ipAddress) {
 bool IpConfigurationWidget::isInUseByAnother(const QString &ipAddress) {
     EDeviceAccessiblityInfo verdict = Accessibility_Unknown;
     try {
-        CQuorelGigEDeviceInfo info;
-        info.SetIpAddress(gc(ipAddress));
-        m_pDeviceLister->Tl().IsDeviceAccessible(info, AccessModeSet(Control), &verdict);
+        m_pDeviceLister->Tl().IsDeviceAccessible(deviceToOpen(ipAddress), AccessModeSet(Control), &verdict);
     } catch (const GenICam::GenericException &) { // not found at that address, so nothing is known of its holder
     }
     return verdict == Accessibility_Opened || verdict == Accessibility_OpenedExclusively;
@@ -195,7 +205,6 @@ void IpConfigurationWidget::onAssignTemporaryIPAddress() {
                     validAddressesText(),
                 false, nullptr);
         QTreeWidgetItem *item = ui->deviceTree->currentItem();
-        updateSelectionInfo(item);
         if (m_isEditModeActive) // what the user has typed stays
             updateUiState(item);
         else

@@ -26,8 +26,8 @@ void IpConfigurationWidget::on_btnWriteConfiguration_clicked() {
             updateTreeRowFromDeviceInfoByMac(displayText(*device, PropMacAddress));
             doRefresh();
         } else {
-            QMessageBox::critical(this, window()->windowTitle(),
-                                  QStringLiteral("The configuration could not be saved."), QMessageBox::Close);
+            QMessageBox::critical(this, windowTitle(), QStringLiteral("The configuration could not be saved."),
+                                  QMessageBox::Close);
         }
     });
 }
@@ -99,6 +99,7 @@ bool IpConfigurationWidget::sendBroadcastConfiguration(const QString &mac) {
         TRACE(Error, "Invalid addresstype for MAC=%s! Don't know which addressing to use.", macText.constData());
         return false;
     }
+    processEventsWithoutUser(); // what follows blocks for up to 3 seconds
     if (!m_pDeviceLister->Tl().BroadcastIpConfiguration(gc(mac), isPersistent(content.mode), isDhcp(content.mode),
                                                         gc(content.ipAddress), gc(content.netmask),
                                                         gc(content.defaultGateway), String_t())) {
@@ -243,7 +244,7 @@ bool IpConfigurationWidget::checkSaveChanges() const {
                          m_isDefaultGatewayDirty || m_isDefaultGatewayEdited || m_isCustomNameDirty;
     if (!pending || !isValidConfigInUI())
         return false;
-    return QMessageBox::question(const_cast<IpConfigurationWidget *>(this), window()->windowTitle(),
+    return QMessageBox::question(const_cast<IpConfigurationWidget *>(this), windowTitle(),
                                  QStringLiteral("Do you want to save the changes to the configuration?"),
                                  QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
 }
@@ -259,7 +260,7 @@ void IpConfigurationWidget::saveChangesOf(QTreeWidgetItem *item) {
     if (writeConfiguration(*device))
         updateTreeRowFromDeviceInfoByMac(displayText(*device, PropMacAddress));
     else
-        QMessageBox::critical(this, window()->windowTitle(), QStringLiteral("The configuration could not be saved."));
+        QMessageBox::critical(this, windowTitle(), QStringLiteral("The configuration could not be saved."));
     ui->deviceTree->setCurrentItem(current);
 }
 
@@ -275,7 +276,7 @@ bool IpConfigurationWidget::saveBeforeClosing() {
         return true;
     }
     return QMessageBox::critical(
-               this, window()->windowTitle(),
+               this, windowTitle(),
                QStringLiteral("The configuration could not be saved.\nWould you like to continue closing the "
                               "application?\n\nIf you click 'Yes', your configuration will not be changed and the "
                               "application will close.\nIf you click 'No', you will return to the application."),

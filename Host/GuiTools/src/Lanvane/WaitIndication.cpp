@@ -13,10 +13,7 @@ WaitCursor::WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
 
 WaitCursor::~WaitCursor() { QApplication::restoreOverrideCursor(); }
 
-namespace {
-
-/// What follows may block. A window system takes a moment until it lets a new window paint.
-void showContent(const QWidget &window) {
+void awaitExposure(const QWidget &window) {
     constexpr int Patience_ms = 200;
     QElapsedTimer elapsed;
     elapsed.start();
@@ -25,8 +22,6 @@ void showContent(const QWidget &window) {
     } while (!window.windowHandle()->isExposed() && !elapsed.hasExpired(Patience_ms));
     processEventsWithoutUser();
 }
-
-} // namespace
 
 WaitBox::WaitBox(const QString &text, QWidget *parent)
     : m_Box(std::make_unique<QDialog>(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint)) {
@@ -40,7 +35,7 @@ WaitBox::WaitBox(const QString &text, QWidget *parent)
     layout->addWidget(label);
     layout->setSizeConstraint(QLayout::SetFixedSize);
     m_Box->show();
-    showContent(*m_Box);
+    awaitExposure(*m_Box);
 }
 
 WaitBox::~WaitBox() = default;

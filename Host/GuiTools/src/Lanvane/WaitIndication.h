@@ -28,6 +28,8 @@ private:
     std::unique_ptr<QDialog> m_Box;
 };
 
+/// Lets a window that was just shown paint before something blocks: a window system takes a moment. At most 200 ms.
+void awaitExposure(const QWidget &window);
 /// Lets the windows paint and posted events arrive; what the user does waits.
 void processEventsWithoutUser();
 /// The same for a time in milliseconds.

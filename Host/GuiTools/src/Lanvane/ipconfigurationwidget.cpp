@@ -53,12 +53,6 @@ public:
 
 int indexOf(const QTreeWidgetItem *item) { return item->data(ColName, IndexRole).toInt(); }
 
-/// Cleaned up, so that other spellings of one address count as the same.
-QString cleaned(QString address) {
-    fixupIpAddress(address);
-    return address;
-}
-
 /// Gives the focus back at the end: a widget that is disabled loses it, for good. One that stays disabled leaves it to
 /// the other.
 class FocusKeeper {
@@ -76,9 +70,9 @@ private:
 };
 
 /// The dotted form, also of a prefix length.
-QString cleanedNetmask(const QIpNetmaskValidator &validator, QString mask) {
+QString canonicalNetmask(const QIpNetmaskValidator &validator, QString mask) {
     validator.fixup(mask);
-    return cleaned(mask);
+    return canonicalIpAddress(mask);
 }
 
 } // namespace
@@ -170,7 +164,8 @@ void IpConfigurationWidget::restoreHeader() {
     QSettings settings;
     settings.beginGroup(SettingsGroup);
     if (settings.value("headerver").toInt() == HeaderVersion)
-        m_areColumnsSized = ui->deviceTree->header()->restoreState(settings.value("header").toByteArray());
+        m_areColumnsSized = ui->deviceTree->header()->restoreState(settings.value("header").toByteArray()) &&
+                            settings.value("headersized", true).toBool();
 }
 
 void IpConfigurationWidget::saveHeader() const {
@@ -178,6 +173,7 @@ void IpConfigurationWidget::saveHeader() const {
     settings.beginGroup(SettingsGroup);
     settings.setValue("headerver", HeaderVersion);
     settings.setValue("header", ui->deviceTree->header()->saveState());
+    settings.setValue("headersized", m_areColumnsSized);
 }
 
 void IpConfigurationWidget::guarded(const char *context, const std::function<void()> &work) {
@@ -195,6 +191,7 @@ void IpConfigurationWidget::guarded(const char *context, const std::function<voi
 bool IpConfigurationWidget::event(QEvent *event) {
     if (event->type() != DeferredInitialRefreshEvent::eventType())
         return QWidget::event(event);
+    awaitExposure(*window());
     refresh();
     return true;
 }
@@ -237,7 +234,7 @@ void IpConfigurationWidget::doRefresh() {
     const CNetworkAdapter *adapter = GetSelectedNetworkAdapter();
     const QString adapterName = adapter ? adapter->name() : QString();
     if (checkSaveChanges() && !(device && writeConfiguration(*device))) {
-        QMessageBox::critical(this, window()->windowTitle(),
+        QMessageBox::critical(this, windowTitle(),
                               QStringLiteral("The configuration could not be saved.\nThe Refresh operation has been "
                                              "canceled."));
         return;
@@ -544,13 +541,13 @@ void IpConfigurationWidget::ipConfigurationEdited() {
 
 void IpConfigurationWidget::on_editIpAddress_textEdited(const QString &text) {
     m_isIpAddressEdited = true;
-    m_isIpAddressDirty = cleaned(text) != m_Loaded.ipAddress;
+    m_isIpAddressDirty = canonicalIpAddress(text) != m_Loaded.ipAddress;
     edited();
 }
 
 void IpConfigurationWidget::on_editNetmask_textEdited(const QString &text) {
     m_isNetmaskEdited = true;
-    m_isNetmaskDirty = cleanedNetmask(*m_pNetmaskValidator, text) != m_Loaded.netmask;
+    m_isNetmaskDirty = canonicalNetmask(*m_pNetmaskValidator, text) != m_Loaded.netmask;
     edited();
 }
 
@@ -562,7 +559,7 @@ void IpConfigurationWidget::on_editNetmask_editingFinished() {
 
 void IpConfigurationWidget::on_editDefaultGateway_textEdited(const QString &text) {
     m_isDefaultGatewayEdited = true;
-    m_isDefaultGatewayDirty = cleaned(text) != m_Loaded.defaultGateway;
+    m_isDefaultGatewayDirty = canonicalIpAddress(text) != m_Loaded.defaultGateway;
     edited();
 }
 
@@ -612,8 +609,9 @@ IpConfigurationWidget::AddressMode IpConfigurationWidget::selectedMode() const {
 }
 
 IpConfigurationWidget::EditorContent IpConfigurationWidget::editorContent() const {
-    return {selectedMode(), cleaned(ui->editIpAddress->text()),
-            cleanedNetmask(*m_pNetmaskValidator, ui->editNetmask->text()), cleaned(ui->editDefaultGateway->text())};
+    return {selectedMode(), canonicalIpAddress(ui->editIpAddress->text()),
+            canonicalNetmask(*m_pNetmaskValidator, ui->editNetmask->text()),
+            canonicalIpAddress(ui->editDefaultGateway->text())};
 }
 
 void IpConfigurationWidget::clearEditFlags() {

@@ -161,6 +161,7 @@ private:
     bool sendForceIp(const QString &mac, const EditorContent &addresses, QString *newIpAddress, bool *pRediscovered);
     bool openDevice(const QString &ipAddress);
     bool tryOpenDevice(const QString &ipAddress, OpenFailure *pFailure);
+    Corvo::CQuorelGigEDeviceInfo deviceToOpen(const QString &ipAddress) const;
     void createAndOpenDevice(const QString &ipAddress);
     bool isInUseByAnother(const QString &ipAddress);
     QString validAddressesText() const;

@@ -13,8 +13,9 @@ namespace {
 void LanvaneMessageOutput(QtMsgType type, const QMessageLogContext &context, const QString &message) {
     if (type != QtFatalMsg)
         return;
-    std::fprintf(stderr, "Fatal: %s (%s:%u, %s)\n", message.toLocal8Bit().constData(), context.file,
-                 static_cast<unsigned>(context.line), context.function);
+    const auto known = [](const char *text) { return text != nullptr ? text : ""; }; // release builds leave it out
+    std::fprintf(stderr, "Fatal: %s (%s:%u, %s)\n", message.toLocal8Bit().constData(), known(context.file),
+                 static_cast<unsigned>(context.line), known(context.function));
     std::abort();
 }
 

@@ -16,8 +16,11 @@ namespace {
 
 constexpr int64_t RegisterBytes = 4;
 
+/// A negative address that fits 32 bits is one that a signed register of the description holds.
 bool FitsDevice(int64_t address, int64_t length) {
     constexpr int64_t end = int64_t{std::numeric_limits<std::uint32_t>::max()} + 1;
+    if (address < 0 && address >= std::numeric_limits<std::int32_t>::min())
+        address += end;
     return address >= 0 && length >= 0 && address < end && length <= end - address && length < end;
 }
 
