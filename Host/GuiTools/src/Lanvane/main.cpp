@@ -40,6 +40,7 @@ static int run(int argc, char *argv[]) {
     QCoreApplication::setApplicationName(QStringLiteral("Ostra Lanvane"));
     QCoreApplication::setOrganizationName(QStringLiteral("Quorel"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("quorel.example"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("lanvane")); // by which Wayland docks find the icon
     qInstallMessageHandler(&LanvaneMessageOutput);
     Q_INIT_RESOURCE(Lanvane); // in a static library the linker would leave them out
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
