@@ -110,7 +110,8 @@ protected:
         for (int i = first; i < first + CamerasEach; ++i)
             cameras.push_back(cameraWith(
                 static_cast<unsigned>(i),
-                (i % 4 == 0 ? "172.16.0." + std::to_string(i) + "/16" : subnet + std::to_string(20 + i) + "/24").c_str(),
+                (i % 4 == 0 ? "172.16.0." + std::to_string(i) + "/16" : subnet + std::to_string(20 + i) + "/24")
+                    .c_str(),
                 [i](auto &config) {
                     config.model = "Model " + std::to_string(i);
                     config.restartSilence = milliseconds(300);
