@@ -22,12 +22,13 @@ bool GigEPropertyValueComparer::PropertyValuesAreEqual(const String_t &key, cons
 std::uint32_t GigEPropertyValueComparer::inet_addr_local(const String_t &text) {
     if (text.empty())
         return 0;
-    int parts[4];
-    const int read = std::sscanf(text, " %i . %i . %i . %i ", &parts[0], &parts[1], &parts[2], &parts[3]);
-    if (read != 4 || std::any_of(std::begin(parts), std::end(parts), [](int part) { return part < 0 || part > 255; }))
+    long long parts[4]; // wide, so that a number that does not fit is seen
+    const int read = std::sscanf(text, " %lli . %lli . %lli . %lli ", &parts[0], &parts[1], &parts[2], &parts[3]);
+    if (read != 4 ||
+        std::any_of(std::begin(parts), std::end(parts), [](long long part) { return part < 0 || part > 255; }))
         throw RUNTIME_EXCEPTION("Invalid address: %s", text.c_str());
     std::uint32_t address = 0;
-    for (const int part : parts)
+    for (const long long part : parts)
         address = address << 8 | static_cast<std::uint32_t>(part);
     return address;
 }
