@@ -135,6 +135,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
         Discover(datagrams,
                  broadcastAcknowledge ? Gx::Enumerator::FlagBroadcastAcknowledge : Gx::Enumerator::FlagDefault,
                  (choice & 8) != 0 ? device : nullptr);
+        Require(network.queue.empty(), "an answer that nobody read");
     }
     return 0;
 }

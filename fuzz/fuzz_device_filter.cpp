@@ -1,5 +1,5 @@
 // A device filter as the environment gives it. What it accepts is matched against a camera.
-// fuzz_device_filter -max_len=4096 -timeout=5 CORPUS seeds/fuzz_device_filter
+// fuzz_device_filter -max_len=512 -timeout=5 CORPUS seeds/fuzz_device_filter
 
 #include "FuzzInput.h"
 
