@@ -73,6 +73,9 @@ TEST(Conversions, LocalUrls) {
         {"Local:cam.zip", ""},
         {"Local:cam.zip;8000", ""},
         {"Local:cam;80.00;10", ""},
+        {"Local:cam.zip;0;FFFFFFFF", "cam|.zip|0|4294967295"},
+        {"Local:cam.zip;100000000;10", ""},
+        {"Local:cam.zip;0;-1", ""},
         {"", ""},
     };
     for (const auto &[url, expected] : cases)
