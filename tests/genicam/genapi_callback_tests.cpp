@@ -152,12 +152,12 @@ TEST(GenApiThreads, OperationsCallbacksAndDeregistrationMix) {
         });
         std::atomic<int> outsideCalls{0};
         const CallbackHandleType outside = Register(
-            camera["A"], [&](INode *) { ++outsideCalls; }, cbPostOutsideLock);
+            camera["A"], [&, client](INode *) { ++outsideCalls; }, cbPostOutsideLock);
         while (outsideCalls == 0)
             std::this_thread::yield();
         EXPECT_TRUE(Deregister(inside));
-        EXPECT_EQ(client.use_count(), 1); // the callback has been deleted
         EXPECT_TRUE(Deregister(outside));
+        EXPECT_EQ(client.use_count(), 1); // both callbacks have been deleted
     }
     stop = true;
     for (std::thread &thread : threads)
