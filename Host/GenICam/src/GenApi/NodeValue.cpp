@@ -59,12 +59,12 @@ EAccessMode CNodeImpl::DetermineAccessMode() const {
     if (m_description.isBroken)
         return NI;
     EAccessMode mode = Combine(OwnAccessMode(), m_imposedAccessMode);
+    if (const SProperty *const imposed = Find(EProperty::ImposedAccessMode))
+        mode = Combine(mode, ParseAccessMode(imposed->text));
     if (mode == NI || !Condition(EProperty::pIsImplemented, true, false))
         return NI;
     if (mode == NA || !Condition(EProperty::pIsAvailable, true, false))
         return NA;
-    if (const SProperty *const imposed = Find(EProperty::ImposedAccessMode))
-        mode = Combine(mode, ParseAccessMode(imposed->text));
     const bool isLocked = IsWritable(mode) && Condition(EProperty::pIsLocked, false, true);
     return isLocked ? Combine(mode, RO) : mode;
 }
