@@ -87,7 +87,7 @@ const char *const floatFormulas =
     "ROUND(2.567, 2) -> 2.57; ROUND(-2.5) + TRUNC(-2.7) + FLOOR(-2.1) + CEIL(-2.9) -> -10; "
     "SGN(-0.5) + ABS(-0.5) + NEG(1) -> -1.5; SQRT(-1) = SQRT(-1) -> 0; H > 2 ? H.Value : 1 / 0 -> 2.5";
 
-/// Calls check(node, expected value) for those that have one.
+/// Calls check(node, expected) for each formula; the table's errors are those that check throws.
 template <class Check> void expectFormulas(const char *element, const std::string &table, Check check) {
     std::vector<std::string> formulas;
     const auto pairs = Pairs(table, "; ");
@@ -96,7 +96,7 @@ template <class Check> void expectFormulas(const char *element, const std::strin
     const Formulas nodes(element, formulas);
     for (std::size_t i = 0; i < formulas.size(); ++i) {
         const std::string &expected = pairs[i].second;
-        SCOPED_TRACE(formulas[i]);
+        SCOPED_TRACE(element + (": " + formulas[i]));
         try {
             check(nodes.Node(i), expected);
         } catch (const GenICam::RuntimeException &e) {

@@ -73,9 +73,9 @@ public:
 };
 
 /// The pairs of "A -> B, C -> D" and the like; without an arrow the second text is empty.
-inline std::vector<std::pair<std::string, std::string>> Pairs(const std::string &text, const char *separator) {
+inline std::vector<std::pair<std::string, std::string>> Pairs(const std::string &text, const std::string &separator) {
     std::vector<std::pair<std::string, std::string>> pairs;
-    for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + 2) {
+    for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + separator.size()) {
         end = text.find(separator, start);
         const std::string pair = text.substr(start, end - start);
         const std::size_t arrow = pair.find(" -> ");
