@@ -41,13 +41,6 @@ void dismiss(QWidget &dialog) { dialog.close(); }
 
 } // namespace
 
-camsim::CameraConfig unicastCamera(unsigned number, const char *address) {
-    return cameraWith(number, address, [](auto &config) {
-        config.vendorIpConfig = camsim::VendorIpConfig::Error;
-        config.whileControlled = camsim::WhileControlled::Accept;
-    });
-}
-
 Desktop::Desktop() {
     QSettings().clear();
     QObject::connect(GetTheGlobalAsyncErrorQueue(), &AsyncErrorQueue::displayError, &m_Context,
@@ -159,20 +152,15 @@ void Desktop::expectSaveQuestion(QMessageBox::StandardButton answer) {
     expectBox("Do you want to save the changes to the configuration?", answer);
 }
 
-camsim::Simulator &Desktop::camerasOf(unsigned camera) {
+testnet::Site &Desktop::siteOf(unsigned camera) {
     const auto known = nic0->cameras.cameras();
     const bool isOnNic0 = std::find(known.begin(), known.end(), testnet::camera(camera).mac) != known.end();
-    return isOnNic0 ? nic0->cameras : nic1->cameras;
-}
-
-std::string Desktop::addressOf(unsigned camera) {
-    const auto current = status(camera).current;
-    return current ? current->address.toString() : "";
+    return isOnNic0 ? *nic0 : *nic1;
 }
 
 void Desktop::hold(unsigned camera, std::uint32_t privilege) {
-    camerasOf(camera).setHolder(testnet::camera(camera).mac,
-                                camsim::Holder{{camsim::Ipv4::parse("192.168.10.200"), 5555}, privilege});
+    siteOf(camera).cameras.setHolder(testnet::camera(camera).mac,
+                                     camsim::Holder{{camsim::Ipv4::parse("192.168.10.200"), 5555}, privilege});
 }
 
 void Desktop::lookForDialogs() {

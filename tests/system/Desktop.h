@@ -82,10 +82,9 @@ protected:
     void expectForceIp(const QString &header, const QString &address = {});
     void expectSaveQuestion(QMessageBox::StandardButton answer);
 
-    camsim::Simulator &camerasOf(unsigned camera);
-    camsim::CameraStatus status(unsigned camera) { return camerasOf(camera).status(testnet::camera(camera).mac); }
-    /// "192.168.10.21", or empty while it has none.
-    std::string addressOf(unsigned camera);
+    testnet::Site &siteOf(unsigned camera);
+    camsim::CameraStatus status(unsigned camera) { return siteOf(camera).cameras.status(testnet::camera(camera).mac); }
+    std::string addressOf(unsigned camera) { return siteOf(camera).addressOf(camera); }
     void hold(unsigned camera, std::uint32_t privilege = GEV_CONTROL_ACCESS);
 
     std::optional<testnet::Site> nic0, nic1;
@@ -119,11 +118,8 @@ inline int environmentNumber(const char *name, int usual) {
     return qEnvironmentVariableIsSet(name) ? qEnvironmentVariableIntValue(name) : usual;
 }
 
-/// testnet::cameraAt with something changed.
-template <class Change> camsim::CameraConfig cameraWith(unsigned number, const char *address, Change change) {
-    camsim::CameraConfig config = testnet::cameraAt(number, address);
-    change(config);
-    return config;
+/// A camera that has to be written by unicast: it refuses the vendor command. (One that does not know it is waited
+/// for.)
+inline camsim::CameraConfig unicastCamera(unsigned number, const char *address) {
+    return testnet::cameraAt(number, address, ",xml=none,vendor-config=error,while-controlled=accept");
 }
-/// One that has to be written by unicast: it refuses the vendor command. (One that does not know it is waited for.)
-camsim::CameraConfig unicastCamera(unsigned number, const char *address);

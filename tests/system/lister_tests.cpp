@@ -45,9 +45,7 @@ TEST(Lister, MergesMultipartProperties) {
 TEST(Lister, OneEntryForEachMacAndPatches) {
     const Site nic0("nic0", "192.168.10.1/24", {cameraAt(1, "192.168.10.21/24")});
     Site nic1("nic1", "192.168.20.1/24", {cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.20.22/24")});
-    camsim::FaultConfig late; // to be heard second
-    late.delayMin = late.delayMax = std::chrono::milliseconds(20);
-    nic1.cameras.setFaults(late);
+    nic1.cameras.setFaults(camsim::parseFaults("delay=20")); // to be heard second
     DeviceLister lister;
     lister.discoverAllDevices();
     ASSERT_EQ(2u, lister.devices().size());
