@@ -39,27 +39,21 @@ TEST(ProgramOptions, DescribeTheSimulation) {
 }
 
 TEST(ProgramOptions, ErrorsNameTheOptionAndWhatWasExpected) {
-    const std::pair<std::vector<std::string>, std::vector<const char *>> cases[] = {
-        {{}, {"--interface", "network interface"}},
-        {{"--interface"}, {"--interface", "missing", "network interface"}},
-        {{"--interface", "cam0", "--port", "1"}, {"--port", "--unmanaged"}},
-        {{"--unmanaged", "--port", "65536"}, {"--port", "65536", "65535"}},
-        {{"--unmanaged=yes"}, {"--unmanaged", "no value"}},
-        {{"--seed", "x"}, {"--seed", "x"}},
-        {{"--camera", "mac=1"}, {"--camera", "mac", "MAC address"}},
-        {{"--faults", "loss=1"}, {"--faults", "unknown key 'loss'"}},
-        {{"--scene", "/nonexistent"}, {"--scene", "/nonexistent"}},
-        {{"--colour"}, {"--colour"}},
+    const std::pair<std::vector<std::string>, const char *> cases[] = {
+        {{}, "--interface.*network interface"},
+        {{"--interface"}, "--interface.*missing.*network interface"},
+        {{"--interface", "cam0", "--port", "1"}, "--port.*--unmanaged"},
+        {{"--unmanaged", "--port", "65536"}, "--port.*65536.*65535"},
+        {{"--unmanaged=yes"}, "--unmanaged.*no value"},
+        {{"--seed", "x"}, "--seed.*x"},
+        {{"--camera", "mac=1"}, "--camera.*mac.*MAC address"},
+        {{"--faults", "loss=1"}, "--faults.*unknown key 'loss'"},
+        {{"--scene", "/nonexistent"}, "--scene.*/nonexistent"},
+        {{"--colour"}, "--colour"},
     };
-    for (const auto &[arguments, words] : cases) {
-        try {
-            ProgramOptions::parse(arguments);
-            ADD_FAILURE() << "accepted: " << words[0];
-        } catch (const UsageError &error) {
-            for (const char *word : words)
-                EXPECT_THAT(error.what(), testing::HasSubstr(word));
-        }
-    }
+    for (const auto &[arguments, message] : cases)
+        EXPECT_THAT([&arguments = arguments] { ProgramOptions::parse(arguments); },
+                    testing::ThrowsMessage<UsageError>(testing::ContainsRegex(message)));
 }
 
 } // namespace

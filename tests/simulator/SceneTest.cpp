@@ -17,9 +17,6 @@ TEST(Scene, ReadsCamerasAndFaults) {
                             "  mac = 02-5A-E3-0A-0B-0C \r\n"
                             "ip = 192.168.1.10/24 via 192.168.1.1\n"
                             "model = Left, big = 1\n"
-                            "held-by = 10.0.0.1:5000 exclusive\n"
-                            "options = persistent+lla\n"
-                            "reachable = no\n"
                             "url = http://camera/camera.xml\n"
                             "\n"
                             "; the other\n"
@@ -38,11 +35,6 @@ TEST(Scene, ReadsCamerasAndFaults) {
     EXPECT_EQ(first.persistent,
               (IpSettings{Ipv4::parse("192.168.1.10"), Ipv4::maskOf(24), Ipv4::parse("192.168.1.1")}));
     EXPECT_EQ(first.model, "Left, big = 1");
-    ASSERT_TRUE(first.heldBy);
-    EXPECT_EQ(first.heldBy->application.toString(), "10.0.0.1:5000");
-    EXPECT_EQ(first.heldBy->privilege, GEV_EXCLUSIVE_CONTROL_ACCESS);
-    EXPECT_EQ(first.ipOptions, 5u);
-    EXPECT_FALSE(first.reachable);
     EXPECT_EQ(first.firstUrl, "http://camera/camera.xml");
     EXPECT_EQ(first.xml, defaultXml());
     EXPECT_EQ(scene.cameras[1].capabilities, 0x1Fu);
@@ -69,39 +61,35 @@ TEST(Scene, CountsCamerasUp) {
 }
 
 TEST(Scene, ErrorsNameThePlaceTheKeyAndWhatWasExpected) {
-    const std::pair<const char *, std::vector<const char *>> cases[] = {
-        {"[camera]\nmac = 02:5A:E3:01:02\n", {"scene:2: ", "mac", "02:5A:E3:01:02", "six octets"}},
-        {"[camera]\n\nip = 192.168.1.10\n", {"scene:3: ", "ip", "ADDRESS/PREFIX"}},
-        {"[camera]\nip = 192.168.1.256/24\n", {"192.168.1.256"}},
-        {"[camera]\nip = 192.168.1.10/33\n", {"33"}},
-        {"[camera]\nip = 192.168.1.255/24\n", {"192.168.1.255/24", "host"}},
-        {"[camera]\nsilence = -1\n", {"silence", "-1"}},
-        {"[camera]\nreachable = maybe\n", {"reachable", "maybe", "yes, no"}},
-        {"[camera]\nvendor-config = on\n", {"supported, not-implemented, error, silent"}},
-        {"[camera]\nheld-by = 10.0.0.1\n", {"held-by", "ADDRESS:PORT"}},
-        {"[camera]\nheld-by = 10.0.0.1:70000\n", {"65535"}},
-        {"[camera]\nserial = 12345678901234567\n", {"serial number", "16"}},
-        {"[camera]\nxml = /nonexistent.xml\n", {"xml", "/nonexistent.xml"}},
-        {"[camera]\nip = 192.168.1.10/24\ncount = 250\n", {"count", "192.168.1.10/24"}},
-        {"[camera]\ncount = 0\n", {"count", "N"}},
-        {"[camera]\nlink-local = 10.0.0.5\n", {"link-local address 10.0.0.5"}},
-        {"[camera]\nspeed = 1\n", {"unknown key 'speed'"}},
-        {"[camera]\nmac\n", {"'mac'", "key=value"}},
-        {"mac = 025AE3010203\n", {"scene:1: ", "[camera]"}},
-        {"[kamera]\n", {"[kamera]", "[faults]"}},
-        {"[faults]\nduplicate = 101\n", {"duplicate", "0 to 100"}},
-        {"[faults]\ndelay = 9-3\n", {"delay"}},
-        {"[faults]\ncommands = readreg+fly\n", {"commands", "fly"}},
+    const std::pair<const char *, const char *> cases[] = {
+        {"[camera]\nmac = 02:5A:E3:01:02\n", "scene:2: .*mac.*02:5A:E3:01:02.*six octets"},
+        {"[camera]\n\nip = 192.168.1.10\n", "scene:3: .*ip.*ADDRESS/PREFIX"},
+        {"[camera]\nip = 192.168.1.256/24\n", "192.168.1.256"},
+        {"[camera]\nip = 192.168.1.10/33\n", "33"},
+        {"[camera]\nip = 192.168.1.255/24\n", "192.168.1.255/24.*host"},
+        {"[camera]\nsilence = -1\n", "silence.*-1"},
+        {"[camera]\nreachable = maybe\n", "reachable.*maybe.*yes, no"},
+        {"[camera]\nvendor-config = on\n", "supported, not-implemented, error, silent"},
+        {"[camera]\nheld-by = 10.0.0.1\n", "held-by.*ADDRESS:PORT"},
+        {"[camera]\nheld-by = 10.0.0.1:70000\n", "65535"},
+        {"[camera]\nserial = 12345678901234567\n", "serial number.*16"},
+        {"[camera]\nxml = /nonexistent.xml\n", "xml.*/nonexistent.xml"},
+        {"[camera]\nip = 192.168.1.10/24\ncount = 250\n", "count.*192.168.1.10/24"},
+        {"[camera]\ncount = 0\n", "count.*N"},
+        {"[camera]\nlink-local = 10.0.0.5\n", "link-local address 10.0.0.5"},
+        {"[camera]\nforced = 10.0.0.0/8\n", "forced address 10.0.0.0"},
+        {"[camera]\nspeed = 1\n", "unknown key 'speed'"},
+        {"[camera]\nmac\n", "'mac'.*key=value"},
+        {"mac = 025AE3010203\n", "scene:1: .*\\[camera\\]"},
+        {"[kamera]\n", "\\[kamera\\].*\\[faults\\]"},
+        {"[faults]\nduplicate = 101\n", "duplicate.*0 to 100"},
+        {"[faults]\ndelay = 9-3\n", "delay"},
+        {"[faults]\ncommands = readreg+fly\n", "commands.*fly"},
     };
-    for (const auto &[text, words] : cases) {
+    for (const auto &[text, message] : cases) {
         std::istringstream stream(text);
-        try {
-            readScene(stream, "scene");
-            ADD_FAILURE() << "accepted: " << text;
-        } catch (const SceneError &error) {
-            for (const char *word : words)
-                EXPECT_THAT(error.what(), testing::HasSubstr(word));
-        }
+        EXPECT_THAT([&] { readScene(stream, "scene"); },
+                    testing::ThrowsMessage<SceneError>(testing::ContainsRegex(message)));
     }
     EXPECT_THROW(loadScene("/nonexistent.scene"), SceneError);
 }

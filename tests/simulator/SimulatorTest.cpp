@@ -56,11 +56,8 @@ private:
 MacAddress macOf(unsigned number) { return MacAddress::fromNumber(0x025AE3000000 + number); }
 
 CameraConfig cameraAt(unsigned number, const std::string &address) {
-    CameraConfig config;
+    CameraConfig config = parseCameras("ip=" + address + "/8,enabled=persistent,silence=20,xml=none")[0];
     config.mac = macOf(number);
-    config.persistent = {Ipv4::parse(address), Ipv4::maskOf(8), {}};
-    config.ipEnabled = GEV_IP_CONFIG_PERSISTENT_IP;
-    config.restartSilence = 20ms;
     return config;
 }
 
@@ -149,14 +146,6 @@ TEST_F(RunningSimulator, ChangesAreEffectiveWhenTheCallReturns) {
     EXPECT_EQ(wire::text(exchange(readHeartbeat, "127.0.0.13").at(0)), readHeartbeatAck);
     EXPECT_EQ(simulator.readRegister(macOf(3), GEV_REG_HEARTBEAT_TIMEOUT), 3000u);
     EXPECT_THROW(simulator.readRegister(macOf(3), 0x9000), std::out_of_range);
-}
-
-TEST_F(RunningSimulator, AForcedAddressMovesTheCamera) {
-    const auto ack = exchange(wire::forceIp("025AE3000001", "7F000032", "FF000000"), "127.255.255.255");
-    ASSERT_EQ(ack.size(), 1u);
-    EXPECT_EQ(wire::text(ack[0]), "00 00 00 05 00 00 FF FF");
-    EXPECT_TRUE(exchange(readHeartbeat, "127.0.0.10").empty());
-    EXPECT_EQ(exchange(readHeartbeat, "127.0.0.50").size(), 1u);
 }
 
 TEST_F(RunningSimulator, FaultsHappenAsSet) {
