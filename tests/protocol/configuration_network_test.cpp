@@ -102,12 +102,6 @@ TEST_F(Configuration, VendorCommandReachesAForeignSubnetAndLasts) {
     startWith("172.16.0.9/16");
     const long elapsed = timed([&] { EXPECT_EQ(configure(mac, "Left\0\0\0\0\0\0\0\0\0\0\0\0", true, 3000), 0u); });
     EXPECT_LT(elapsed, 2500);
-    const Bytes request = second->cameras.requests().at(0).bytes;
-    ASSERT_EQ(request.size(), 84u);
-    EXPECT_EQ(request[1], 0x11);
-    EXPECT_EQ(request[19], 0x05);
-    EXPECT_EQ(Bytes(request.begin() + 52, request.begin() + 68), Bytes(16)); // no gateway: zeros
-
     second->cameras.powerCycle(mac);
     EXPECT_TRUE(eventually([&] { return second->addressOf(2) == "10.0.0.60"; }));
     EXPECT_EQ(second->cameras.status(mac).userName, "Left");
