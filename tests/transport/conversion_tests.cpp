@@ -42,13 +42,7 @@ TEST(Conversions, AddressTexts) {
     EXPECT_EQ("10.0.0.1:99", atos(AsSockaddr(Interface_in(info))));
 }
 
-TEST(Conversions, FieldsAndWords) {
-    const char full[4] = {'a', 'b', 'c', 'd'};
-    EXPECT_EQ("abcd", copyWithMaxLen(full, 4));
-    EXPECT_EQ("ab", copyWithMaxLen("ab\0cd", 5));
-    EXPECT_EQ("", copyWithMaxLen(full, 0));
-    EXPECT_EQ("", copyWithMaxLen(nullptr, 4));
-
+TEST(Conversions, Words) {
     unsigned char block[] = {0xFF, 1, 2, 3, 4, 5, 6, 7, 8, 0xFF};
     NtohlBlockInPlace(block + 1, 8);
     EXPECT_EQ(0, std::memcmp(block, "\xFF\4\3\2\1\x8\7\6\5\xFF", sizeof block));
