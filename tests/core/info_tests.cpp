@@ -89,25 +89,4 @@ TEST(Info, CopiesOwnTheirPropertiesAndCarryTheFlags) {
     EXPECT_FALSE(copy == source || assigned == source);
 }
 
-/// Serves every property from outside its bag.
-class ForeignInfo : public CDeviceInfo {
-public:
-    bool GetPropertyAvailable(const String_t &) const override { return true; }
-    bool GetPropertyValue(const String_t &name, String_t &value) const override {
-        value += name; // the accessors hand in an empty text
-        return true;
-    }
-    CDeviceInfo &SetPropertyValue(const String_t &name, const String_t &value) override {
-        return CDeviceInfo::SetPropertyValue("foreign " + name, value);
-    }
-};
-
-TEST(Info, AccessorsAndOrderUseTheVirtualOperations) {
-    ForeignInfo info;
-    EXPECT_EQ("ModelName", info.GetModelName());
-    EXPECT_TRUE(info.IsVendorNameAvailable());
-    EXPECT_TRUE(info.SetVendorName("x") == CDeviceInfo().SetPropertyValue("foreign VendorName", "x"));
-    EXPECT_TRUE(CDeviceInfo().SetDeviceClass("DeviceClass").SetSerialNumber("SerialNumbe") < info);
-}
-
 } // namespace

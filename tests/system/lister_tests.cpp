@@ -23,23 +23,9 @@ std::string valuesOf(const CDeviceInfo &device, const std::vector<const char *> 
     return values;
 }
 
-CDeviceInfo infoWith(const char *interface, const char *name) {
-    CDeviceInfo info;
-    info.SetPropertyValue(PropInterface, interface);
-    if (name)
-        info.SetPropertyValue(PropIfName, name);
-    return info;
-}
-
-TEST(Lister, MergesMultipartProperties) {
+TEST(Lister, FindsWholePartsOfValues) {
     EXPECT_TRUE(DeviceLister::ValExistsInMultipartPropertyValue("10.0.0.1;10.0.0.12", "10.0.0.12", ";"));
     EXPECT_FALSE(DeviceLister::ValExistsInMultipartPropertyValue("10.0.0.12;10.0.0.13", "10.0.0.1", ";"));
-
-    CDeviceInfo info = infoWith("10.0.0.1", nullptr);
-    EXPECT_EQ(1u, DeviceLister::mergeProperties(info, infoWith("10.0.0.2", "nic1"), ";", false));
-    EXPECT_EQ(0u, DeviceLister::mergeProperties(info, infoWith("10.0.0.2", "nic1"), ";", false));
-    EXPECT_EQ(1u, DeviceLister::mergeProperties(info, infoWith("10.0.0.1", "nic1"), ";", true));
-    EXPECT_EQ("10.0.0.1;10.0.0.2;10.0.0.1 (none)", valuesOf(info, {PropInterface, PropIfName})); // what both have
 }
 
 TEST(Lister, OneEntryForEachMacAndPatches) {
