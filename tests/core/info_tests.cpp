@@ -40,35 +40,6 @@ TEST(PropertyBag, SubsetTestsVisiblePropertiesOfTheSubset) {
     EXPECT_FALSE(bag.IsSubset(subset.SetPropertyValue("a", "2")));
 }
 
-TEST(PropertyBag, ComparerDecidesOnEachCommonProperty) {
-    struct : IPropertyValueComparer {
-        bool PropertyValuesAreEqual(const String_t &name, const String_t &value, const String_t &other) const override {
-            calls += name + value + other + " ";
-            return name != "b";
-        }
-        mutable String_t calls;
-    } comparer;
-    CPropertyBag bag, subset;
-    bag.SetPropertyValue("a", "1").SetPropertyValue("b", "2").SetPropertyValue("c", "3");
-    subset.SetPropertyValue("a", "x").SetPropertyValue("b", "2").SetPropertyValue("c", "");
-    EXPECT_FALSE(bag.IsSubset(subset, &comparer));
-    EXPECT_EQ("a1x b22 ", comparer.calls);
-}
-
-TEST(Info, EveryStandardKeyHasItsPropertyName) {
-    CDeviceInfo info;
-    EXPECT_EQ("N/A", info.GetXMLSource());
-    info.SetFriendlyName("1").SetFullName("2").SetVendorName("3").SetDeviceClass("4").SetSerialNumber("5");
-    info.SetUserDefinedName("6").SetModelName("7").SetDeviceVersion("8").SetDeviceFactory("9").SetXMLSource("");
-    StringList_t names;
-    info.GetPropertyNames(names);
-    EXPECT_THAT(names, ElementsAre("DeviceClass", "DeviceFactory", "DeviceVersion", "FriendlyName", "FullName",
-                                   "ModelName", "SerialNumber", "UserDefinedName", "VendorName", "XMLSource"));
-    EXPECT_EQ("123456789", info.GetFriendlyName() + info.GetFullName() + info.GetVendorName() + info.GetDeviceClass() +
-                               info.GetSerialNumber() + info.GetUserDefinedName() + info.GetModelName() +
-                               info.GetDeviceVersion() + info.GetDeviceFactory() + info.GetXMLSource());
-}
-
 class EnumeratedInfo : public CInfoBase {
 public:
     EnumeratedInfo() { Impl().ClearUserProvidedFlag(); }

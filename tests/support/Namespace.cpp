@@ -5,10 +5,10 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <future>
 #include <sched.h>
 #include <stdexcept>
 #include <system_error>
-#include <thread>
 #include <unistd.h>
 
 namespace testnet {
@@ -29,18 +29,7 @@ void mapToRoot(uid_t uid, gid_t gid) {
 }
 
 /// Runs a function on a thread of its own, which may change its namespace without consequences.
-template <typename Function> void onOwnThread(Function function) {
-    std::exception_ptr failure;
-    std::thread([&] {
-        try {
-            function();
-        } catch (...) {
-            failure = std::current_exception();
-        }
-    }).join();
-    if (failure)
-        std::rethrow_exception(failure);
-}
+template <typename Function> void onOwnThread(Function function) { std::async(std::launch::async, function).get(); }
 
 void check(int result, const char *what) {
     if (result < 0)

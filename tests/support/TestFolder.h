@@ -29,6 +29,12 @@ public:
                               << (*this / "log").string() << '\n';
         setenv("GENICAM_LOG_CONFIG", config.c_str(), 1);
     }
+    /// Has it write to its usual file, in here.
+    void TakeDefaultLog() const {
+        setenv("XDG_STATE_HOME", m_path.c_str(), 1);
+        unsetenv("GENICAM_LOG_CONFIG");
+    }
+    std::string DefaultLog() const { return Read(*this / "ostra-lanvane/trace.log"); }
     static std::string Read(const std::string &path) {
         std::ostringstream text;
         text << std::ifstream(path).rdbuf();
