@@ -14,35 +14,26 @@ std::string Escaped(const std::string &text) {
     return escaped;
 }
 
-/// One document with a node for each formula of a table, so that faulty ones stand beside sound ones.
-class Formulas {
-public:
-    Formulas(const char *element, const std::vector<std::string> &formulas) : m_camera(Nodes(element, formulas)) {}
-    INode *Node(std::size_t index) const { return m_camera[("F" + std::to_string(index)).c_str()]; }
-
-private:
-    static std::string Nodes(const std::string &element, const std::vector<std::string> &formulas) {
-        std::string nodes = "<Integer Name='Seven'><Value>7</Value><Min>-1</Min><Max>70</Max><Inc>2</Inc></Integer>"
-                            "<Integer Name='Minus'><Value>-3</Value></Integer>"
-                            "<Float Name='Half'><Value>2.5</Value></Float>"
-                            "<Boolean Name='Yes'><Value>1</Value></Boolean>"
-                            "<Enumeration Name='Mode'><EnumEntry Name='Off'><Value>4</Value></EnumEntry>"
-                            "<EnumEntry Name='On'><Value>5</Value></EnumEntry><Value>4</Value></Enumeration>"
-                            "<IntReg Name='Unread'><Address>0</Address><AccessMode>RO</AccessMode><pPort>Device</pPort>"
-                            "</IntReg>";
-        for (std::size_t i = 0; i < formulas.size(); ++i)
-            nodes += "<" + element + " Name='F" + std::to_string(i) +
-                     "'><pVariable Name='A'>Seven</pVariable><pVariable Name='B'>Minus</pVariable>"
-                     "<pVariable Name='H'>Half</pVariable><pVariable Name='Y'>Yes</pVariable>"
-                     "<pVariable Name='M'>Mode</pVariable><pVariable Name='U'>Unread</pVariable>"
-                     "<pVariable Name='N.Entry.On'>Mode</pVariable>"
-                     "<Constant Name='K'>100</Constant><Expression Name='X'>A * 2</Expression><Formula>" +
-                     Escaped(formulas[i]) + "</Formula></" + element + ">";
-        return nodes;
-    }
-
-    Camera m_camera;
-};
+/// A node "F0", "F1", ... for each formula in one document, so that faulty ones stand beside sound ones.
+std::string Nodes(const std::string &element, const std::vector<std::string> &formulas) {
+    std::string nodes = "<Integer Name='Seven'><Value>7</Value><Min>-1</Min><Max>70</Max><Inc>2</Inc></Integer>"
+                        "<Integer Name='Minus'><Value>-3</Value></Integer>"
+                        "<Float Name='Half'><Value>2.5</Value></Float>"
+                        "<Boolean Name='Yes'><Value>1</Value></Boolean>"
+                        "<Enumeration Name='Mode'><EnumEntry Name='Off'><Value>4</Value></EnumEntry>"
+                        "<EnumEntry Name='On'><Value>5</Value></EnumEntry><Value>4</Value></Enumeration>"
+                        "<IntReg Name='Unread'><Address>0</Address><AccessMode>RO</AccessMode><pPort>Device</pPort>"
+                        "</IntReg>";
+    for (std::size_t i = 0; i < formulas.size(); ++i)
+        nodes += "<" + element + " Name='F" + std::to_string(i) +
+                 "'><pVariable Name='A'>Seven</pVariable><pVariable Name='B'>Minus</pVariable>"
+                 "<pVariable Name='H'>Half</pVariable><pVariable Name='Y'>Yes</pVariable>"
+                 "<pVariable Name='M'>Mode</pVariable><pVariable Name='U'>Unread</pVariable>"
+                 "<pVariable Name='N.Entry.On'>Mode</pVariable>"
+                 "<Constant Name='K'>100</Constant><Expression Name='X'>A * 2</Expression><Formula>" +
+                 Escaped(formulas[i]) + "</Formula></" + element + ">";
+    return nodes;
+}
 
 /// "FORMULA -> VALUE" or "FORMULA -> error: PART OF ITS TEXT", with semicolons between them.
 const char *const integerFormulas =
@@ -93,17 +84,18 @@ template <class Check> void expectFormulas(const char *element, const std::strin
     const auto pairs = Pairs(table, "; ");
     for (const auto &pair : pairs)
         formulas.push_back(pair.first);
-    const Formulas nodes(element, formulas);
+    const Camera camera(Nodes(element, formulas));
     for (std::size_t i = 0; i < formulas.size(); ++i) {
         const std::string &expected = pairs[i].second;
+        const std::string name = "F" + std::to_string(i);
         SCOPED_TRACE(element + (": " + formulas[i]));
         try {
-            check(nodes.Node(i), expected);
+            check(camera[name.c_str()], expected);
         } catch (const GenICam::RuntimeException &e) {
             const std::string text = e.GetDescription();
             ASSERT_EQ(expected.substr(0, 7), "error: ") << text;
             EXPECT_NE(text.find(expected.substr(7)), std::string::npos) << text;
-            EXPECT_NE(text.find("'F" + std::to_string(i) + "'"), std::string::npos) << text;
+            EXPECT_NE(text.find('\'' + name + '\''), std::string::npos) << text;
         }
     }
 }
@@ -127,13 +119,13 @@ TEST(GenApiFormula, DepthAndLengthAreBounded) {
     std::string sum = "0";
     for (int i = 0; i < 10000; ++i)
         sum += " + 1";
-    const Formulas nodes("IntSwissKnife",
-                         {nested(100), nested(100000), chain + "77", sum, "1 +" + std::string(1 << 20, ' ') + "1"});
-    EXPECT_EQ(CIntegerPtr(nodes.Node(0))->GetValue(), 1);
-    EXPECT_THROW(CIntegerPtr(nodes.Node(1))->GetValue(), GenICam::RuntimeException);
-    EXPECT_EQ(CIntegerPtr(nodes.Node(2))->GetValue(), 77);
-    EXPECT_EQ(CIntegerPtr(nodes.Node(3))->GetValue(), 10000);
-    EXPECT_THROW(CIntegerPtr(nodes.Node(4))->GetValue(), GenICam::RuntimeException);
+    const Camera camera(Nodes(
+        "IntSwissKnife", {nested(100), nested(100000), chain + "77", sum, "1 +" + std::string(1 << 20, ' ') + "1"}));
+    EXPECT_EQ(CIntegerPtr(camera["F0"])->GetValue(), 1);
+    EXPECT_THROW(CIntegerPtr(camera["F1"])->GetValue(), GenICam::RuntimeException);
+    EXPECT_EQ(CIntegerPtr(camera["F2"])->GetValue(), 77);
+    EXPECT_EQ(CIntegerPtr(camera["F3"])->GetValue(), 10000);
+    EXPECT_THROW(CIntegerPtr(camera["F4"])->GetValue(), GenICam::RuntimeException);
 }
 
 } // namespace
