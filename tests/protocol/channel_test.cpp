@@ -32,12 +32,6 @@ protected:
         EXPECT_TRUE(eventually([&] { return Holdings::now() == before; })) << "the channels left something behind";
     }
 
-    static camsim::SimulatorOptions options() {
-        camsim::SimulatorOptions options;
-        options.port = 0;
-        return options;
-    }
-
     GXSTATUS open(std::uint32_t accessFlags, std::uint32_t heartbeat_ms = 3000, sa_family_t family = AF_INET) {
         channel = reinterpret_cast<ControlChannel *>(this); // to see it cleared after a failure
         const GXSTATUS status = ControlChannel::Create(SocketAddress("127.0.0.1", cameras.port(), family), accessFlags,
@@ -75,7 +69,7 @@ protected:
     }
 
     const camsim::MacAddress mac = camsim::CameraConfig().mac;
-    camsim::Simulator cameras{options()};
+    camsim::Simulator cameras{{"lo", camsim::AddressMode::Unmanaged, 0}};
     Holdings before; // the first channel
     ControlChannel *channel = nullptr;
     std::function<void()> onLost;

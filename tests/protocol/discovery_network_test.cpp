@@ -20,15 +20,6 @@ using namespace testnet;
 
 namespace {
 
-constexpr std::uint32_t Timeout_ms = 250;
-
-std::vector<std::string> discover(std::uint32_t flags) {
-    FoundList found;
-    EXPECT_EQ(Enumerator::Discover(&found, Timeout_ms, flags, nullptr), 0u);
-    std::sort(found.list.begin(), found.list.end());
-    return found.list;
-}
-
 /// Two adapters, each with a camera of its subnet and one of a foreign subnet.
 class TwoAdapters : public testing::Test {
 protected:

@@ -134,19 +134,6 @@ TEST(CameraForceIp, AcknowledgesFromTheChosenAddressWhereThatIsPossible) {
     }
 }
 
-TEST(CameraForceIp, WhileControlled) {
-    const struct {
-        const char *policy, *ack, *address;
-    } cases[] = {{"accept", "00 00 00 05 00 00 FF FF", "192.168.1.50"},
-                 {"refuse", "80 06 00 05 00 00 FF FF", "192.168.1.10"},
-                 {"ignore", "", "192.168.1.10"}};
-    for (const auto &c : cases) {
-        Conversation talk(cameraWith(std::string(",held-by=192.168.1.7:5000,while-controlled=") + c.policy));
-        EXPECT_EQ(talk.ask(wire::forceIp(mac, "C0A80132", "FFFFFF00")), c.ack);
-        EXPECT_EQ(addressOf(talk.camera), c.address);
-    }
-}
-
 TEST(CameraIpCycle, IsSilentThenTakesTheFirstEnabledSource) {
     const std::string lease = ",dhcp=192.168.1.77/24";
     const struct {
@@ -204,25 +191,22 @@ TEST(CameraVendorCommand, StoresOrRefuses) {
     const std::string ok = "00 00 80 05 00 00 FF FF";
     const std::string good = request(mac, "00000005", "C0A80014", "6E6577");
     const struct {
-        const char *what, *behaviour;
+        const char *what;
         std::string request, ack;
         std::uint32_t enabled;
         const char *persistent, *name;
     } cases[] = {
-        {"all", "supported", good, ok, 5, "192.168.0.20", "new"},
-        {"mode only", "supported", request(mac, "00000004", "00000000", ""), ok, 4, "192.168.1.10", "old"},
-        {"unsupported bits", "supported", request(mac, "FFFFFFFE", "00000000", ""), ok, 6, "192.168.1.10", "old"},
-        {"bad address", "supported", request(mac, "00000005", "FFFFFFFF", "6E6577"), "80 02 80 05 00 00 FF FF", 5,
-         "192.168.1.10", "old"},
-        {"other MAC", "supported", request("025AE3010204", "00000006", "00000000", ""), "", 5, "192.168.1.10", "old"},
-        {"short", "supported", good.substr(0, good.size() - 2), "", 5, "192.168.1.10", "old"},
-        {"not implemented", "not-implemented", good, "80 01 80 05 00 00 FF FF", 5, "192.168.1.10", "old"},
-        {"error", "error", good, "8F FF 80 05 00 00 FF FF", 5, "192.168.1.10", "old"},
-        {"silent", "silent", good, "", 5, "192.168.1.10", "old"},
+        {"all", good, ok, 5, "192.168.0.20", "new"},
+        {"mode only", request(mac, "00000004", "00000000", ""), ok, 4, "192.168.1.10", "old"},
+        {"unsupported bits", request(mac, "FFFFFFFE", "00000000", ""), ok, 6, "192.168.1.10", "old"},
+        {"bad address", request(mac, "00000005", "FFFFFFFF", "6E6577"), "80 02 80 05 00 00 FF FF", 5, "192.168.1.10",
+         "old"},
+        {"other MAC", request("025AE3010204", "00000006", "00000000", ""), "", 5, "192.168.1.10", "old"},
+        {"short", good.substr(0, good.size() - 2), "", 5, "192.168.1.10", "old"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
-        Conversation talk(cameraWith(std::string(",name=old,vendor-config=") + c.behaviour));
+        Conversation talk(cameraWith(",name=old"));
         talk.application.address = Ipv4::parse("10.0.0.1");
         const auto replies = talk.send(c.request);
         EXPECT_EQ(replies.empty() ? "" : wire::text(replies[0].bytes), c.ack);

@@ -61,12 +61,7 @@ CameraConfig cameraAt(unsigned number, const std::string &address) {
     return config;
 }
 
-SimulatorOptions loopback(std::uint64_t seed = 1) {
-    SimulatorOptions options;
-    options.port = 0;
-    options.seed = seed;
-    return options;
-}
+SimulatorOptions loopback(std::uint64_t seed = 1) { return {"lo", AddressMode::Unmanaged, 0, -1, seed}; }
 
 bool waitFor(const std::function<bool()> &condition) {
     for (int i = 0; i < 500 && !condition(); ++i)

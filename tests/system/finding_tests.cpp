@@ -2,7 +2,6 @@
 
 #include <QLabel>
 #include <QStyle>
-#include <QtTest>
 
 using namespace testnet;
 using testing::ElementsAre;

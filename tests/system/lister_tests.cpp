@@ -1,11 +1,9 @@
 #include "support/Site.h" // before Qt, which makes a macro of a name in it
 
-#include "Base/GCException.h"
 #include "Lanvane/DeviceLister.h"
 #include "MinimalCorvo/DeviceInfo.h"
 
 #include <gtest/gtest.h>
-#include <memory>
 
 using namespace Corvo;
 using namespace testnet;

@@ -19,11 +19,6 @@ protected:
         EXPECT_TRUE(eventually([&] { return Holdings::now() == m_before; })) << "the device left something behind";
     }
 
-    static camsim::SimulatorOptions Options() {
-        camsim::SimulatorOptions options;
-        options.port = 0;
-        return options;
-    }
     static camsim::CameraConfig Config() { return camsim::parseCameras("ip=127.0.0.1/8,enabled=persistent+lla")[0]; }
     static camsim::CameraConfig WithXml(const std::string &xml) {
         camsim::CameraConfig config = Config();
@@ -84,7 +79,7 @@ protected:
         return texts;
     }
 
-    camsim::Simulator cameras{Options()};
+    camsim::Simulator cameras{{"lo", camsim::AddressMode::Unmanaged, 0}};
     camsim::MacAddress mac;
 
 private:

@@ -2,9 +2,6 @@
 #include "support/Leaks.h"
 #include "support/Site.h"
 
-#include <chrono>
-#include <memory>
-
 using namespace Corvo;
 using namespace testnet;
 

@@ -2,8 +2,6 @@
 #include "support/Leaks.h"
 #include "support/Site.h"
 
-#include <algorithm>
-
 using namespace Corvo;
 using namespace testnet;
 using testing::ElementsAre;
