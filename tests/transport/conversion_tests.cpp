@@ -6,7 +6,6 @@
 #include "MinimalCorvoGigETL/tools.h"
 
 #include <arpa/inet.h>
-#include <cstring>
 
 namespace {
 
@@ -40,12 +39,6 @@ TEST(Conversions, AddressTexts) {
     info.SetAddress("10.0.0.8:4000");
     EXPECT_EQ(htons(4000), Address_in(info).sin_port);
     EXPECT_EQ("10.0.0.1:99", atos(AsSockaddr(Interface_in(info))));
-}
-
-TEST(Conversions, Words) {
-    unsigned char block[] = {0xFF, 1, 2, 3, 4, 5, 6, 7, 8, 0xFF};
-    NtohlBlockInPlace(block + 1, 8);
-    EXPECT_EQ(0, std::memcmp(block, "\xFF\4\3\2\1\x8\7\6\5\xFF", sizeof block));
 }
 
 /// "NAME|EXTENSION|ADDRESS|LENGTH", or "" when the URL is none.
