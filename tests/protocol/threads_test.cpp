@@ -3,37 +3,32 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <gtest/gtest.h>
 #include <thread>
 
 using namespace GxImp;
 using namespace GxImp::Posix;
-using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
 namespace {
 
-class CountingTimer : public CRetriggerableTimer {
+class SelfStoppingTimer : public CRetriggerableTimer {
 public:
-    ~CountingTimer() override {
+    ~SelfStoppingTimer() override {
         (void)Stop();
         Join();
     }
     std::atomic<int> count{0};
-    std::function<void()> routine;
 
 protected:
     void TimeoutRoutine() noexcept override {
         ++count;
-        if (routine)
-            routine();
+        (void)Stop();
     }
 };
 
 TEST(Timer, StopFromItsOwnRoutineAndLongPeriodsEndAtOnce) {
-    CountingTimer timer;
-    timer.routine = [&timer] { (void)timer.Stop(); };
+    SelfStoppingTimer timer;
     ASSERT_EQ(timer.Create(10), 0u);
     EXPECT_TRUE(eventually([&] { return !timer.IsStarted(); }));
     timer.Join();
@@ -42,7 +37,7 @@ TEST(Timer, StopFromItsOwnRoutineAndLongPeriodsEndAtOnce) {
     // Stop takes no mutex, so its signal may slip by a thread about to wait: Join must not wait for the period.
     const auto start = Clock::now();
     for (int i = 0; i < 300; ++i) {
-        CountingTimer brief;
+        SelfStoppingTimer brief;
         ASSERT_EQ(brief.Create(600000), 0u);
         if (i % 2 != 0)
             std::this_thread::sleep_for(std::chrono::microseconds(i));

@@ -13,16 +13,6 @@
 #include <QTimer>
 #include <QtTest>
 
-const char *const AssignHeader = "Please specify a temporary IP address.<br>This address will be valid until the "
-                                 "device resets.<br>Valid addresses are:<br>192.168.10.1 - 192.168.10.254<br>";
-const char *const ForceByMacHeader =
-    "Please specify the MAC address for the device to force the IP address.\n\nThere won't be any error message in "
-    "case you specify the wrong MAC address.";
-const char *const ConnectHeader =
-    "A connection to the device must be established in order to change the configuration.<br>To do this, a temporary "
-    "IP address needs to be assigned to the device.<br>This temporary address will only be used to update the "
-    "configuration and will not be stored on the device.<br>Valid addresses are:<br>192.168.10.1 - 192.168.10.254<br>";
-
 namespace {
 
 constexpr int LookInterval_ms = 20;
