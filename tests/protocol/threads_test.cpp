@@ -27,6 +27,19 @@ protected:
     }
 };
 
+TEST(Timer, RetriggerStartsAFullPeriod) {
+    SelfStoppingTimer timer;
+    ASSERT_EQ(timer.Create(600000), 0u);
+    const auto start = Clock::now();
+    while (Clock::now() - start < std::chrono::milliseconds(1500)) {
+        ASSERT_EQ(timer.Retrigger(600), 0u);
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    EXPECT_EQ(timer.count, 0);
+    ASSERT_EQ(timer.Retrigger(10), 0u);
+    EXPECT_TRUE(eventually([&] { return timer.count > 0; }));
+}
+
 TEST(Timer, StopFromItsOwnRoutineAndLongPeriodsEndAtOnce) {
     SelfStoppingTimer timer;
     ASSERT_EQ(timer.Create(10), 0u);
