@@ -513,7 +513,6 @@ std::optional<TimePoint> Camera::nextDeadline() const { return impl_->nextDeadli
 void Camera::powerCycle(TimePoint now) { impl_->powerCycle(now); }
 void Camera::setReachable(bool reachable) { impl_->config.reachable = reachable; }
 void Camera::setHolder(std::optional<Holder> holder, TimePoint now) { impl_->setHolder(holder, now); }
-void Camera::setDhcpLease(std::optional<IpSettings> lease) { impl_->config.dhcpLease = lease; }
 const MacAddress &Camera::mac() const { return impl_->config.mac; }
 const std::optional<IpSettings> &Camera::current() const { return impl_->ip.current(); }
 CameraStatus Camera::status() const { return impl_->status(); }

@@ -463,10 +463,6 @@ void Simulator::setHolder(const MacAddress &mac, std::optional<Holder> holder) {
     impl_->queue.call([&] { impl_->find(mac).camera.setHolder(holder, Impl::now()); });
 }
 
-void Simulator::setDhcpLease(const MacAddress &mac, std::optional<IpSettings> lease) {
-    impl_->queue.call([&] { impl_->find(mac).camera.setDhcpLease(lease); });
-}
-
 void Simulator::setFaults(const MacAddress &mac, const FaultConfig &faults) {
     faults.check();
     impl_->queue.call([&] { impl_->find(mac).faults = {faults}; });

@@ -78,7 +78,6 @@ public:
     void powerCycle(TimePoint now);
     void setReachable(bool reachable);
     void setHolder(std::optional<Holder> holder, TimePoint now);
-    void setDhcpLease(std::optional<IpSettings> lease);
 
     const MacAddress &mac() const;
     const std::optional<IpSettings> &current() const; ///< none while the IP cycle runs

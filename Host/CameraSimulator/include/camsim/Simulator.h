@@ -96,7 +96,6 @@ public:
     void setReachable(const MacAddress &mac, bool reachable);
     /// Gives the privilege to an application or takes it away.
     void setHolder(const MacAddress &mac, std::optional<Holder> holder);
-    void setDhcpLease(const MacAddress &mac, std::optional<IpSettings> lease); ///< used by the next IP cycle
     /// Replaces the faults of one camera or of all present and future cameras. Counts start anew, the generator goes
     /// on.
     void setFaults(const MacAddress &mac, const FaultConfig &faults);
