@@ -9,6 +9,9 @@ using namespace Corvo;
 TEST(AccessModeSet, HoldsAModeAtTheBitOfItsValue) {
     EXPECT_EQ(0b100010u, (Control | Exclusive).to_ulong());
     EXPECT_EQ(0b011010u, (AccessModeSet() + Control + Stream + Event + Event).to_ulong());
+    AccessModeSet modes = Control;
+    modes |= Stream;
+    EXPECT_TRUE(modes == (Control | Stream) && AccessModeSet(Stream) == Stream && modes != Stream);
 }
 
 TEST(AccessModeSet, RefusesAModeThatIsNoBit) {
@@ -16,6 +19,7 @@ TEST(AccessModeSet, RefusesAModeThatIsNoBit) {
     for (const int value : {6, -1}) {
         const auto mode = static_cast<EDeviceAccessMode>(value);
         EXPECT_THAT([mode] { (void)AccessModeSet(mode); }, refusal);
+        EXPECT_THAT([value] { (void)AccessModeSet(value); }, refusal);
         EXPECT_THAT([mode] { (void)(Control | mode); }, refusal);
     }
 }

@@ -3,24 +3,10 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <memory>
 
 namespace {
 
 using namespace Corvo;
-using testing::ElementsAre;
-
-TEST(InfoList, InsertsErasesAndChecks) {
-    const auto list = std::make_unique<TList<int>>(1); // on the heap: lists bring their own operator new
-    list->insert(0, 1);
-    list->insert(list->size(), 4);
-    EXPECT_EQ(3, *list->insert(list->begin() + 2, 3));
-    EXPECT_THAT(*list, ElementsAre(1, 0, 3, 4));
-    list->erase(0);
-    EXPECT_EQ(4, *list->erase(list->begin() + 1));
-    EXPECT_THAT(*list, ElementsAre(0, 4));
-    EXPECT_THROW((void)list->at(2), std::out_of_range);
-}
 
 /// A separator between the values that sorting puts side by side, so that a test is one text.
 template <class List, class Getter> String_t SortedTexts(List list, Getter get) {

@@ -5,8 +5,6 @@
 
 #include <gmock/gmock.h>
 
-#include <thread>
-
 // Initialisation and the id of "corvo.base" are process-wide: every test here relies on a process of its own.
 
 namespace {
@@ -58,23 +56,6 @@ TEST_F(CorvoBaseTest, LeavesTheLoggingLibraryToAHostThatManagesIt) {
     EXPECT_TRUE(Logs());
     EXPECT_EQ(InternalFlag_HostManagesLogging, GetInternalFlags());
     EXPECT_TRUE(IsInternalFlagSet(InternalFlag_HostManagesLogging | InternalFlag_UntilTermination));
-}
-
-TEST_F(CorvoBaseTest, CountsInitialisationsOfManyThreadsThatLogAtOnce) {
-    std::thread threads[4];
-    for (std::thread &thread : threads) {
-        thread = std::thread([] {
-            CorvoInitialize();
-            EXPECT_TRUE(Logs());
-        });
-    }
-    for (std::thread &thread : threads)
-        thread.join();
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_TRUE(Logs());
-        CorvoTerminate();
-    }
-    EXPECT_FALSE(Logs());
 }
 
 } // namespace

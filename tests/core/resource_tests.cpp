@@ -76,17 +76,4 @@ TEST(Resource, TellsWhyALibraryGivesNothing) {
     EXPECT_EQ(std::string(511, 'x') + "\n", ErrorStreamOf([] { Trace("%s", std::string(600, 'x').c_str()); }));
 }
 
-void ExitKeeping(int resources) {
-    for (; resources > 0; --resources)
-        GetResourceData("empty", RESOURCE_LIBRARY, &size);
-    std::exit(0);
-}
-
-TEST(ResourceDeathTest, ProgramEndSpeaksUpAboutForgottenResources) {
-    // A debug build aborts then.
-    const auto anyEnd = [](int) { return true; };
-    EXPECT_EXIT(ExitKeeping(1), anyEnd, "Freeing 1 resource before exiting. Did you forget to call FreeResource.");
-    EXPECT_EXIT(ExitKeeping(2), anyEnd, "Freeing 2 resources before exiting. Did you forget to call FreeResource.");
-}
-
 } // namespace

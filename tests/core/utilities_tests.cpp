@@ -46,13 +46,6 @@ TEST(Hex, EncodesIntoBuffersThatFit) {
     EXPECT_EQ("0aff", HexEncodeString(bytes, 2));
 }
 
-TEST(Hex, DecodesDigitsAndSkipsTheRest) {
-    EXPECT_EQ("\xAB\xFF\x0C", HexDecodeString("ab:FFc-"));
-    char buffer[] = "77";
-    EXPECT_EQ(3u, HexDecodeString("313233", buffer, 2));
-    EXPECT_STREQ("77", buffer);
-}
-
 TEST(KeyValue, SplitsTokensIntoTrimmedPairs) {
     const char *text = ";; a = 1 ;\tb=2=3\n,c;=v; ; = ;d=";
     const struct {
@@ -72,14 +65,6 @@ TEST(KeyValue, SplitsTokensIntoTrimmedPairs) {
     EXPECT_FALSE(getKeyAndValueFromString("a=b", ";", 0, nullptr, nullptr));
     EXPECT_TRUE(getValueByKeyFromString("A=1; ;a = 2 ;a=3", ";", "a", value));
     EXPECT_EQ("2", value);
-}
-
-TEST(Text, SplitsAtSeparatorTexts) {
-    const String_t text = "a||b|c||";
-    String_t piece;
-    EXPECT_TRUE(extractSubString(text, "||", 1, piece) && piece == "b|c");
-    EXPECT_TRUE(extractSubString(text, "||", 2, piece) && piece.empty());
-    EXPECT_FALSE(extractSubString(text, "||", 3, piece));
 }
 
 TEST(Text, ReadsWholeFilesOrSaysWhichCouldNotBeOpened) {

@@ -7,15 +7,6 @@
 namespace {
 
 using GenICam::gcstring;
-using GenICam::gcstring_vector;
-
-TEST(GcString, CountsNullAsEmptyAndKeepsZeroBytes) {
-    const char *null = nullptr;
-    EXPECT_TRUE(gcstring(null).empty() && gcstring() == null);
-    const gcstring withZero(std::string("a\0b", 3));
-    EXPECT_EQ(3u, withZero.length());
-    EXPECT_NE("a", withZero);
-}
 
 TEST(GcString, JoinsComparesAndCutsBytes) {
     gcstring text("b");
@@ -29,13 +20,6 @@ TEST(GcString, JoinsComparesAndCutsBytes) {
     EXPECT_EQ("mer", text.substr(2, 3));
     EXPECT_EQ("", text.substr(6));
     EXPECT_THROW((void)text.substr(7), GenICam::OutOfRangeException);
-}
-
-TEST(GcStringVector, EditsByIndex) {
-    gcstring_vector list(1, "b");
-    list.insert(std::size_t{1}, "c");
-    list.erase(0);
-    EXPECT_TRUE(list.size() == 1 && list.contains("c") && !list.contains("b"));
 }
 
 } // namespace

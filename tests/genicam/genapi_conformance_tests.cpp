@@ -244,6 +244,7 @@ const Case cases[] = {
      "<IntReg Name='R'><Address>0x10</Address><Length>1</Length>" REG "</IntReg>"
      "<Float Name='OverInt'><pValue>R</pValue></Float>"
      "<Float Name='Limited'><Value>1.5</Value><Min>-2.5</Min><Max>1e3</Max></Float>"
+     "<Float Name='Huge'><Value>1</Value><Max>10000000000000000000</Max></Float>"
      "<Integer Name='OverFloat'><pValue>Limited</pValue></Integer>",
      "0 3fc00000 8 0000000000000440 10 07",
      {{"F4", "1.5"},
@@ -261,6 +262,7 @@ const Case cases[] = {
       {"Limited.inc", "LogicalErrorException"},
       {"Limited=-3", "OutOfRangeException"},
       {"Limited=nan", "OutOfRangeException"},
+      {"Huge.max", "1e+19"},
       {"OverFloat", "2"},
       {"OverFloat.min", "-2"},
       {"OverFloat=-2", ""},
@@ -276,6 +278,10 @@ const Case cases[] = {
      "</IntConverter>"
      "<Converter Name='Varying'><FormulaTo>FROM</FormulaTo><FormulaFrom>TO</FormulaFrom><pValue>R</pValue>"
      "<Slope>Varying</Slope></Converter>"
+     "<Converter Name='Pole'><FormulaTo>1000 / FROM</FormulaTo><FormulaFrom>1000 / TO</FormulaFrom><pValue>R</pValue>"
+     "</Converter><IntReg Name='R8'><Address>8</Address><Length>8</Length>" REG "</IntReg>"
+     "<IntConverter Name='Wide'><FormulaTo>FROM / 2</FormulaTo><FormulaFrom>TO * 2</FormulaFrom><pValue>R8</pValue>"
+     "</IntConverter>"
      "<Float Name='Over'><pValue>C</pValue></Float><Integer Name='IntOver'><pValue>C</pValue></Integer>",
      "0 0019",
      {{"C", "2.5"},
@@ -290,6 +296,8 @@ const Case cases[] = {
       {"I.min", "-65535"},
       {"I.max", "0"},
       {"Varying.max", "1.79769e+308"},
+      {"Pole.min", "-1.79769e+308"},
+      {"Wide.max", "9223372036854775807"},
       {"Over=1.5", ""},
       {"IntOver", "2"},
       {"IntOver.max", "6553"},
@@ -402,7 +410,8 @@ const Case cases[] = {
      "<IntReg Name='R'><Address>0</Address><Length>1</Length>" REG "</IntReg>"
      "<Integer Name='V'><pIndex>Sel</pIndex><ValueIndexed Index='1'>11</ValueIndexed>"
      "<pValueIndexed Index='2'>R</pValueIndexed><ValueDefault>99</ValueDefault></Integer>"
-     "<IntReg Name='Arr'><Address>0x10</Address><pIndex Offset='4'>Sel</pIndex><Length>4</Length>" REG "</IntReg>",
+     "<IntReg Name='Arr'><Address>0x10</Address><pIndex Offset='4'>Sel</pIndex><Length>4</Length>" REG "</IntReg>"
+     "<Integer Name='ByReg'><pIndex>R</pIndex><ValueDefault>9</ValueDefault></Integer>",
      "0 05",
      {{"V", "11"},
       {"V=12", ""},
@@ -421,7 +430,29 @@ const Case cases[] = {
       {"Arr", "0"},
       {"Sel=1", ""},
       {"Arr", "0"},
-      {"port", "r14:4 r18:4"}}},
+      {"port", "r14:4 r18:4"},
+      {"ByReg", "9"},
+      {"port WO", ""},
+      {"ByReg.access", "NA"},
+      {"port NI", ""},
+      {"ByReg.access", "NI"},
+      {"ByReg.max", "9223372036854775807"}}},
+    {"ASelectorEndsTheCacheBehindItsFeatures",
+     "<Integer Name='Sel'><Value>0</Value><pSelected>V</pSelected><pSelected>Arr</pSelected></Integer>"
+     "<Integer Name='V'><pValue>K</pValue></Integer>"
+     "<IntSwissKnife Name='K'><pVariable Name='R'>R</pVariable><pVariable Name='S'>Sel</pVariable>"
+     "<Formula>R + S</Formula></IntSwissKnife><IntReg Name='R'><Address>0</Address><Length>1</Length>" REG "</IntReg>"
+     "<Integer Name='Arr'><pValue>A</pValue></Integer>"
+     "<IntReg Name='A'><Address>0x10</Address><pIndex>Sel</pIndex><Length>1</Length>" REG "</IntReg>",
+     "0 01",
+     {{"V", "1"},
+      {"Arr", "0"},
+      {"fill 0 02", ""},
+      {"Sel=1", ""},
+      {"V", "3"},
+      {"Sel=0", ""},
+      {"Arr", "0"},
+      {"port", "r0:1 r10:1 r0:1"}}},
     {"ValueCopies",
      "<IntReg Name='R'><Address>0</Address><Length>1</Length>" REG "</IntReg>"
      "<IntReg Name='S'><Address>1</Address><Length>1</Length>" REG "</IntReg>"
@@ -460,6 +491,9 @@ const Case cases[] = {
       {"Avail=0", ""},
       {"A.access", "NA"},
       {"A", "AccessException"},
+      {"A.impose NI", ""},
+      {"A.access", "NI"},
+      {"A.impose RW", ""},
       {"Impl=0", ""},
       {"A.access", "NI"},
       {"Impl=1", ""},
@@ -509,6 +543,10 @@ const Case cases[] = {
       {"port", "r0:1"},
       {"R=12", ""},
       {"R", "12"},
+      {"I=1", ""},
+      {"R.cached", "no"},
+      {"I=0", ""},
+      {"R.cached", "yes"},
       {"port", "w0:0c"},
       {"Volatile", "1"},
       {"Volatile", "1"},
@@ -698,13 +736,15 @@ TEST(GenApiNodes, ImposedLimitsNarrow) {
 }
 
 TEST(GenApiNodes, AFailedWriteLeavesNoStaleCache) {
-    Camera camera("<IntReg Name='A'><Address>0</Address><Length>1</Length>" REG "</IntReg>");
-    const CIntegerPtr a = camera["A"];
-    EXPECT_EQ(a->GetValue(), 0);
+    Camera camera("<IntReg Name='A'><Address>0</Address><Length>1</Length>" REG "</IntReg>"
+                  "<IntReg Name='B'><Address>1</Address><Length>1</Length>" REG
+                  "<pInvalidator>A</pInvalidator></IntReg>");
+    const CIntegerPtr a = camera["A"], b = camera["B"];
+    EXPECT_EQ(a->GetValue() + b->GetValue(), 0);
     camera.port.failsWrites = true;
     EXPECT_THROW(a->SetValue(1), GenICam::RuntimeException);
-    camera.port.Fill(0, "01");
-    EXPECT_EQ(a->GetValue(), 1);
+    camera.port.Fill(0, "0102");
+    EXPECT_EQ(a->GetValue() + b->GetValue(), 3);
 }
 
 TEST(GenApiNodes, PortAndNodeMapMayGoInAnyOrder) {

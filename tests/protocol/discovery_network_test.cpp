@@ -131,6 +131,22 @@ TEST(Adapters, UnusableOnesAreLeftOut) {
     EXPECT_EQ(noBroadcast.cameras.requests().at(0).destination.toString(), "10.0.0.255");
 }
 
+TEST(Gateway, CameraReachesForeignSubnetsAgainAfterAnIpCycle) {
+    CameraConfig config = cameraAt(1, "192.168.1.20/24");
+    config.persistent.gateway = camsim::Ipv4::parse("192.168.1.1");
+    config.broadcastAck = camsim::BroadcastAck::Never;
+    Site site("nic0", "10.0.0.5/8", {config});
+    ip("address add 192.168.1.1/32 dev nic0"); // the gateway's; no broadcasts from it
+    const std::string overGateway = "1 192.168.1.20 192.168.1.20 10.0.0.5";
+    EXPECT_THAT(discover(Enumerator::FlagBroadcastAcknowledge), testing::Contains(overGateway));
+    site.cameras.powerCycle(config.mac);
+    for (int i = 0; i < 300 && !site.cameras.status(config.mac).current; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    // Without a route the kernel would look for the host on the link.
+    site.adapter.cameraSide().ip("neighbour replace 10.0.0.5 lladdr 02:00:00:00:00:01 dev cam");
+    EXPECT_THAT(discover(Enumerator::FlagBroadcastAcknowledge), testing::Contains(overGateway));
+}
+
 /// A callee that takes its time, as one does that builds lists and compares entries.
 class SlowList : public FoundList {
 public:

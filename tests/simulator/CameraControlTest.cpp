@@ -169,6 +169,9 @@ TEST(CameraControl, ResentWriteIsAcknowledgedButNotExecutedAgain) {
     talk.camera.writeMemory(0x8000, {0, 0, 0, 9});
     EXPECT_EQ(talk.ask(write), ack);
     EXPECT_EQ(wire::text(talk.camera.readMemory(0x8000, 4)), "00 00 00 09");
+    talk.pass(2000ms);
+    EXPECT_EQ(talk.ask(write), ack);
+    talk.pass(2000ms); // that was a heartbeat
     EXPECT_EQ(talk.ask("42 01 0082 0008 0003 00008000 00000001"), "00 00 00 83 00 04 00 03 00 00 00 01");
     EXPECT_EQ(wire::text(talk.camera.readMemory(0x8000, 4)), "00 00 00 01");
     // After control was lost the same bytes are a new request.

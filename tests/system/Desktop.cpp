@@ -195,6 +195,10 @@ void Desktop::lookForDialogs() {
 }
 
 void Desktop::answer(QWidget &dialog) {
+    if (m_Expected.empty() && m_Anything) {
+        m_Anything(dialog);
+        return;
+    }
     const Expected expected = m_Expected.empty() ? Expected{"(none)", &dismiss} : m_Expected.front();
     if (!m_Expected.empty())
         m_Expected.pop_front();

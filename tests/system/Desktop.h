@@ -71,6 +71,8 @@ protected:
     static void awaitAdapters(int count);
 
     void expect(const QString &dialog, Act act) { m_Expected.push_back({dialog, std::move(act)}); }
+    /// From now on this answers what was not foretold.
+    void expectAnything(Act act) { m_Anything = std::move(act); }
     /// A message box with the window's title.
     void expectBox(const QString &text, QMessageBox::StandardButton answer) {
         expectBox("Ostra Lanvane", text, answer);
@@ -101,6 +103,7 @@ private:
     QObject m_Context; ///< ends the timers
     std::unique_ptr<MainWnd> m_Window;
     std::deque<Expected> m_Expected;
+    Act m_Anything;
 };
 
 // Dialogs.
@@ -110,6 +113,11 @@ extern const char *const ConnectHeader;    ///< of that before a unicast write, 
 constexpr const char *NotSaved = "The configuration could not be saved.";
 constexpr const char *AccessDenied = "Access denied\nThe device is controlled by another application.\nClose the "
                                      "connection before changing the IP configuration.";
+
+/// A number from the environment, so that a long run needs no other program.
+inline int environmentNumber(const char *name, int usual) {
+    return qEnvironmentVariableIsSet(name) ? qEnvironmentVariableIntValue(name) : usual;
+}
 
 /// testnet::cameraAt with something changed.
 template <class Change> camsim::CameraConfig cameraWith(unsigned number, const char *address, Change change) {

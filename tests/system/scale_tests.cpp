@@ -11,11 +11,6 @@ using namespace testnet;
 
 namespace {
 
-/// A number from the environment, so that a long run needs no other program.
-int setting(const char *name, int usual) {
-    return qEnvironmentVariableIsSet(name) ? qEnvironmentVariableIntValue(name) : usual;
-}
-
 /// Memory of this process in RAM.
 long resident_KiB() {
     std::ifstream status("/proc/self/status");
@@ -72,7 +67,7 @@ TEST_F(Scale, AThousandCamerasOfWhichFiftyAreSilent) {
 
 TEST_F(Scale, RefreshesDoNotGrow) {
     openWith(100);
-    const int count = setting("LANVANE_REFRESHES", 20);
+    const int count = environmentNumber("LANVANE_REFRESHES", 20);
     refresh();
     refresh();
     const long before = resident_KiB();

@@ -73,6 +73,9 @@ TEST(Conversions, LocalUrls) {
         {"Local:cam.zip", ""},
         {"Local:cam.zip;8000", ""},
         {"Local:cam;80.00;10", ""},
+        {"Local:cam.zip;0;FFFFFFFF", "cam|.zip|0|4294967295"},
+        {"Local:cam.zip;100000000;10", ""},
+        {"Local:cam.zip;0;-1", ""},
         {"", ""},
     };
     for (const auto &[url, expected] : cases)
@@ -120,7 +123,7 @@ TEST(Comparer, ComparesAddressesByValue) {
     };
     for (const auto &row : cases)
         EXPECT_EQ(row.equal, GigEPropertyValueComparer().PropertyValuesAreEqual(row.key, row.a, row.b)) << row.a;
-    for (const std::string text : {"300.1.1.1", "1.2.3", "1.2.-3.4", "abc", "09.1.1.1"})
+    for (const std::string text : {"300.1.1.1", "1.2.3", "1.2.-3.4", "abc", "09.1.1.1", "4294967297.0.0.1"})
         EXPECT_EQ("Runtime: Invalid address: " + text,
                   thrownBy([&] { GigEPropertyValueComparer::inet_addr_local(text.c_str()); }));
     EXPECT_EQ(0xC0A8000Au, GigEPropertyValueComparer::inet_addr_local("192.168.0.10"));
@@ -153,6 +156,7 @@ TEST(Filter, FromTheEnvironment) {
         {"A=1&&A=2", "A:2,;"},
         {"none || =v || k= || \t && B = b = c && x ||", "B:b = c,;"},
         {"A=one|two&three", "A:one|two&three,;"},
+        {"A=1 && IpAddress=192.168.1.* || SubnetMask=/24", "A:1,;"},
         {"||", ""},
         {"  ", ""},
         {"", ""},

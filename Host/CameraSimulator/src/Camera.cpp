@@ -345,9 +345,8 @@ GevStatus Camera::Impl::storeIpConfig(const _GVCP_SETIPCONFIG_REQUEST &record) {
 }
 
 std::vector<Reply> Camera::Impl::control(const Command &command, TimePoint now) {
-    if (lastWrite_ && lastWrite_->isRepeatedBy(command))
-        return acknowledge(command, lastWrite_->outcome, *ip.current());
-    const Outcome outcome = execute(command, now);
+    const bool isRepeated = lastWrite_ && lastWrite_->isRepeatedBy(command);
+    const Outcome outcome = isRepeated ? lastWrite_->outcome : execute(command, now);
     if (privilege_.heldBy(command.source))
         privilege_.heartbeat(now);
     if (command.writes())

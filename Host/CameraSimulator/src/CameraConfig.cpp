@@ -22,8 +22,13 @@ void checkDuration(std::chrono::milliseconds duration, const char *what) {
 void checkConfig(const CameraConfig &config) {
     checkUsable(config.dhcpLease, "DHCP lease");
     checkUsable(config.forced, "forced address");
-    if (config.linkLocal)
-        checkUsable(IpSettings{*config.linkLocal, Ipv4::maskOf(16), {}}, "link-local address");
+    if (config.linkLocal) {
+        const IpSettings linkLocal{*config.linkLocal, Ipv4::maskOf(16), {}};
+        checkUsable(linkLocal, "link-local address");
+        if (!linkLocal.inSubnet(Ipv4::parse("169.254.0.0")))
+            throw std::invalid_argument("the link-local address " + config.linkLocal->toString() +
+                                        " is not in 169.254.0.0/16");
+    }
     checkDuration(config.restartSilence, "restart silence");
     checkDuration(config.heartbeatTimeout, "heartbeat timeout");
     if (config.heldBy && config.heldBy->privilege != GEV_EXCLUSIVE_CONTROL_ACCESS &&

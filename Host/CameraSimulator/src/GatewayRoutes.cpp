@@ -30,16 +30,21 @@ GatewayRoutes::~GatewayRoutes() {
 }
 
 std::uint32_t GatewayRoutes::mark(Ipv4 gateway) {
-    if (const auto known = marks_.find(gateway); known != marks_.end())
+    const auto known = marks_.find(gateway);
+    const bool hasRule = known != marks_.end();
+    if (hasRule && routed_.count(gateway) != 0)
         return known->second;
-    const std::uint32_t mark = firstMark(interface_) + static_cast<std::uint32_t>(marks_.size());
+    const std::uint32_t mark =
+        hasRule ? known->second : firstMark(interface_) + static_cast<std::uint32_t>(marks_.size());
     std::vector<NetlinkMessage> messages;
     messages.push_back(route(RTM_NEWROUTE, NLM_F_CREATE | NLM_F_REPLACE, gateway, mark));
-    messages.push_back(rule(RTM_NEWRULE, NLM_F_CREATE, mark));
+    if (!hasRule)
+        messages.push_back(rule(RTM_NEWRULE, NLM_F_CREATE, mark));
     for (const int error : netlink_.execute(messages))
         if (error != 0)
             throw std::system_error(error, std::generic_category(), "cannot route over " + gateway.toString());
     marks_[gateway] = mark;
+    routed_.insert(gateway);
     return mark;
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 
 namespace camsim {
 
@@ -20,6 +21,9 @@ public:
 
     /// The mark (SO_MARK) for packets over this gateway. Throws std::system_error when the route cannot be made.
     std::uint32_t mark(Ipv4 gateway);
+    /// To be called before addresses of the interface go: with the last one the kernel drops all routes of an
+    /// interface.
+    void renew() { routed_.clear(); }
 
 private:
     NetlinkMessage route(std::uint16_t type, std::uint16_t flags, Ipv4 gateway, std::uint32_t table) const;
@@ -27,7 +31,8 @@ private:
 
     Netlink &netlink_;
     const unsigned interface_;
-    std::map<Ipv4, std::uint32_t> marks_;
+    std::map<Ipv4, std::uint32_t> marks_; ///< of the gateways that have a rule
+    std::set<Ipv4> routed_;               ///< those whose route is there for sure
 };
 
 } // namespace camsim

@@ -169,7 +169,11 @@ const CameraKey cameraKeys[] = {
     {"url", "TEXT", "first URL register, as it is", [](CameraText &c, Text v) { c.config.firstUrl = v; }},
     {"url2", "TEXT", "second URL register", [](CameraText &c, Text v) { c.config.secondUrl = v; }},
     {"count", "N", "that many cameras; MAC, addresses, serial and name count up",
-     [](CameraText &c, Text v) { c.count = toNumber(v, maxCount); }},
+     [](CameraText &c, Text v) {
+         c.count = toNumber(v, maxCount);
+         if (c.count == 0)
+             throw std::invalid_argument("there must be at least one");
+     }},
 };
 
 const FaultKey faultKeys[] = {
@@ -241,7 +245,7 @@ void setAll(const Key<Target> (&keys)[N], Target &target, const std::string &tex
 void countUp(IpSettings &settings, std::uint32_t step) {
     const IpSettings first = settings;
     settings.address.value += step;
-    if (!first.inSubnet(settings.address))
+    if (!first.inSubnet(settings.address) || (first.isUsable() && !settings.isUsable()))
         throw SceneError("count: the addresses run out of the subnet of " + first.address.toString() + "/" +
                          std::to_string(first.prefixLength()));
 }

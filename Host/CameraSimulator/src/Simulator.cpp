@@ -99,6 +99,7 @@ private:
     void deliver(Entry &entry, const Request &request, std::uint16_t code, TimePoint time);
     void updateAddresses(const std::vector<Entry *> &changed);
     void tryUpdateAddresses(const std::vector<Entry *> &changed);
+    void changeAddresses(const std::vector<IpSettings> &gone, const std::vector<IpSettings> &added);
     void disown(Entry &entry);
     void queueReply(Outgoing item);
     void post(Reply reply);
@@ -161,8 +162,8 @@ void Simulator::Impl::add(const std::vector<CameraConfig> &configs) {
 void Simulator::Impl::remove(const MacAddress &mac) {
     Entry &entry = find(mac);
     disown(entry);
-    if (addresses_ && entry.address)
-        addresses_->change({*entry.address}, {});
+    if (entry.address)
+        changeAddresses({*entry.address}, {});
     entries.erase(std::find_if(entries.begin(), entries.end(), [&](const auto &e) { return e.get() == &entry; }));
 }
 
@@ -193,8 +194,15 @@ void Simulator::Impl::updateAddresses(const std::vector<Entry *> &changed) {
         }
         entry->address = current;
     }
-    if (addresses_ && !(gone.empty() && added.empty()))
-        addresses_->change(gone, added);
+    changeAddresses(gone, added);
+}
+
+void Simulator::Impl::changeAddresses(const std::vector<IpSettings> &gone, const std::vector<IpSettings> &added) {
+    if (!addresses_ || (gone.empty() && added.empty()))
+        return;
+    if (!gone.empty())
+        gateways_->renew();
+    addresses_->change(gone, added);
 }
 
 /// For changes that a command or time brought about: there is nobody to tell, the camera just cannot be reached.

@@ -62,7 +62,7 @@ public:
     /// \returns a handle that is never used again for another callback.
     virtual CallbackHandleType RegisterCallback(CNodeCallback *pCallback) = 0;
     /// After the return the callback does not run any more, and it has been deleted (when called from the callback
-    /// itself: as soon as it returns). \returns false when the handle is not one of this node.
+    /// itself: once the operations that call it have ended). \returns false when the handle is not one of this node.
     virtual bool DeregisterCallback(CallbackHandleType hCallback) = 0;
 };
 

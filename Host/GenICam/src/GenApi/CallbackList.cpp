@@ -72,10 +72,13 @@ void CRegisteredCallback::Call() const noexcept {
 }
 
 void CRegisteredCallback::Deactivate() {
+    std::unique_ptr<CNodeCallback> gone; // destroyed without the mutex
     std::unique_lock<std::mutex> lock(m_mutex);
     m_isActive = false;
-    if (std::find(m_runners.begin(), m_runners.end(), std::this_thread::get_id()) == m_runners.end())
-        m_ended.wait(lock, [this] { return m_runners.empty(); });
+    if (std::find(m_runners.begin(), m_runners.end(), std::this_thread::get_id()) != m_runners.end())
+        return;
+    m_ended.wait(lock, [this] { return m_runners.empty(); });
+    gone = std::move(m_callback);
 }
 
 CCallbackList::~CCallbackList() {

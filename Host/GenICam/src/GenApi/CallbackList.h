@@ -17,13 +17,14 @@ namespace GenApi {
 class CRegisteredCallback {
 public:
     CRegisteredCallback(std::unique_ptr<CNodeCallback> callback, CallbackHandleType handle)
-        : m_callback(std::move(callback)), m_handle(handle) {}
+        : m_callback(std::move(callback)), m_handle(handle), m_type(m_callback->GetCallbackType()) {}
 
     CallbackHandleType Handle() const { return m_handle; }
-    ECallbackType Type() const { return m_callback->GetCallbackType(); }
+    ECallbackType Type() const { return m_type; }
     /// Runs the callback unless it was deactivated. What it throws is traced.
     void Fire() noexcept;
-    /// After the return the callback runs no more. Called from the callback itself it does not wait for anything.
+    /// After the return the callback runs no more and has been deleted. Called from the callback itself it does not
+    /// wait for anything; then the callback goes with the last that holds the registration.
     void Deactivate();
 
 private:
@@ -37,6 +38,7 @@ private:
     std::vector<std::thread::id> m_runners;
     std::unique_ptr<CNodeCallback> m_callback;
     CallbackHandleType m_handle;
+    ECallbackType m_type;
     bool m_isActive = true;
 };
 

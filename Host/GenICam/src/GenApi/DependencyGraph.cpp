@@ -1,5 +1,7 @@
 #include "DependencyGraph.h"
 
+#include <utility>
+
 namespace GenApi {
 
 template <class Add> void CDependencyGraph::ForEachEdge(const SDescription &description, Add &&add) {
@@ -12,7 +14,7 @@ template <class Add> void CDependencyGraph::ForEachEdge(const SDescription &desc
             if (property.target == NoNode || relation == ERelation::Write || relation == ERelation::Link)
                 continue;
             if (relation == ERelation::Select)
-                add(self, SDependent{property.target, true});
+                add(self, SDependent{property.target, true, true});
             else
                 add(property.target, SDependent{self, relation != ERelation::Locate});
         }
@@ -20,7 +22,7 @@ template <class Add> void CDependencyGraph::ForEachEdge(const SDescription &desc
 }
 
 CDependencyGraph::CDependencyGraph(const SDescription &description)
-    : m_first(description.nodes.size() + 1), m_reached(description.nodes.size()) {
+    : m_description(description), m_first(description.nodes.size() + 1), m_reached(description.nodes.size()) {
     ForEachEdge(description, [this](int32_t changed, SDependent) { ++m_first[static_cast<std::size_t>(changed) + 1]; });
     for (std::size_t i = 1; i < m_first.size(); ++i)
         m_first[i] += m_first[i - 1];
@@ -40,14 +42,41 @@ std::vector<SDependent> CDependencyGraph::DependentsOf(int32_t origin) {
         for (uint32_t edge = m_first[node]; edge < m_first[node + 1]; ++edge)
             Reach(found, m_dependents[edge]);
     }
+    ReachSelected(found);
     found.erase(found.begin());
     return found;
+}
+
+/// What selected features read has another value now as well, except for a register that is already known to be another
+/// one: it keeps what it knows of each.
+void CDependencyGraph::ReachSelected(std::vector<SDependent> &found) {
+    std::vector<int32_t> selected;
+    for (const SDependent &dependent : found)
+        if (dependent.isSelected)
+            selected.push_back(dependent.node);
+    while (!selected.empty()) {
+        const SNodeDescription &node = m_description.nodes[static_cast<std::size_t>(selected.back())];
+        selected.pop_back();
+        for (uint32_t p = node.firstProperty; p < node.firstProperty + node.propertyCount; ++p) {
+            const SProperty &source = m_description.properties[p];
+            const ERelation relation = RelationOf(source.id);
+            if (source.target == NoNode || (relation != ERelation::Read && relation != ERelation::ReadWrite))
+                continue;
+            const SReached &reached = m_reached[static_cast<std::size_t>(source.target)];
+            const bool isNew = reached.search != m_search;
+            if (isNew)
+                Reach(found, {source.target, true});
+            if (!std::exchange(found[reached.position].isSelected, true))
+                selected.push_back(source.target);
+        }
+    }
 }
 
 void CDependencyGraph::Reach(std::vector<SDependent> &found, const SDependent &dependent) {
     SReached &reached = m_reached[static_cast<std::size_t>(dependent.node)];
     if (reached.search == m_search) {
         found[reached.position].isStale = found[reached.position].isStale || dependent.isStale;
+        found[reached.position].isSelected = found[reached.position].isSelected || dependent.isSelected;
         return;
     }
     reached = {m_search, static_cast<uint32_t>(found.size())};

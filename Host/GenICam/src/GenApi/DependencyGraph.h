@@ -8,11 +8,14 @@ struct SDependent {
     int32_t node;
     /// What the node keeps in its cache is not true any more. False when only the register it reads is another one.
     bool isStale;
+    /// A selector that changed names the node, or it stands behind such a node.
+    bool isSelected = false;
 };
 
 /// Who is affected when a node changes. Guarded by the node map's lock.
 class CDependencyGraph {
 public:
+    /// The description must outlive the graph.
     explicit CDependencyGraph(const SDescription &description);
 
     /// All nodes that depend on \p origin, directly or through others, each once and without itself; nearest first.
@@ -28,7 +31,9 @@ private:
     /// Calls `add(changed, dependent)` for each direct dependence.
     template <class Add> static void ForEachEdge(const SDescription &description, Add &&add);
     void Reach(std::vector<SDependent> &found, const SDependent &dependent);
+    void ReachSelected(std::vector<SDependent> &found);
 
+    const SDescription &m_description;
     /// Dependents of node i stand at m_dependents[m_first[i]] up to m_first[i + 1].
     std::vector<uint32_t> m_first;
     std::vector<SDependent> m_dependents;

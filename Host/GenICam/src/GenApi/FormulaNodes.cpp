@@ -1,5 +1,10 @@
 #include "FormulaNodes.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+
 namespace GenApi {
 
 namespace {
@@ -17,15 +22,30 @@ EAccessMode ConverterAccessMode(const CNodeImpl &node, const CFormulaSet &formul
     return Combine(ConvertedNode(node).AccessMode(), formulas.VariablesAccessMode());
 }
 
+/// The number that a converter shows at a limit of its target. None where the formula has no value, nor at the ends of
+/// the 64-bit range: they say nothing about the device, and formulas overflow there.
+template <class Number> std::optional<Number> ImageOf(CFormulaSet &formulas, Number targetLimit) {
+    using Range = std::numeric_limits<int64_t>;
+    if (targetLimit <= static_cast<Number>(Range::min()) || targetLimit >= static_cast<Number>(Range::max()))
+        return std::nullopt;
+    try {
+        const Number image = formulas.Evaluate<Number>(EProperty::FormulaFrom, false, targetLimit);
+        return std::isfinite(static_cast<double>(image)) ? std::optional(image) : std::nullopt;
+    } catch (const GenICam::RuntimeException &) {
+        return std::nullopt;
+    }
+}
+
 /// A limit of a converter is the image of a limit of its target; which one depends on the slope.
-template <class Number> Number ChooseLimit(const CNodeImpl &node, ELimit limit, Number ofMinimum, Number ofMaximum) {
+template <class Image> auto ChooseLimit(const CNodeImpl &node, ELimit limit, Image image) -> decltype(image(limit)) {
     const std::string_view slope = node.Text(EProperty::Slope);
     const bool isMinimum = limit == ELimit::Min;
     if (slope == "Increasing")
-        return isMinimum ? ofMinimum : ofMaximum;
+        return image(limit);
     if (slope == "Decreasing")
-        return isMinimum ? ofMaximum : ofMinimum;
-    return isMinimum ? std::min(ofMinimum, ofMaximum) : std::max(ofMinimum, ofMaximum);
+        return image(isMinimum ? ELimit::Max : ELimit::Min);
+    const auto [low, high] = std::minmax({image(ELimit::Min), image(ELimit::Max)});
+    return !low || isMinimum ? low : high; // "none" is the lowest
 }
 
 bool HasLimits(const CNodeImpl &node, ELimit limit) {
@@ -60,10 +80,9 @@ int64_t CIntConverterNode::NaturalIntegerLimit(ELimit limit) const {
     if (!HasLimits(*this, limit))
         return TInteger::NaturalIntegerLimit(limit);
     const CNodeImpl &target = ConvertedNode(*this);
-    const auto image = [&](ELimit of) {
-        return m_formulas.Evaluate<int64_t>(EProperty::FormulaFrom, false, target.IntegerLimit(of));
-    };
-    return ChooseLimit(*this, limit, image(ELimit::Min), image(ELimit::Max));
+    const auto image = [&](ELimit of) { return ImageOf(m_formulas, target.IntegerLimit(of)); };
+    const auto converted = ChooseLimit(*this, limit, image);
+    return converted ? *converted : TInteger::NaturalIntegerLimit(limit);
 }
 
 EAccessMode CConverterNode::OwnAccessMode() const { return ConverterAccessMode(*this, m_formulas); }
@@ -81,10 +100,9 @@ double CConverterNode::NaturalFloatLimit(ELimit limit) const {
     if (!HasLimits(*this, limit))
         return TFloat::NaturalFloatLimit(limit);
     const CNodeImpl &target = ConvertedNode(*this);
-    const auto image = [&](ELimit of) {
-        return m_formulas.Evaluate<double>(EProperty::FormulaFrom, false, target.FloatLimit(of));
-    };
-    return ChooseLimit(*this, limit, image(ELimit::Min), image(ELimit::Max));
+    const auto image = [&](ELimit of) { return ImageOf(m_formulas, target.FloatLimit(of)); };
+    const auto converted = ChooseLimit(*this, limit, image);
+    return converted ? *converted : TFloat::NaturalFloatLimit(limit);
 }
 
 } // namespace GenApi

@@ -3,6 +3,7 @@
 #include "Text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unordered_map>
 
 namespace GenApi {
@@ -210,8 +211,12 @@ void CFormulaParser::ParsePrimary() {
 }
 
 void CFormulaParser::ParseNumber() {
-    const auto integer = ParseInteger(m_token.text);
+    auto integer = ParseInteger(m_token.text);
     const auto real = ParseFloat(m_token.text);
+    // Files write 1.0 or 1e3 in integer formulas, too.
+    constexpr double exactIntegers = 9007199254740992.0; // 2^53
+    if (!integer && real && std::abs(*real) < exactIntegers && std::trunc(*real) == *real)
+        integer = static_cast<int64_t>(*real);
     if (!real || (m_kind == EFormulaKind::Integer && !integer))
         Fail(m_kind == EFormulaKind::Integer ? "no integer" : "no number");
     m_formula.constants.push_back({integer.value_or(0), *real});

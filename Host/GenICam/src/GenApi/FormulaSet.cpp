@@ -187,12 +187,9 @@ CFormulaSet::SBinding CFormulaSet::WithSuffix(const SProperty &variable, std::st
 
 EAccessMode CFormulaSet::VariablesAccessMode() const {
     EAccessMode mode = RW;
-    for (const SProperty &property : m_node) {
-        if (property.id != EProperty::pVariable || BindingOf(property).meaning != EMeaning::Value)
-            continue;
-        const EAccessMode variable = m_node.Target(property).AccessMode();
-        mode = Combine(mode, IsReadable(variable) ? RW : variable == NI ? NI : NA);
-    }
+    for (const SProperty &property : m_node)
+        if (property.id == EProperty::pVariable && BindingOf(property).meaning == EMeaning::Value)
+            mode = Combine(mode, m_node.SourceAccessMode(property));
     return mode;
 }
 

@@ -85,6 +85,9 @@ public:
     std::optional<double> FloatProperty(EProperty literal, EProperty reference) const;
 
     EAccessMode AccessMode() const;
+    /// What the node that a property names leaves of this one's mode, when this one cannot do without reading it: RW,
+    /// or else NA or NI.
+    EAccessMode SourceAccessMode(const SProperty &property) const;
     /// \throws AccessException naming the mode; RuntimeException when a reference of the node leads nowhere.
     void CheckReadable() const;
     void CheckWritable() const;

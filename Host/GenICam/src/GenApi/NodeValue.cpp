@@ -58,14 +58,13 @@ EAccessMode CNodeImpl::AccessMode() const {
 EAccessMode CNodeImpl::DetermineAccessMode() const {
     if (m_description.isBroken)
         return NI;
-    EAccessMode mode = OwnAccessMode();
+    EAccessMode mode = Combine(OwnAccessMode(), m_imposedAccessMode);
+    if (const SProperty *const imposed = Find(EProperty::ImposedAccessMode))
+        mode = Combine(mode, ParseAccessMode(imposed->text));
     if (mode == NI || !Condition(EProperty::pIsImplemented, true, false))
         return NI;
     if (mode == NA || !Condition(EProperty::pIsAvailable, true, false))
         return NA;
-    if (const SProperty *const imposed = Find(EProperty::ImposedAccessMode))
-        mode = Combine(mode, ParseAccessMode(imposed->text));
-    mode = Combine(mode, m_imposedAccessMode);
     const bool isLocked = IsWritable(mode) && Condition(EProperty::pIsLocked, false, true);
     return isLocked ? Combine(mode, RO) : mode;
 }
@@ -76,6 +75,11 @@ bool CNodeImpl::Condition(EProperty id, bool absent, bool unreadable) const {
         return absent;
     const CNodeImpl &condition = Target(*property);
     return IsReadable(condition.AccessMode()) ? condition.ReadInteger(false) != 0 : unreadable;
+}
+
+EAccessMode CNodeImpl::SourceAccessMode(const SProperty &property) const {
+    const EAccessMode mode = Target(property).AccessMode();
+    return IsReadable(mode) ? RW : mode == NI ? NI : NA;
 }
 
 void CNodeImpl::CheckReferences() const {

@@ -23,8 +23,6 @@ CRegisterCache::Lines::const_iterator CRegisterCache::FirstOf(int32_t owner) con
     return line != m_lines.end() && line->first.first == owner ? line : m_lines.end();
 }
 
-bool CRegisterCache::HasLines(int32_t owner) const { return FirstOf(owner) != m_lines.end(); }
-
 const CRegisterCache::Bytes *CRegisterCache::Find(int32_t owner, int64_t address, std::size_t length) const {
     const auto line = m_lines.find({owner, address});
     return line != m_lines.end() && line->second.size() == length ? &line->second : nullptr;

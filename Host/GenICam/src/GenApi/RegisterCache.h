@@ -17,7 +17,6 @@ class CRegisterCache {
 public:
     using Bytes = std::vector<uint8_t>;
 
-    bool HasLines(int32_t owner) const;
     /// The line of that register at that address and of that length, or null. Valid until the next change.
     const Bytes *Find(int32_t owner, int64_t address, std::size_t length) const;
     void Store(int32_t owner, int64_t address, Bytes bytes);

@@ -78,7 +78,12 @@ bool CRegisterNode::IsRawReadable() const { return IsReadable(OwnAccessMode()); 
 
 ECachingMode CRegisterNode::DoCachingMode() const { return ParseCachingMode(Text(EProperty::Cachable)); }
 
-bool CRegisterNode::DoIsCached() const { return Port().Cache().HasLines(Index()); }
+bool CRegisterNode::DoIsCached() const {
+    const auto isUnknown = [this](const SProperty &property) {
+        return RelationOf(property.id) == ERelation::Locate && !Target(property).IsCached();
+    };
+    return std::none_of(begin(), end(), isUnknown) && Port().Cache().Find(Index(), Address(), Length()) != nullptr;
+}
 
 CPortNode &CRegisterNode::Port() const {
     const SProperty *const property = Find(EProperty::pPort);
@@ -157,7 +162,12 @@ CRegisterCache::Bytes CRegisterNode::ReadBytes(bool ignoreCache) const {
 void CRegisterNode::WriteBytes(CRegisterCache::Bytes bytes) {
     const int64_t address = Address();
     CPortNode &port = Port();
-    port.WriteBytes(bytes.data(), address, bytes.size());
+    try {
+        port.WriteBytes(bytes.data(), address, bytes.size());
+    } catch (...) {
+        Map().Changed(*this); // the device may have taken it all the same
+        throw;
+    }
     Map().Changed(*this);
     if (DoCachingMode() == WriteThrough)
         port.Cache().Store(Index(), address, std::move(bytes));

@@ -98,15 +98,18 @@ std::optional<int64_t> ParseInteger(std::string_view text) {
 
 std::optional<double> ParseFloat(std::string_view text) {
     text = Trim(text);
-    if (const auto integer = ParseInteger(text))
-        return static_cast<double>(*integer);
-    const bool negative = TakeSign(text);
+    std::string_view digits = text;
+    const bool negative = TakeSign(digits);
+    if (TakeHexPrefix(digits)) {
+        const auto integer = ParseInteger(text);
+        return integer ? std::optional(static_cast<double>(*integer)) : std::nullopt;
+    }
     // from_chars would take a second sign.
-    if (text.empty() || text.front() == '-')
+    if (digits.empty() || digits.front() == '-')
         return std::nullopt;
     double value = 0;
-    const char *end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value);
+    const char *end = digits.data() + digits.size();
+    const auto result = std::from_chars(digits.data(), end, value);
     if (result.ec != std::errc() || result.ptr != end)
         return std::nullopt;
     return negative ? -value : value;

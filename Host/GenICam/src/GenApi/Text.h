@@ -17,7 +17,7 @@ bool IsYes(std::string_view text);
 
 /// Decimal or 0x-hexadecimal with an optional sign. Values above INT64_MAX up to UINT64_MAX become two's complement.
 std::optional<int64_t> ParseInteger(std::string_view text);
-/// Decimal or scientific, "INF", "-INF", "NaN", or an integer as above.
+/// Decimal or scientific, "INF", "-INF", "NaN", or a hexadecimal integer as above.
 std::optional<double> ParseFloat(std::string_view text);
 
 /// In the form its representation asks for: hexadecimal, dotted IPv4 address, colon-separated MAC address or decimal.

@@ -15,6 +15,9 @@ public:
     explicit TValueSource(CNodeImpl &node) : m_node(node) {}
 
     EAccessMode AccessMode() const {
+        if (const SProperty *const index = m_node.Find(EProperty::pIndex))
+            if (const EAccessMode mode = m_node.SourceAccessMode(*index); mode != RW)
+                return mode;
         const SProperty *const place = Place();
         if (place == nullptr)
             return NI;
@@ -54,6 +57,9 @@ public:
     }
 
     bool IsCached() const {
+        const CNodeImpl *const index = m_node.TargetOf(EProperty::pIndex);
+        if (index != nullptr && !index->IsCached())
+            return false;
         const CNodeImpl *const target = Target();
         return target == nullptr || target->IsCached();
     }
@@ -61,9 +67,10 @@ public:
 private:
     static bool IsReference(const SProperty &place) { return RelationOf(place.id) != ERelation::None; }
 
+    /// Null when there is none, or none is known because the index cannot be read.
     const SProperty *Place() const {
         if (const SProperty *const index = m_node.Find(EProperty::pIndex))
-            return IndexedPlace(m_node.IntegerOf(*index));
+            return m_node.SourceAccessMode(*index) == RW ? IndexedPlace(m_node.IntegerOf(*index)) : nullptr;
         const SProperty *const reference = m_node.Find(EProperty::pValue);
         return reference != nullptr ? reference : m_node.Find(EProperty::Value);
     }

@@ -50,6 +50,20 @@ void CheckAmount(std::string_view bytes) {
                                 attributes);
 }
 
+/// Work on the document is recursive in places.
+class CDepthLimit : public pugi::xml_tree_walker {
+public:
+    bool for_each(pugi::xml_node &) override { return depth() < maxDepth; }
+
+    static constexpr int maxDepth = 256;
+};
+
+void CheckDepth(pugi::xml_document &document) {
+    CDepthLimit limit;
+    if (!document.traverse(limit))
+        throw RUNTIME_EXCEPTION("The camera description nests elements more than %d deep", CDepthLimit::maxDepth);
+}
+
 void RefuseDoctype(const pugi::xml_document &document) {
     for (const pugi::xml_node node : document.children())
         if (node.type() == pugi::node_doctype)
@@ -80,6 +94,7 @@ XmlDocument ParseXml(std::string_view bytes) {
         throw RUNTIME_EXCEPTION("The camera description is no well-formed XML: %s at offset %td", result.description(),
                                 xml.data() - bytes.data() + result.offset);
     RefuseDoctype(*document);
+    CheckDepth(*document);
     if (!document->child("RegisterDescription"))
         throw RUNTIME_EXCEPTION("The camera description has no root element 'RegisterDescription'");
     return document;

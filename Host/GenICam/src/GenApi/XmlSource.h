@@ -21,18 +21,14 @@ std::string ReadDescriptionFile(const gcstring &fileName);
 
 /// Parses a camera description. Tolerates a byte order mark, ISO-8859-1, a text line before the XML and zero bytes
 /// after it. \throws RuntimeException on malformed XML (with the offset), a DOCTYPE, another root element, too much
-/// content.
+/// content or too deep a nesting.
 XmlDocument ParseXml(std::string_view bytes);
 
 /// Calls `visit(element)` for each node element below the root, in order; groups are entered, not visited.
-/// \throws RuntimeException when groups are nested too deeply.
-template <class Visitor> void ForEachNodeElement(pugi::xml_node parent, Visitor &&visit, unsigned depth = 0) {
-    constexpr unsigned maxGroupDepth = 32;
-    if (depth > maxGroupDepth)
-        throw RUNTIME_EXCEPTION("The camera description nests groups more than %u deep", maxGroupDepth);
+template <class Visitor> void ForEachNodeElement(pugi::xml_node parent, Visitor &&visit) {
     for (const pugi::xml_node element : parent.children()) {
         if (std::string_view(element.name()) == "Group")
-            ForEachNodeElement(element, visit, depth + 1);
+            ForEachNodeElement(element, visit);
         else if (element.type() == pugi::node_element)
             visit(element);
     }

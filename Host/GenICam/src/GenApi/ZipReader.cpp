@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 namespace GenApi {
 
@@ -49,20 +50,30 @@ ArchivePtr Open(std::string_view bytes) {
     return archive;
 }
 
-bool IsXml(zip_t *archive, zip_int64_t index) {
-    const char *const name = zip_get_name(archive, static_cast<zip_uint64_t>(index), 0);
-    const std::string_view text = name != nullptr ? name : "";
-    return text.size() > 4 && EqualsNoCase(text.substr(text.size() - 4), ".xml");
+std::string_view NameOf(zip_t *archive, zip_uint64_t index) {
+    const char *const name = zip_get_name(archive, index, 0);
+    return name != nullptr ? name : "";
 }
 
+bool IsXml(std::string_view name) { return name.size() > 4 && EqualsNoCase(name.substr(name.size() - 4), ".xml"); }
+bool IsFolder(std::string_view name) { return !name.empty() && name.back() == '/'; }
+
+/// The first file named as XML, or else the first file.
 zip_uint64_t FindDescription(zip_t *archive) {
     const zip_int64_t count = zip_get_num_entries(archive, 0);
     if (count < 1 || count > maxEntries)
         Fail("the archive is empty or has too many files");
-    for (zip_int64_t index = 0; index < count; ++index)
-        if (IsXml(archive, index))
-            return static_cast<zip_uint64_t>(index);
-    return 0;
+    std::optional<zip_uint64_t> firstFile;
+    for (zip_uint64_t index = 0; index < static_cast<zip_uint64_t>(count); ++index) {
+        const std::string_view name = NameOf(archive, index);
+        if (IsXml(name))
+            return index;
+        if (!firstFile && !IsFolder(name))
+            firstFile = index;
+    }
+    if (!firstFile)
+        Fail("the archive has only folders");
+    return *firstFile;
 }
 
 /// The sizes an archive states may be wrong, so the limit is kept while reading.
@@ -82,9 +93,16 @@ std::string ReadAll(zip_file_t *file, std::size_t limit) {
     }
 }
 
+/// Some devices fill the memory behind an archive with zeros. Those that may belong to its end record are left.
+std::string_view StripZeros(std::string_view bytes) {
+    constexpr std::size_t endRecordSize = 22;
+    return bytes.substr(0, bytes.find_last_not_of('\0') + 1 + endRecordSize);
+}
+
 } // namespace
 
-std::string ReadZippedXml(std::string_view bytes) {
+std::string ReadZippedXml(std::string_view stored) {
+    const std::string_view bytes = StripZeros(stored);
     const ArchivePtr archive = Open(bytes);
     const FilePtr file(zip_fopen_index(archive.get(), FindDescription(archive.get()), 0));
     if (file == nullptr)

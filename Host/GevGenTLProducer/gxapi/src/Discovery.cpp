@@ -12,8 +12,8 @@ namespace GxImp {
 
 namespace {
 
-/// Acknowledges kept before the callee gets them early; bounds the memory a flood can take (some 10 MB).
-constexpr std::size_t MaxPending = 16384;
+/// More acknowledges than this are a flood; bounds what it costs the callers (some 10 MB here).
+constexpr std::size_t MaxAcknowledges = 16384;
 /// 32-bit words of the discovery information that are numbers: all up to the text fields.
 constexpr std::size_t NumberWords = offsetof(GEV_DISCOVERY_INFO, Description) / sizeof(std::uint32_t);
 
@@ -54,13 +54,12 @@ GXSTATUS CEnumCollector::OnReady(CSocket &socket, const _GX_SOCKET_INTERFACE_INF
 }
 
 GXSTATUS CEnumCollector::Keep(const Acknowledge &acknowledge) noexcept {
-    if (m_Acknowledges.size() >= MaxPending)
-        Deliver();
+    if (m_Acknowledges.size() == MaxAcknowledges)
+        return GX_E_OUT_OF_MEMORY;
     try {
         m_Acknowledges.push_back(acknowledge);
     } catch (const std::bad_alloc &) {
-        Deliver();
-        return Report(acknowledge);
+        return GX_E_OUT_OF_MEMORY;
     }
     return GX_SUCCESS;
 }

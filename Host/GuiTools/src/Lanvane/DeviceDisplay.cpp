@@ -46,12 +46,21 @@ QString FormatAccessibility(EDeviceAccessiblityInfo verdict) {
     return QStringLiteral("Unknown");
 }
 
-QIcon AccessibilityIcon(EDeviceAccessiblityInfo verdict) {
+QIcon RowIcons::ofFile(const QString &name) {
+    QIcon &icon = m_OfFiles[name];
+    if (icon.isNull())
+        icon = QIcon(QStringLiteral(":/Lanvane/Resources/%1.png").arg(name));
+    return icon;
+}
+
+QIcon RowIcons::accessibility(EDeviceAccessiblityInfo verdict) {
     if (verdict == Accessibility_Ok)
         return {};
-    const bool isUnknown = verdict == Accessibility_Unknown;
-    return QApplication::style()->standardIcon(isUnknown ? QStyle::SP_MessageBoxCritical
-                                                         : QStyle::SP_MessageBoxWarning);
+    QIcon &icon = m_Accessibility[verdict];
+    if (icon.isNull())
+        icon = QApplication::style()->standardIcon(verdict == Accessibility_Unknown ? QStyle::SP_MessageBoxCritical
+                                                                                    : QStyle::SP_MessageBoxWarning);
+    return icon;
 }
 
 QString displayText(const CDeviceInfo &device, const char *property) { return GetUtf8Property(&device, property); }
@@ -60,7 +69,7 @@ QString formatIPConfigurationOf(const CDeviceInfo &device) {
     return formatIPConfiguration(displayText(device, "IpConfigCurrent").toLatin1().constData(), 0);
 }
 
-QIcon ModelIcon(const QString &modelName) {
+QIcon RowIcons::model(const QString &modelName) {
     // Families by what their model names carry; the first that fits counts.
     static const struct {
         QRegularExpression pattern;
@@ -75,14 +84,11 @@ QIcon ModelIcon(const QString &modelName) {
         {QRegularExpression(QStringLiteral("area|\\b(ol|a)-?\\d"), QRegularExpression::CaseInsensitiveOption),
          "camera_area"},
     };
-    const char *file = "camera";
     for (const auto &family : families) {
-        if (family.pattern.match(modelName).hasMatch()) {
-            file = family.file;
-            break;
-        }
+        if (family.pattern.match(modelName).hasMatch())
+            return ofFile(QLatin1String(family.file));
     }
-    return QIcon(QStringLiteral(":/Lanvane/Resources/%1.png").arg(QLatin1String(file)));
+    return ofFile(QStringLiteral("camera"));
 }
 
 QString noDevicesText() {

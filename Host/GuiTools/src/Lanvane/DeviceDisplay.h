@@ -4,6 +4,7 @@
 #include "MinimalCorvoGigETL/IDeviceFactory.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 
+#include <QHash>
 #include <QIcon>
 #include <QString>
 
@@ -27,10 +28,22 @@ struct CompareDIByProps {
 Corvo::EDeviceAccessiblityInfo GetAccessibility(const Corvo::CDeviceInfo &device);
 /// Its word in the status column.
 QString FormatAccessibility(Corvo::EDeviceAccessiblityInfo verdict);
-/// Its icon in the status column; null for a device in order.
-QIcon AccessibilityIcon(Corvo::EDeviceAccessiblityInfo verdict);
-/// The icon of a model's family, or the generic camera.
-QIcon ModelIcon(const QString &modelName);
+
+/// Icons of the rows, each made once: Qt keeps the pixmaps of every icon that was ever painted for a while.
+class RowIcons {
+public:
+    QIcon adapter() { return ofFile(QStringLiteral("network_adapter")); }
+    /// The icon of a model's family, or the generic camera.
+    QIcon model(const QString &modelName);
+    /// The icon in the status column; null for a device in order.
+    QIcon accessibility(Corvo::EDeviceAccessiblityInfo verdict);
+
+private:
+    QIcon ofFile(const QString &name);
+
+    QHash<QString, QIcon> m_OfFiles;
+    QHash<int, QIcon> m_Accessibility;
+};
 
 /// A property as the device has it, "N/A" when it has none. What a device may choose itself must pass through
 /// plainDeviceText or richDeviceText before it is shown.

@@ -2,6 +2,7 @@
 
 #include "Base/GCException.h"
 #include "Lanvane/NetworkAdapter.h"
+#include "MinimalCorvoGigETL/DistinctDevices.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 #include "MinimalCorvoGigETL/TlFactory.h"
 
@@ -10,6 +11,7 @@
 #include <future>
 #include <string>
 #include <system_error>
+#include <unordered_map>
 #include <vector>
 
 using namespace Corvo;
@@ -32,13 +34,6 @@ String_t propertyOf(const IProperties &properties, const char *name) {
     return value;
 }
 
-void copyWithoutDuplicates(const DeviceInfoList &from, DeviceInfoList &to) {
-    for (const CDeviceInfo &device : from) {
-        if (std::find(to.begin(), to.end(), device) == to.end())
-            to.push_back(device);
-    }
-}
-
 void addInterfaceNames(DeviceInfoList &devices) {
     const CNetworkAdapterList adapters = CNetworkAdapter::allNetworkAdapters(
         QNetworkInterface::IsUp | QNetworkInterface::IsRunning, QNetworkInterface::IsLoopBack);
@@ -58,16 +53,16 @@ void mergeByMac(DeviceInfoList &devices) {
     StringList_t keys;
     keys.push_back(PropInterface);
     keys.push_back(PropIfName);
-    for (auto first = devices.begin(); first != devices.end(); ++first) {
-        const String_t mac = propertyOf(*first, PropMacAddress);
+    std::unordered_map<std::string, CDeviceInfo *> firsts;
+    for (CDeviceInfo &device : devices) {
+        const String_t mac = propertyOf(device, PropMacAddress);
         if (mac.empty())
             continue;
-        for (auto other = first + 1; other != devices.end(); ++other) {
-            if (propertyOf(*other, PropMacAddress) != mac)
-                continue;
-            DeviceLister::mergeProperties(*first, *other, Separator, keys, false);
-            other->SetPropertyValue(PropMacAddress, "");
-        }
+        const auto [first, isFirst] = firsts.emplace(mac.c_str(), &device);
+        if (isFirst)
+            continue;
+        DeviceLister::mergeProperties(*first->second, device, Separator, keys, false);
+        device.SetPropertyValue(PropMacAddress, "");
     }
 }
 
@@ -104,7 +99,9 @@ void DeviceLister::discoverAllDevices() {
         return;
 
     DeviceInfoList devices;
-    copyWithoutDuplicates(found, devices);
+    CDistinctDevices distinct(devices);
+    for (const CDeviceInfo &device : found)
+        distinct.Add(device);
     addInterfaceNames(devices);
     mergeByMac(devices);
     for (const CDeviceInfo &device : devices) {

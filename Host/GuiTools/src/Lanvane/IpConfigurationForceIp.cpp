@@ -31,6 +31,24 @@ QNetworkAddressEntry firstIPv4Entry(const CNetworkAdapter *adapter) {
     return {};
 }
 
+void prepareDialog(IpAddressWidget &dialog, const QString &mac, const QNetworkAddressEntry &host) {
+    dialog.setWindowTitle(QStringLiteral("Assign Temporary IP Address (Force IP)"));
+    // What may not be used at all is refused later, with an explanation.
+    dialog.setAllowMulticastAddress(true);
+    dialog.setAllowExperiemntalPurposeAddress(true);
+    dialog.setIpAddress(SuggestIPAddress(host));
+    if (!host.netmask().isNull())
+        dialog.setSubnetMask(host.netmask().toString());
+    dialog.setDefaultGateway(QStringLiteral("0.0.0.0"));
+    dialog.setMacAddress(mac.isEmpty() ? QString::fromLatin1(MacPrefix) : mac);
+}
+
+QString macEnteredIn(const IpAddressWidget &dialog) {
+    QString mac = dialog.macAddress();
+    fixupMacAddress(mac);
+    return mac.toUpper();
+}
+
 } // namespace
 
 QString IpConfigurationWidget::validAddressesText() const {
@@ -43,20 +61,11 @@ bool IpConfigurationWidget::forceIp(const QString &headerText, bool showMacAddre
     const OptionalDevice device = deviceOf(item);
     const QString deviceMac = device ? displayText(*device, PropMacAddress) : QString();
     TRACE(Progress, "Forcing IP of device with MAC=%s.", bytes(deviceMac).constData());
-    const QNetworkAddressEntry entry = firstIPv4Entry(GetNetworkAdapaterFromDeviceItem(item));
 
     IpAddressWidget dialog(this);
-    dialog.setWindowTitle(QStringLiteral("Assign Temporary IP Address (Force IP)"));
+    prepareDialog(dialog, deviceMac, firstIPv4Entry(GetNetworkAdapaterFromDeviceItem(item)));
     dialog.setHeaderText(headerText);
     dialog.setShowMacAddress(showMacAddress);
-    // What may not be used at all is refused below, with an explanation.
-    dialog.setAllowMulticastAddress(true);
-    dialog.setAllowExperiemntalPurposeAddress(true);
-    dialog.setIpAddress(SuggestIPAddress(entry));
-    if (!entry.netmask().isNull())
-        dialog.setSubnetMask(entry.netmask().toString());
-    dialog.setDefaultGateway(QStringLiteral("0.0.0.0"));
-    dialog.setMacAddress(deviceMac.isEmpty() ? QString::fromLatin1(MacPrefix) : deviceMac);
 
     for (;;) {
         if (dialog.exec() != QDialog::Accepted) {
@@ -64,12 +73,10 @@ bool IpConfigurationWidget::forceIp(const QString &headerText, bool showMacAddre
                   bytes(deviceMac).constData());
             return false;
         }
-        EditorContent entered{AddressMode::Static, dialog.ipAddress(), dialog.subnetMask(), dialog.defaultGateway()};
-        for (QString *address : {&entered.ipAddress, &entered.netmask, &entered.defaultGateway})
-            *address = canonicalIpAddress(*address);
-        QString mac = dialog.macAddress();
-        fixupMacAddress(mac);
-        mac = mac.toUpper();
+        const EditorContent entered{AddressMode::Static, canonicalIpAddress(dialog.ipAddress()),
+                                    canonicalIpAddress(dialog.subnetMask()),
+                                    canonicalIpAddress(dialog.defaultGateway())};
+        const QString mac = macEnteredIn(dialog);
         TRACE(Progress, "User entered IP=%s; Netmask=%s; Gateway=%s; MAC=%s", bytes(entered.ipAddress).constData(),
               bytes(entered.netmask).constData(), bytes(entered.defaultGateway).constData(), bytes(mac).constData());
         if (!isIPAddressValidForDevice(entered.ipAddress)) {

@@ -327,11 +327,11 @@ bool IpConfigurationWidget::UpdateTreeItemFromDeviceInfo(QTreeWidgetItem *item, 
     const EDeviceAccessiblityInfo verdict = GetAccessibility(*device);
     const QString model = displayText(*device, "ModelName");
     item->setText(ColName, plainDeviceText(model));
-    item->setIcon(ColName, ModelIcon(model));
+    item->setIcon(ColName, m_Icons.model(model));
     item->setText(ColSerialNumber, plainDeviceText(displayText(*device, "SerialNumber")));
     item->setText(ColMac, displayText(*device, PropMacAddress));
     item->setText(ColStatus, FormatAccessibility(verdict));
-    item->setIcon(ColStatus, AccessibilityIcon(verdict));
+    item->setIcon(ColStatus, m_Icons.accessibility(verdict));
     item->setText(ColIpConfiguration, formatIPConfigurationOf(*device));
     item->setText(ColIpAddress, displayText(*device, "IpAddress"));
     item->setText(ColSubnetMask, displayText(*device, "SubnetMask"));
@@ -342,7 +342,7 @@ bool IpConfigurationWidget::UpdateTreeItemFromNetworkAdapter(QTreeWidgetItem *it
     if (!item || !adapter)
         return false;
     item->setText(ColName, adapter->displayName());
-    item->setIcon(ColName, QIcon(QStringLiteral(":/Lanvane/Resources/network_adapter.png")));
+    item->setIcon(ColName, m_Icons.adapter());
     item->setFirstColumnSpanned(true);
     item->setExpanded(true);
     item->setChildIndicatorPolicy(QTreeWidgetItem::ShowIndicator);

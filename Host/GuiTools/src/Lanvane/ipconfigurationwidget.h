@@ -182,6 +182,7 @@ private:
     std::unique_ptr<DeviceLister> m_pDeviceLister;
     Corvo::ICorvoGigEDevice *m_pDevice = nullptr; ///< open; given back by closeDevice
     CNetworkAdapterList m_NetworkAdapters;        ///< of the last refresh
+    RowIcons m_Icons;
     EditorContent m_Loaded;
     QIpNetmaskValidator *m_pNetmaskValidator = nullptr; ///< owned by its line edit
     bool m_areColumnsSized = false;

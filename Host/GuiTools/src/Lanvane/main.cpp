@@ -19,6 +19,13 @@ void LanvaneMessageOutput(QtMsgType type, const QMessageLogContext &context, con
     std::abort();
 }
 
+/// Hundreds of cameras answer a search faster than the library's usual buffer takes.
+void provideLargeReceiveBuffer() {
+    constexpr const char *Variable = "CORVO_BROADCAST_RECV_BUF_SIZE";
+    if (!qEnvironmentVariableIsSet(Variable))
+        qputenv(Variable, "1000000");
+}
+
 /// The library is up as long as this lives.
 class CorvoLibrary {
 public:
@@ -40,7 +47,9 @@ static int run(int argc, char *argv[]) {
     QCoreApplication::setApplicationName(QStringLiteral("Ostra Lanvane"));
     QCoreApplication::setOrganizationName(QStringLiteral("Quorel"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("quorel.example"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("lanvane")); // by which Wayland docks find the icon
     qInstallMessageHandler(&LanvaneMessageOutput);
+    provideLargeReceiveBuffer();
     Q_INIT_RESOURCE(Lanvane); // in a static library the linker would leave them out
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);

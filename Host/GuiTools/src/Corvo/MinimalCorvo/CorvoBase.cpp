@@ -37,7 +37,7 @@ void InitializeLogging() {
     } catch (const std::exception &) {
         tracelog::LogTrace(BaseCategory(), tracelog::lvCritical,
                            "Exception during initialisation in CorvoInitailize()!");
-        assert(!"Exception during initialisation in CorvoInitailize()!");
+        assert(false && "Exception during initialisation in CorvoInitailize()!");
     }
 }
 
@@ -46,7 +46,7 @@ void ShutDownLogging() {
     try {
         GenICam::CLog::ShutDown();
     } catch (const std::exception &) {
-        assert(!"Exception during CorvoTerminate()!");
+        assert(false && "Exception during CorvoTerminate()!");
     }
     loggingInitialized = false;
 }

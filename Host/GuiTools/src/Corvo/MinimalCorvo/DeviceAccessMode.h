@@ -17,14 +17,19 @@ enum EDeviceAccessMode : int {
 class AccessModeSet : public std::bitset<_NumModes> {
 public:
     AccessModeSet() = default;
-    AccessModeSet(EDeviceAccessMode mode) { set(static_cast<std::size_t>(mode)); }
+    AccessModeSet(EDeviceAccessMode mode) : AccessModeSet(static_cast<int>(mode)) {}
+    explicit AccessModeSet(int mode) { set(static_cast<std::size_t>(mode)); }
     AccessModeSet(const std::bitset<_NumModes> &modes) : bitset(modes) {}
+
+    // Those of the bit set would take a mode as a number, that is as a mask of bits.
+    AccessModeSet &operator|=(const AccessModeSet &modes) { return bitset::operator|=(modes), *this; }
+    AccessModeSet &operator&=(const AccessModeSet &modes) { return bitset::operator&=(modes), *this; }
+    AccessModeSet &operator^=(const AccessModeSet &modes) { return bitset::operator^=(modes), *this; }
+    bool operator==(const AccessModeSet &modes) const { return bitset::operator==(modes); }
+    bool operator!=(const AccessModeSet &modes) const { return bitset::operator!=(modes); }
 };
 
-inline AccessModeSet operator|(AccessModeSet modes, EDeviceAccessMode mode) {
-    modes.set(static_cast<std::size_t>(mode));
-    return modes;
-}
+inline AccessModeSet operator|(AccessModeSet modes, EDeviceAccessMode mode) { return modes |= mode; }
 inline AccessModeSet operator+(const AccessModeSet &modes, EDeviceAccessMode mode) { return modes | mode; }
 inline AccessModeSet operator|(EDeviceAccessMode a, EDeviceAccessMode b) { return AccessModeSet(a) | b; }
 inline AccessModeSet operator+(EDeviceAccessMode a, EDeviceAccessMode b) { return a | b; }

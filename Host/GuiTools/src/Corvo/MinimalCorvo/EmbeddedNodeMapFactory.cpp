@@ -28,7 +28,7 @@ GenApi::INodeMap *CreateNodeMapFromEmbeddedXML(const char *name, const char * /*
     try {
         return GenApi::CNodeMapFactory(GenApi::ContentType_Xml, xml.get(), size).CreateNodeMap("Device");
     } catch (const GenICam::GenericException &) {
-        assert(!"Failed to load embedded XML");
+        assert(false && "Failed to load embedded XML");
         throw;
     }
 }

@@ -3,9 +3,12 @@
 #include "Base/GCException.h"
 
 #include <algorithm>
-#include <cassert>
 #include <limits>
 #include <typeinfo>
+
+// A subset that lists a name without having its value ends release builds, too, rather than matching something.
+#undef NDEBUG
+#include <cassert>
 
 namespace Corvo {
 
@@ -51,7 +54,7 @@ bool CPropertyBag::IsSubset(const IProperties &subset, const IPropertyValueCompa
         if (property == m_Properties.end())
             return false;
         String_t subsetValue;
-        [[maybe_unused]] const bool delivered = subset.GetPropertyValue(name, subsetValue);
+        const bool delivered = subset.GetPropertyValue(name, subsetValue);
         assert(delivered);
         return comparer != nullptr ? comparer->PropertyValuesAreEqual(name, property->second, subsetValue)
                                    : property->second == subsetValue;

@@ -3,7 +3,6 @@
 #include "MinimalCorvoGigETL/GigETlTrace.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 
-#include <algorithm>
 #include <cassert>
 #include <exception>
 
@@ -21,9 +20,8 @@ GXSTATUS EnumCallee::EnumCallback(const sockaddr *pDeviceAddress, const GEV_DISC
 }
 
 void EnumCallee::Add(const CDeviceInfo &device) {
-    if (std::find(m_list.begin(), m_list.end(), device) != m_list.end())
+    if (!m_devices.Add(device))
         return;
-    m_list.push_back(device);
     tracelog::LogTrace(GigETlTraceCategory(), tracelog::lvDebug,
                        "Adding discovered device '%s' discovered on interface '%s'", device.GetFullName().c_str(),
                        CQuorelGigEDeviceInfo(device).GetInterface().c_str());

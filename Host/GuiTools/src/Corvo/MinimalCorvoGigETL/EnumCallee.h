@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MinimalCorvo/Container.h"
+#include "MinimalCorvoGigETL/DistinctDevices.h"
 #include "gxapi/Enumerator.h"
 
 namespace Corvo {
@@ -10,7 +10,7 @@ namespace Corvo {
 class EnumCallee : public Gx::Enumerator::Callee {
 public:
     /// \param list filled, not owned.
-    explicit EnumCallee(DeviceInfoList &list) : m_list(list) {}
+    explicit EnumCallee(DeviceInfoList &list) : m_devices(list) {}
 
     /// Every device is admitted, whatever its vendor. One that cannot be stored for lack of memory is left out.
     /// \returns always 0, so that the discovery goes on.
@@ -20,7 +20,7 @@ public:
 private:
     void Add(const CDeviceInfo &device);
 
-    DeviceInfoList &m_list;
+    CDistinctDevices m_devices;
 };
 
 } // namespace Corvo

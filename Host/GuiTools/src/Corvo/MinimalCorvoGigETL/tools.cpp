@@ -141,14 +141,15 @@ bool SplitLocalUrl(const String_t &url, String_t &fileName, String_t &extension,
     const std::string text = rest.c_str();
     const std::size_t nameEnd = text.find(';');
     const std::size_t dot = text.substr(0, nameEnd).rfind('.');
-    unsigned int start = 0;
-    unsigned int size = 0;
+    unsigned long long start = 0; // wide, so that a number that does not fit is seen
+    unsigned long long size = 0;
     if (nameEnd == std::string::npos || dot == std::string::npos ||
-        std::sscanf(text.c_str() + nameEnd + 1, "%x;%x", &start, &size) != 2)
+        std::sscanf(text.c_str() + nameEnd + 1, "%llx;%llx", &start, &size) != 2 || start > UINT32_MAX ||
+        size > UINT32_MAX)
         return false;
     fileName = text.substr(0, dot);
     extension = text.substr(dot, nameEnd - dot);
-    address = start;
+    address = static_cast<unsigned int>(start);
     length = size;
     return true;
 }

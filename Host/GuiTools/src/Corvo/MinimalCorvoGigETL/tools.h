@@ -47,7 +47,7 @@ bool SplitUrl(const String_t &url, String_t &scheme, String_t &rest);
 /// Splits "local:NAME.EXT;ADDRESS;LENGTH", or the same without the scheme.
 /// \param fileName receives NAME. \param extension receives ".EXT", from the last dot before the first ";".
 /// \param address, length are hexadecimal numbers in the text. \returns false, and leaves the outputs alone, when the
-/// text has another form.
+/// text has another form or a number does not fit 32 bits.
 bool SplitLocalUrl(const String_t &url, String_t &fileName, String_t &extension, unsigned int &address,
                    std::size_t &length);
 
