@@ -92,7 +92,7 @@ std::string enterPrivateNetwork() {
 
 void ip(const std::string &arguments) { runIp(arguments); }
 
-Namespace::Namespace() : m_Descriptor(-1) {
+Namespace::Namespace() {
     onOwnThread([this] {
         check(unshare(CLONE_NEWNET), "unshare");
         m_Descriptor = open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC);

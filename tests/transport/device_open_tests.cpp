@@ -8,7 +8,6 @@
 using namespace Corvo;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 namespace {
 
