@@ -356,7 +356,7 @@ QTreeWidgetItem *IpConfigurationWidget::findAdapterTreeItem(const QString &name)
             QTreeWidgetItem *item = ui->deviceTree->topLevelItem(i);
             const CNetworkAdapter *adapter =
                 item->type() == AdapterRow ? GetNetworkAdapterFromItemIndex(indexOf(item)) : nullptr;
-            if (adapter && adapter->name() == part)
+            if (adapter != nullptr && adapter->name() == part)
                 return item;
         }
     }
