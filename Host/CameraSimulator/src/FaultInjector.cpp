@@ -86,9 +86,10 @@ void FaultInjector::spoil(const FaultConfig &config, Bytes &ack) {
         shiftId(ack, 1);
     if (happens(config.wrongCode))
         set16(ack, codeOffset, 0x7FFF);
-    if (happens(config.shortAck))
+    // Never both: random bytes in place of the cut ones would be other data, which only the UDP checksum tells.
+    if (happens(config.shortAck)) {
         ack.resize(static_cast<std::size_t>(between(1, ack.size() - 1)));
-    if (happens(config.longAck)) {
+    } else if (happens(config.longAck)) {
         const Bytes tail = randomBytes(static_cast<std::size_t>(between(1, 512)));
         ack.insert(ack.end(), tail.begin(), tail.end());
     }

@@ -16,7 +16,7 @@ struct FaultConfig {
     double wrongId = 0;        ///< The acknowledge carries the request id plus 1: an id from the future.
     double wrongCode = 0;      ///< The acknowledge code is not the one that belongs to the command (0x7FFF).
     double shortAck = 0;       ///< The acknowledge is cut to a random shorter length, at least 1 byte.
-    double longAck = 0;        ///< 1 to 512 random bytes are appended; the header's length field stays.
+    double longAck = 0;        ///< 1 to 512 random bytes are appended unless cut; the length field stays.
     double staleId = 0;   ///< A copy with the request id minus 1 is sent first: a late answer to an earlier request.
     double garbage = 0;   ///< A datagram of 1 to 600 random bytes is sent first.
     double duplicate = 0; ///< The acknowledge is sent twice.
