@@ -14,11 +14,8 @@ using testing::HasSubstr;
 
 class CorvoBaseTest : public testing::Test {
 protected:
-    CorvoBaseTest() {
-        setenv("XDG_STATE_HOME", (folder / "").c_str(), 1);
-        unsetenv("GENICAM_LOG_CONFIG");
-    }
-    std::string Trace() const { return TestFolder::Read(folder / "ostra-lanvane" / "trace.log"); }
+    CorvoBaseTest() { folder.TakeDefaultLog(); }
+    std::string Trace() const { return folder.DefaultLog(); }
     static bool Logs() { return tracelog::LogTrace(tracelog::LogGetCatID("test"), tracelog::lvError, "line"); }
 
     TestFolder folder;

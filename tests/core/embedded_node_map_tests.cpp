@@ -22,7 +22,7 @@ protected:
     GenApi::INodeMap *nodeMap = nullptr;
 };
 
-/// Registers 0 to 255 of a device or of a statistic, all readable and writable.
+/// Registers 0 to 255 of a device, all readable and writable.
 class MemoryPort : public GenApi::CPortImpl {
 public:
     GenApi::EAccessMode GetAccessMode() const override { return GenApi::RW; }
@@ -35,16 +35,6 @@ public:
 
     unsigned char memory[256] = {};
 };
-
-TEST_F(EmbeddedNodeMapTest, ReadsTheTimeoutCounterFromTheStatisticPort) {
-    MemoryPort port;
-    nodeMap = CreateNodeMapFromEmbeddedXML("GigETLParams");
-    ASSERT_TRUE(nodeMap->Connect(&port, "StatisticPort"));
-    for (const std::uint32_t count : {1u, 0x80000000u}) {
-        std::memcpy(port.memory + 8, &count, sizeof count);
-        EXPECT_EQ(count, Integer("ReadWriteTimeoutCount")->GetValue());
-    }
-}
 
 TEST_F(EmbeddedNodeMapTest, WritesTheIpConfigurationAsTheDeviceHoldsIt) {
     MemoryPort port;

@@ -40,35 +40,6 @@ TEST(PropertyBag, SubsetTestsVisiblePropertiesOfTheSubset) {
     EXPECT_FALSE(bag.IsSubset(subset.SetPropertyValue("a", "2")));
 }
 
-TEST(PropertyBag, ComparerDecidesOnEachCommonProperty) {
-    struct : IPropertyValueComparer {
-        bool PropertyValuesAreEqual(const String_t &name, const String_t &value, const String_t &other) const override {
-            calls += name + value + other + " ";
-            return name != "b";
-        }
-        mutable String_t calls;
-    } comparer;
-    CPropertyBag bag, subset;
-    bag.SetPropertyValue("a", "1").SetPropertyValue("b", "2").SetPropertyValue("c", "3");
-    subset.SetPropertyValue("a", "x").SetPropertyValue("b", "2").SetPropertyValue("c", "");
-    EXPECT_FALSE(bag.IsSubset(subset, &comparer));
-    EXPECT_EQ("a1x b22 ", comparer.calls);
-}
-
-TEST(Info, EveryStandardKeyHasItsPropertyName) {
-    CDeviceInfo info;
-    EXPECT_EQ("N/A", info.GetXMLSource());
-    info.SetFriendlyName("1").SetFullName("2").SetVendorName("3").SetDeviceClass("4").SetSerialNumber("5");
-    info.SetUserDefinedName("6").SetModelName("7").SetDeviceVersion("8").SetDeviceFactory("9").SetXMLSource("");
-    StringList_t names;
-    info.GetPropertyNames(names);
-    EXPECT_THAT(names, ElementsAre("DeviceClass", "DeviceFactory", "DeviceVersion", "FriendlyName", "FullName",
-                                   "ModelName", "SerialNumber", "UserDefinedName", "VendorName", "XMLSource"));
-    EXPECT_EQ("123456789", info.GetFriendlyName() + info.GetFullName() + info.GetVendorName() + info.GetDeviceClass() +
-                               info.GetSerialNumber() + info.GetUserDefinedName() + info.GetModelName() +
-                               info.GetDeviceVersion() + info.GetDeviceFactory() + info.GetXMLSource());
-}
-
 class EnumeratedInfo : public CInfoBase {
 public:
     EnumeratedInfo() { Impl().ClearUserProvidedFlag(); }
@@ -87,27 +58,6 @@ TEST(Info, CopiesOwnTheirPropertiesAndCarryTheFlags) {
     copy.SetPropertyValue("_h", "hidden ones count");
     assigned.SetPropertyValue("a", "2");
     EXPECT_FALSE(copy == source || assigned == source);
-}
-
-/// Serves every property from outside its bag.
-class ForeignInfo : public CDeviceInfo {
-public:
-    bool GetPropertyAvailable(const String_t &) const override { return true; }
-    bool GetPropertyValue(const String_t &name, String_t &value) const override {
-        value += name; // the accessors hand in an empty text
-        return true;
-    }
-    CDeviceInfo &SetPropertyValue(const String_t &name, const String_t &value) override {
-        return CDeviceInfo::SetPropertyValue("foreign " + name, value);
-    }
-};
-
-TEST(Info, AccessorsAndOrderUseTheVirtualOperations) {
-    ForeignInfo info;
-    EXPECT_EQ("ModelName", info.GetModelName());
-    EXPECT_TRUE(info.IsVendorNameAvailable());
-    EXPECT_TRUE(info.SetVendorName("x") == CDeviceInfo().SetPropertyValue("foreign VendorName", "x"));
-    EXPECT_TRUE(CDeviceInfo().SetDeviceClass("DeviceClass").SetSerialNumber("SerialNumbe") < info);
 }
 
 } // namespace

@@ -48,18 +48,6 @@ TEST(Resource, ComesFromALibraryUntilItIsFreed) {
     EXPECT_FALSE(IsLoaded(RESOURCE_LIBRARY));
 }
 
-TEST(Resource, TellsAndCutsOffAMissingZero) {
-    const std::string line = "resource 'ends without zero' without trailing zero!\n";
-    EXPECT_EQ(line + line, ErrorStreamOf([] {
-                  FreeResource(GetResourceData("ends without zero", RESOURCE_LIBRARY, &size));
-                  EXPECT_EQ(2u, size);
-                  FreeResource(GetResourceString("ends without zero", RESOURCE_LIBRARY, &size));
-                  EXPECT_EQ(3u, size);
-              }));
-    EXPECT_TRUE(FreeResource(GetResourceData("empty", RESOURCE_LIBRARY, &size)));
-    EXPECT_EQ(0u, size);
-}
-
 TEST(Resource, TellsWhyALibraryGivesNothing) {
     const struct {
         const char *file, *errors;

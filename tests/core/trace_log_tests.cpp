@@ -14,19 +14,13 @@ using namespace tracelog;
 class TraceLogTest : public testing::Test {
 protected:
     TraceLogTest() {
-        const std::string config = folder / "log.properties";
-        std::ofstream(config) << "log4j.rootCategory=DEBUG, A\nlog4j.appender.A=org.apache.log4j.FileAppender\n"
-                                 "log4j.appender.A.layout=org.apache.log4j.PatternLayout\n"
-                                 "log4j.appender.A.layout.ConversionPattern=%p %c %m%n\nlog4j.appender.A.fileName="
-                              << file << '\n';
-        setenv("GENICAM_LOG_CONFIG", config.c_str(), 1);
+        folder.TakeLog();
         GenICam::CLog::Initialize();
         LogEnable(true);
     }
     ~TraceLogTest() override { GenICam::CLog::ShutDown(); }
 
     TestFolder folder;
-    const std::string file = folder / "log";
 };
 
 TEST_F(TraceLogTest, NumbersCategoriesByNameIgnoringCaseAndMapsLevels) {
@@ -40,7 +34,7 @@ TEST_F(TraceLogTest, NumbersCategoriesByNameIgnoringCaseAndMapsLevels) {
     // The last one's priority, "not set", is less urgent than any threshold.
     EXPECT_EQ("DEBUG corvo.base 16%\nINFO corvo.base 32%\nNOTICE corvo.base 64%\nWARN corvo.base 128%\n"
               "ERROR corvo.base 256%\nCRIT corvo.base 512%\n",
-              TestFolder::Read(file));
+              TestFolder::Read(folder / "log"));
 }
 
 TEST_F(TraceLogTest, GivesNoIdsAndWritesNothingUnlessEnabled) {
@@ -53,7 +47,7 @@ TEST_F(TraceLogTest, GivesNoIdsAndWritesNothingUnlessEnabled) {
     LogEnable(true);
     EXPECT_TRUE(LogTrace(id, lvError, "again"));
     EXPECT_EQ(id, LogGetCatID("C"));
-    EXPECT_EQ("ERROR c again\n", TestFolder::Read(file));
+    EXPECT_EQ("ERROR c again\n", TestFolder::Read(folder / "log"));
 }
 
 TEST_F(TraceLogTest, HasRoomFor500Categories) {

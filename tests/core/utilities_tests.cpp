@@ -1,9 +1,6 @@
 #include "MinimalCorvo/Utilities.h"
 
-#include "Base/GCException.h"
-#include "TestFolder.h"
-
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -34,18 +31,6 @@ TEST(Environment, ExpandsReferencesInTexts) {
     }
 }
 
-TEST(Hex, EncodesIntoBuffersThatFit) {
-    const unsigned char bytes[] = {0x0A, 0xFF};
-    char buffer[] = "unchanged";
-    EXPECT_EQ(6u, HexEncodeString(bytes, 2, buffer, 5, ":"));
-    EXPECT_EQ(6u, HexEncodeString(bytes, 2, nullptr, 100, ":"));
-    EXPECT_STREQ("unchanged", buffer);
-    EXPECT_EQ(5u, HexEncodeString(bytes, 2, buffer, 6, ":"));
-    EXPECT_STREQ("0a:ff", buffer);
-    EXPECT_EQ(1u, HexEncodeString(bytes, 0, nullptr, 0, "::"));
-    EXPECT_EQ("0aff", HexEncodeString(bytes, 2));
-}
-
 TEST(KeyValue, SplitsTokensIntoTrimmedPairs) {
     const char *text = ";; a = 1 ;\tb=2=3\n,c;=v; ; = ;d=";
     const struct {
@@ -63,22 +48,6 @@ TEST(KeyValue, SplitsTokensIntoTrimmedPairs) {
     EXPECT_TRUE(getKeyAndValueFromString(key, ";", 1, &key, &value)); // the text may be one of the outputs
     EXPECT_EQ("k2 v2", key + " " + value);
     EXPECT_FALSE(getKeyAndValueFromString("a=b", ";", 0, nullptr, nullptr));
-    EXPECT_TRUE(getValueByKeyFromString("A=1; ;a = 2 ;a=3", ";", "a", value));
-    EXPECT_EQ("2", value);
-}
-
-TEST(Text, ReadsWholeFilesOrSaysWhichCouldNotBeOpened) {
-    const TestFolder folder;
-    const std::string path = folder / "file";
-    const std::string content("line\r\n\0end", 10);
-    std::ofstream(path) << content;
-    String_t text;
-    textFileToString(path, text);
-    EXPECT_EQ(String_t(content), text);
-    for (const std::string &unreadable : {path + "x", std::string(folder / "")})
-        EXPECT_THAT([&] { textFileToString(unreadable, text); },
-                    testing::ThrowsMessage<GenICam::RuntimeException>(
-                        testing::StartsWith("Failed to open file '" + unreadable)));
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace GenApiTest {
 
@@ -69,6 +71,18 @@ public:
     RecordingPort port;
     GenApi::CNodeMapRef map;
 };
+
+/// The pairs of "A -> B, C -> D" and the like; without an arrow the second text is empty.
+inline std::vector<std::pair<std::string, std::string>> Pairs(const std::string &text, const std::string &separator) {
+    std::vector<std::pair<std::string, std::string>> pairs;
+    for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + separator.size()) {
+        end = text.find(separator, start);
+        const std::string pair = text.substr(start, end - start);
+        const std::size_t arrow = pair.find(" -> ");
+        pairs.emplace_back(pair.substr(0, arrow), arrow == std::string::npos ? "" : pair.substr(arrow + 4));
+    }
+    return pairs;
+}
 
 /// "AccessException" and the like, as the exception's full text names it.
 inline std::string TypeOf(const GenICam::GenericException &e) {

@@ -13,13 +13,10 @@ using testing::HasSubstr;
 
 class LogTest : public testing::Test {
 protected:
-    LogTest() {
-        setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
-        unsetenv("GENICAM_LOG_CONFIG");
-    }
+    LogTest() { folder.TakeDefaultLog(); }
     ~LogTest() override { CLog::ShutDown(); }
 
-    std::string Trace() const { return TestFolder::Read(folder / "state" / "ostra-lanvane" / "trace.log"); }
+    std::string Trace() const { return folder.DefaultLog(); }
 
     TestFolder folder;
 };

@@ -13,14 +13,6 @@ TEST(DisplayHelpers, FormatIpConfigurations) {
     EXPECT_EQ(formatIPConfiguration(5U, 2), "Static IP, Auto IP");
 }
 
-TEST(DisplayHelpers, FormatMacAddresses) {
-    expectRewrites({"02a5c11a2b3c -> 02:a5:c1:1a:2b:3c", "02-A5.c11A 2b3C -> 02:A5:c1:1A:2b:3C", "02a5c11a2b3 -> ",
-                    "02a5c11a2b3c4 -> ", " -> "},
-                   [](const QString &text) { return formatMACAddress(qPrintable(text), ":"); });
-    EXPECT_EQ(formatMACAddress("00:11:22:33:44:55", nullptr), "00-11-22-33-44-55");
-    EXPECT_EQ(formatMACAddress(nullptr, ":"), "");
-}
-
 TEST(DisplayHelpers, ReadPropertiesInTheEncodingOfTheDevice) {
     Corvo::CDeviceInfo info;
     info.SetModelName("Kam\xC3\xA9ra");

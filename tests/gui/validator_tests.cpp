@@ -21,36 +21,33 @@ void expectState(const QValidator &validator, QValidator::State state, Texts tex
     }
 }
 
-/// Sets one flag of the validator, or all.
-struct Flags {
-    enum Flag { Null, Loopback, Broadcast, Multicast, Experimental, All, None };
+using Validator = QIpAddressWithNetmaskValidator;
+using Flag = void (Validator::*)(bool);
 
-    static void set(QIpAddressWithNetmaskValidator &validator, Flag flag, bool allow) {
-        const bool others = flag == All ? allow : !allow;
-        validator.setAllowNullAddress(flag == Null ? allow : others);
-        validator.setAllowLoopbackAddress(flag == Loopback ? allow : others);
-        validator.setAllowBroadcastAddress(flag == Broadcast ? allow : others);
-        validator.setAllowMulticastAddress(flag == Multicast ? allow : others);
-        validator.setAllowExperimentalPurposeAddress(flag == Experimental ? allow : others);
-    }
-};
+constexpr Flag Null = &Validator::setAllowNullAddress;
+constexpr Flag Loopback = &Validator::setAllowLoopbackAddress;
+constexpr Flag Broadcast = &Validator::setAllowBroadcastAddress;
+constexpr Flag Multicast = &Validator::setAllowMulticastAddress;
+constexpr Flag Experimental = &Validator::setAllowExperimentalPurposeAddress;
 
 /// The flag alone makes the addresses acceptable, and all others together do not.
-void expectAllowedBy(Flags::Flag flag, const char *mask, Texts addresses) {
+void expectAllowedBy(Flag flag, const char *mask, Texts addresses) {
     const QLineEdit maskEdit(mask);
-    QIpAddressWithNetmaskValidator validator(&maskEdit);
-    Flags::set(validator, flag, true);
-    expectState(validator, Acceptable, addresses);
-    Flags::set(validator, flag, false);
-    expectState(validator, Intermediate, addresses);
+    Validator validator(&maskEdit);
+    for (const bool allow : {true, false}) {
+        for (const Flag each : {Null, Loopback, Broadcast, Multicast, Experimental})
+            (validator.*each)((each == flag) == allow);
+        expectState(validator, allow ? Acceptable : Intermediate, addresses);
+    }
 }
 
 /// No flag matters for these.
 void expectAlways(QValidator::State state, const char *mask, Texts addresses) {
     const QLineEdit maskEdit(mask);
-    QIpAddressWithNetmaskValidator validator(&maskEdit);
+    Validator validator(&maskEdit);
     expectState(validator, state, addresses);
-    Flags::set(validator, Flags::All, true);
+    for (const Flag flag : {Null, Loopback, Broadcast, Multicast, Experimental})
+        (validator.*flag)(true);
     expectState(validator, state, addresses);
 }
 
@@ -89,12 +86,12 @@ TEST(Validators, TurnPrefixLengthsIntoMasks) {
 }
 
 TEST(Validators, JudgeAddressesWithNetmask) {
-    expectAllowedBy(Flags::Broadcast, "255.255.255.0", {"192.168.1.255"});
-    expectAllowedBy(Flags::Broadcast, "/23", {"192.168.1.255", "10.0.1.255"});
-    expectAllowedBy(Flags::Null, "", {"0.0.0.0", ""});
-    expectAllowedBy(Flags::Loopback, "", {"127.0.0.1", "127.255.255.255"});
-    expectAllowedBy(Flags::Multicast, "255.0.0.0", {"224.0.0.0", "239.255.255.255"});
-    expectAllowedBy(Flags::Experimental, "255.255.255.0", {"240.0.0.0", "255.255.255.255"});
+    expectAllowedBy(Broadcast, "255.255.255.0", {"192.168.1.255"});
+    expectAllowedBy(Broadcast, "/23", {"192.168.1.255", "10.0.1.255"});
+    expectAllowedBy(Null, "", {"0.0.0.0", ""});
+    expectAllowedBy(Loopback, "", {"127.0.0.1", "127.255.255.255"});
+    expectAllowedBy(Multicast, "255.0.0.0", {"224.0.0.0", "239.255.255.255"});
+    expectAllowedBy(Experimental, "255.255.255.0", {"240.0.0.0", "255.255.255.255"});
     expectAlways(Acceptable, "255.255.0.0", {"192.168.1.255", "192.168.1.0", "128.0.0.1"});
     expectAlways(Acceptable, "255.255.255.255", {"192.168.1.0", "223.255.255.255"}); // no usable mask, nothing to judge
     expectAlways(Intermediate, "255.255.255.0", {"192.168.1.0", "192.168.1.", "0.0.0.1"});

@@ -1,4 +1,5 @@
 #include "ScriptedChannel.h"
+#include "camsim/Scene.h"
 #include "camsim/Simulator.h"
 #include "support/Leaks.h"
 #include "support/SocketAddress.h"
@@ -9,7 +10,7 @@
 #include <iostream>
 #include <thread>
 
-using camsim::FaultConfig;
+using camsim::parseFaults;
 using Gx::ControlChannel;
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
@@ -20,10 +21,7 @@ namespace {
 class ChannelToCamera : public testing::Test, public ControlChannel::SurpriseRemovalCallback {
 protected:
     ChannelToCamera() {
-        camsim::CameraConfig config;
-        config.persistent.address = camsim::Ipv4::parse("127.0.0.1");
-        config.persistent.mask = camsim::Ipv4::maskOf(8);
-        config.ipEnabled = GEV_IP_CONFIG_PERSISTENT_IP;
+        camsim::CameraConfig config = camsim::parseCameras("ip=127.0.0.1/8,enabled=persistent,xml=none")[0];
         config.memory.push_back({0x20000, Bytes(4096), true});
         cameras.addCamera(config);
         cameras.start();
@@ -32,12 +30,6 @@ protected:
     ~ChannelToCamera() override {
         destroy();
         EXPECT_TRUE(eventually([&] { return Holdings::now() == before; })) << "the channels left something behind";
-    }
-
-    static camsim::SimulatorOptions options() {
-        camsim::SimulatorOptions options;
-        options.port = 0;
-        return options;
     }
 
     GXSTATUS open(std::uint32_t accessFlags, std::uint32_t heartbeat_ms = 3000, sa_family_t family = AF_INET) {
@@ -59,11 +51,7 @@ protected:
     std::uint32_t privilege() const { return cameras.readRegister(mac, GEV_REG_CONTROL_CHANNEL_PRIVILEGE) & 3; }
 
     /// The camera answers no more.
-    void mute() {
-        FaultConfig silence;
-        silence.silentAfter = 0;
-        cameras.setFaults(silence);
-    }
+    void mute() { cameras.setFaults(parseFaults("silent-after=0")); }
     /// Commands sent to one register, oldest first.
     std::vector<camsim::ReceivedRequest> requestsTo(std::uint16_t tag, std::uint32_t address) const {
         std::vector<camsim::ReceivedRequest> found;
@@ -81,7 +69,7 @@ protected:
     }
 
     const camsim::MacAddress mac = camsim::CameraConfig().mac;
-    camsim::Simulator cameras{options()};
+    camsim::Simulator cameras{{"lo", camsim::AddressMode::Unmanaged, 0}};
     Holdings before; // the first channel
     ControlChannel *channel = nullptr;
     std::function<void()> onLost;
@@ -182,30 +170,27 @@ TEST(Heartbeat, WaitingBeatIsNotSentWithoutPrivilege) {
 }
 
 TEST_F(ChannelToCamera, FailedCreateLeavesNothingBehind) {
-    FaultConfig silent; // when the heartbeat already runs
-    silent.silentAfter = 1;
-    FaultConfig confused;
-    confused.wrongCode = 100;
-    confused.commands = {TAG_READREG_CMD};
     const struct {
         bool held;
-        FaultConfig faults;
+        const char *faults;
         std::uint32_t heartbeat_ms;
         sa_family_t family;
         GXSTATUS status;
         std::uint32_t privilege; // afterwards
         const char *trace;
     } cases[] = {
-        {true, {}, 3000, AF_INET, 0xE1018006, 2, "Failed to gain access priviledges 0x00000002. 0xE1018006."},
-        {false, {}, 499, AF_INET, 0xE1000018, 0, "Attempt to set too small heartbeat timeout of 499 ms."},
-        {false, {}, 500, AF_INET6, 0xE1000009, 0, "Failed to open control channel. 0xE1000009."},
-        {false, silent, 3000, AF_INET, 0xE101800B, 2, "Failed to read device mode register. 0xE101800B."},
-        {false, confused, 3000, AF_INET, 0xE100000B, 0, "Failed to read device mode register. 0xE100000B."},
+        {true, "limit=0", 3000, AF_INET, 0xE1018006, 2, "Failed to gain access priviledges 0x00000002. 0xE1018006."},
+        {false, "limit=0", 499, AF_INET, 0xE1000018, 0, "Attempt to set too small heartbeat timeout of 499 ms."},
+        {false, "limit=0", 500, AF_INET6, 0xE1000009, 0, "Failed to open control channel. 0xE1000009."},
+        // When the heartbeat already runs.
+        {false, "silent-after=1", 3000, AF_INET, 0xE101800B, 2, "Failed to read device mode register. 0xE101800B."},
+        {false, "wrong-code=100,commands=readreg", 3000, AF_INET, 0xE100000B, 0,
+         "Failed to read device mode register. 0xE100000B."},
     };
     const camsim::Holder other{{camsim::Ipv4::parse("127.0.0.9"), 4444}};
     for (const auto &row : cases) {
         cameras.setHolder(mac, row.held ? std::optional(other) : std::nullopt);
-        cameras.setFaults(row.faults);
+        cameras.setFaults(parseFaults(row.faults));
         TraceLog traces;
         EXPECT_EQ(open(GEV_CONTROL_ACCESS, row.heartbeat_ms, row.family), row.status);
         EXPECT_EQ(channel, nullptr);
@@ -267,20 +252,18 @@ TEST(Channels, StreamAndMessageChannelRegisters) {
 }
 
 TEST_F(ChannelToCamera, ThirtyPercentLossNeverGivesWrongData) {
-    FaultConfig lossy;
-    lossy.lossToCamera = lossy.lossFromCamera = 30;
-    lossy.delayMax = milliseconds(4); // some acknowledges come after their request was re-sent
     std::cout << "fault seed " << cameras.seed() << "\n";
     int failed = 0;
     for (std::uint32_t i = 0; i < 1000; ++i) {
         if (!channel) {
-            cameras.setFaults(FaultConfig());
+            cameras.setFaults({});
             ASSERT_EQ(open(0, 60000), 0u);
             const std::uint32_t timeout_ms = 3;
             const std::uint32_t retries = 9;
             EXPECT_EQ(channel->SetProperty(ControlChannel::ReadRegTimeout, &timeout_ms, 4), 0u);
             EXPECT_EQ(channel->SetProperty(ControlChannel::MaxRetryCountRead, &retries, 4), 0u);
-            cameras.setFaults(lossy);
+            // Some acknowledges come after their request was re-sent.
+            cameras.setFaults(parseFaults("loss-to-camera=30,loss-from-camera=30,delay=0-4"));
         }
         cameras.writeRegister(mac, 0x20000 + 4 * i, i * 0x01010101);
         std::uint32_t value = 0;

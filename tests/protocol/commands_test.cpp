@@ -91,15 +91,4 @@ TEST(Commands, Action) {
                      0,    2,    0,    0,    0,    3,    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE}));
 }
 
-TEST(Commands, OnlyIPv4AddressesAreMapped) {
-    const SocketAddress v6("1.2.3.4", 0, AF_INET6);
-    const SocketAddress v4("1.2.3.4");
-    for (int bad = 0; bad < 3; ++bad) {
-        const auto at = [&](int i) -> const sockaddr * { return i == bad ? v6 : v4; };
-        SetIpConfigurationCommand configure;
-        EXPECT_EQ(ForceIpCommand().FormatRequest(Mac, at(0), at(1), at(2)), 0xE1000009u) << bad;
-        EXPECT_EQ(configure.FormatRequest(Mac, {}, at(0), at(1), at(2), nullptr, false), 0xE1000009u) << bad;
-    }
-}
-
 } // namespace

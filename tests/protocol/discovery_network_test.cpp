@@ -20,15 +20,6 @@ using namespace testnet;
 
 namespace {
 
-constexpr std::uint32_t Timeout_ms = 250;
-
-std::vector<std::string> discover(std::uint32_t flags) {
-    FoundList found;
-    EXPECT_EQ(Enumerator::Discover(&found, Timeout_ms, flags, nullptr), 0u);
-    std::sort(found.list.begin(), found.list.end());
-    return found.list;
-}
-
 /// Two adapters, each with a camera of its subnet and one of a foreign subnet.
 class TwoAdapters : public testing::Test {
 protected:
@@ -132,16 +123,12 @@ TEST(Adapters, UnusableOnesAreLeftOut) {
 }
 
 TEST(Gateway, CameraReachesForeignSubnetsAgainAfterAnIpCycle) {
-    CameraConfig config = cameraAt(1, "192.168.1.20/24");
-    config.persistent.gateway = camsim::Ipv4::parse("192.168.1.1");
-    config.broadcastAck = camsim::BroadcastAck::Never;
-    Site site("nic0", "10.0.0.5/8", {config});
+    Site site("nic0", "10.0.0.5/8", {cameraAt(1, "192.168.1.20/24 via 192.168.1.1", ",broadcast-ack=never")});
     ip("address add 192.168.1.1/32 dev nic0"); // the gateway's; no broadcasts from it
     const std::string overGateway = "1 192.168.1.20 192.168.1.20 10.0.0.5";
     EXPECT_THAT(discover(Enumerator::FlagBroadcastAcknowledge), testing::Contains(overGateway));
-    site.cameras.powerCycle(config.mac);
-    for (int i = 0; i < 300 && !site.cameras.status(config.mac).current; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    site.cameras.powerCycle(camera(1).mac);
+    EXPECT_TRUE(eventually([&] { return !site.addressOf(1).empty(); }));
     // Without a route the kernel would look for the host on the link.
     site.adapter.cameraSide().ip("neighbour replace 10.0.0.5 lladdr 02:00:00:00:00:01 dev cam");
     EXPECT_THAT(discover(Enumerator::FlagBroadcastAcknowledge), testing::Contains(overGateway));

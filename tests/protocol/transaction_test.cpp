@@ -263,12 +263,11 @@ TEST(Transaction, PropertiesCheckTheirArguments) {
     std::size_t size = 0;
     EXPECT_EQ(channel->GetProperty(0, &value, 8, &size), 0u);
     EXPECT_EQ(size, 4u);
-    EXPECT_EQ(channel->GetProperty(0, &value, 3, &size), 0xE1000006u);
-    EXPECT_EQ(channel->GetProperty(7, &value, 4, &size), 0xE1000006u);
-    EXPECT_EQ(channel->GetProperty(0, nullptr, 4, &size), 0xE1000006u);
-    EXPECT_EQ(channel->SetProperty(0, &value, 8), 0xE1000006u);
-    EXPECT_EQ(channel->SetProperty(7, &value, 4), 0xE1000006u);
-    EXPECT_EQ(channel->SetProperty(0, nullptr, 4), 0xE1000006u);
+    const std::tuple<std::uint32_t, void *, std::size_t> wrong[] = {{0, &value, 3}, {7, &value, 4}, {0, nullptr, 4}};
+    for (const auto &[tag, buffer, bytes] : wrong) {
+        EXPECT_EQ(channel->GetProperty(tag, buffer, bytes, &size), 0xE1000006u);
+        EXPECT_EQ(channel->SetProperty(tag, buffer, bytes), 0xE1000006u);
+    }
 }
 
 } // namespace

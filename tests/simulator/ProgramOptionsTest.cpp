@@ -1,6 +1,6 @@
 #include "camsim/ProgramOptions.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <fstream>
 
@@ -39,30 +39,21 @@ TEST(ProgramOptions, DescribeTheSimulation) {
 }
 
 TEST(ProgramOptions, ErrorsNameTheOptionAndWhatWasExpected) {
-    const std::pair<std::vector<std::string>, std::vector<const char *>> cases[] = {
-        {{}, {"--interface", "network interface"}},
-        {{"--interface"}, {"--interface", "missing", "network interface"}},
-        {{"--interface", "cam0", "--port", "1"}, {"--port", "--unmanaged"}},
-        {{"--unmanaged", "--port", "65536"}, {"--port", "65536", "65535"}},
-        {{"--unmanaged", "--port="}, {"--port", "number"}},
-        {{"--unmanaged=yes"}, {"--unmanaged", "no value"}},
-        {{"--seed", "x"}, {"--seed", "x"}},
-        {{"--camera", "mac=1"}, {"--camera", "mac", "MAC address"}},
-        {{"--faults", "loss=1"}, {"--faults", "unknown key 'loss'"}},
-        {{"--scene", "/nonexistent"}, {"--scene", "/nonexistent"}},
-        {{"--colour"}, {"--colour"}},
-        {{"cam0"}, {"cam0"}},
+    const std::pair<std::vector<std::string>, const char *> cases[] = {
+        {{}, "--interface.*network interface"},
+        {{"--interface"}, "--interface.*missing.*network interface"},
+        {{"--interface", "cam0", "--port", "1"}, "--port.*--unmanaged"},
+        {{"--unmanaged", "--port", "65536"}, "--port.*65536.*65535"},
+        {{"--unmanaged=yes"}, "--unmanaged.*no value"},
+        {{"--seed", "x"}, "--seed.*x"},
+        {{"--camera", "mac=1"}, "--camera.*mac.*MAC address"},
+        {{"--faults", "loss=1"}, "--faults.*unknown key 'loss'"},
+        {{"--scene", "/nonexistent"}, "--scene.*/nonexistent"},
+        {{"--colour"}, "--colour"},
     };
-    for (const auto &[arguments, words] : cases) {
-        std::string message = "accepted";
-        try {
-            ProgramOptions::parse(arguments);
-        } catch (const UsageError &error) {
-            message = error.what();
-        }
-        for (const char *word : words)
-            EXPECT_NE(message.find(word), std::string::npos) << word << " is not in: " << message;
-    }
+    for (const auto &[arguments, message] : cases)
+        EXPECT_THAT([&arguments = arguments] { ProgramOptions::parse(arguments); },
+                    testing::ThrowsMessage<UsageError>(testing::ContainsRegex(message)));
 }
 
 } // namespace

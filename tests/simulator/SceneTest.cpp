@@ -1,6 +1,6 @@
 #include "camsim/Scene.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cstdio>
 #include <fstream>
@@ -11,28 +11,12 @@ using namespace std::chrono_literals;
 
 namespace {
 
-std::string sceneError(const std::string &text) {
-    std::istringstream stream(text);
-    try {
-        readScene(stream, "scene");
-    } catch (const SceneError &error) {
-        return error.what();
-    }
-    return "accepted";
-}
-
 TEST(Scene, ReadsCamerasAndFaults) {
     std::istringstream text("# two cameras\r\n"
                             "[camera]\n"
                             "  mac = 02-5A-E3-0A-0B-0C \r\n"
                             "ip = 192.168.1.10/24 via 192.168.1.1\n"
                             "model = Left, big = 1\n"
-                            "held-by = 10.0.0.1:5000 exclusive\n"
-                            "options = persistent+lla\n"
-                            "enabled = lla\n"
-                            "vendor-config = not-implemented\n"
-                            "silence = 250\n"
-                            "reachable = no\n"
                             "url = http://camera/camera.xml\n"
                             "\n"
                             "; the other\n"
@@ -51,14 +35,6 @@ TEST(Scene, ReadsCamerasAndFaults) {
     EXPECT_EQ(first.persistent,
               (IpSettings{Ipv4::parse("192.168.1.10"), Ipv4::maskOf(24), Ipv4::parse("192.168.1.1")}));
     EXPECT_EQ(first.model, "Left, big = 1");
-    ASSERT_TRUE(first.heldBy);
-    EXPECT_EQ(first.heldBy->application.toString(), "10.0.0.1:5000");
-    EXPECT_EQ(first.heldBy->privilege, GEV_EXCLUSIVE_CONTROL_ACCESS);
-    EXPECT_EQ(first.ipOptions, 5u);
-    EXPECT_EQ(first.ipEnabled, 4u);
-    EXPECT_EQ(first.vendorIpConfig, VendorIpConfig::NotImplemented);
-    EXPECT_EQ(first.restartSilence, 250ms);
-    EXPECT_FALSE(first.reachable);
     EXPECT_EQ(first.firstUrl, "http://camera/camera.xml");
     EXPECT_EQ(first.xml, defaultXml());
     EXPECT_EQ(scene.cameras[1].capabilities, 0x1Fu);
@@ -85,38 +61,35 @@ TEST(Scene, CountsCamerasUp) {
 }
 
 TEST(Scene, ErrorsNameThePlaceTheKeyAndWhatWasExpected) {
-    const std::pair<const char *, std::vector<const char *>> cases[] = {
-        {"[camera]\nmac = 02:5A:E3:01:02\n", {"scene:2: ", "mac", "02:5A:E3:01:02", "six octets"}},
-        {"[camera]\nmac = 02:5A:E3:01:02:0G\n", {"mac"}},
-        {"[camera]\n\nip = 192.168.1.10\n", {"scene:3: ", "ip", "ADDRESS/PREFIX"}},
-        {"[camera]\nip = 192.168.1.256/24\n", {"192.168.1.256"}},
-        {"[camera]\nip = 192.168.1.10/33\n", {"33"}},
-        {"[camera]\nip = 192.168.1.10/24 over 192.168.1.1\n", {"via"}},
-        {"[camera]\nip = 192.168.1.255/24\n", {"192.168.1.255/24", "host"}},
-        {"[camera]\nsilence = -1\n", {"silence", "-1"}},
-        {"[camera]\nsilence = 1s\n", {"silence", "1s"}},
-        {"[camera]\nreachable = maybe\n", {"reachable", "maybe", "yes, no"}},
-        {"[camera]\nvendor-config = on\n", {"supported, not-implemented, error, silent"}},
-        {"[camera]\nheld-by = 10.0.0.1\n", {"held-by", "ADDRESS:PORT"}},
-        {"[camera]\nheld-by = 10.0.0.1:70000\n", {"65535"}},
-        {"[camera]\nserial = 12345678901234567\n", {"serial number", "16"}},
-        {"[camera]\nxml = /nonexistent.xml\n", {"xml", "/nonexistent.xml"}},
-        {"[camera]\nip = 192.168.1.10/24\ncount = 250\n", {"count", "192.168.1.10/24"}},
-        {"[camera]\nip = 192.168.1.254/24\ncount = 2\n", {"count", "192.168.1.254/24"}},
-        {"[camera]\ncount = 0\n", {"count", "N"}},
-        {"[camera]\nlink-local = 10.0.0.5\n", {"link-local address 10.0.0.5"}},
-        {"[camera]\nspeed = 1\n", {"unknown key 'speed'"}},
-        {"[camera]\nmac\n", {"'mac'", "key=value"}},
-        {"mac = 025AE3010203\n", {"scene:1: ", "[camera]"}},
-        {"[kamera]\n", {"[kamera]", "[faults]"}},
-        {"[faults]\nduplicate = 101\n", {"duplicate", "0 to 100"}},
-        {"[faults]\ndelay = 9-3\n", {"delay"}},
-        {"[faults]\ncommands = readreg+fly\n", {"commands", "fly"}},
+    const std::pair<const char *, const char *> cases[] = {
+        {"[camera]\nmac = 02:5A:E3:01:02\n", "scene:2: .*mac.*02:5A:E3:01:02.*six octets"},
+        {"[camera]\n\nip = 192.168.1.10\n", "scene:3: .*ip.*ADDRESS/PREFIX"},
+        {"[camera]\nip = 192.168.1.256/24\n", "192.168.1.256"},
+        {"[camera]\nip = 192.168.1.10/33\n", "33"},
+        {"[camera]\nip = 192.168.1.255/24\n", "192.168.1.255/24.*host"},
+        {"[camera]\nsilence = -1\n", "silence.*-1"},
+        {"[camera]\nreachable = maybe\n", "reachable.*maybe.*yes, no"},
+        {"[camera]\nvendor-config = on\n", "supported, not-implemented, error, silent"},
+        {"[camera]\nheld-by = 10.0.0.1\n", "held-by.*ADDRESS:PORT"},
+        {"[camera]\nheld-by = 10.0.0.1:70000\n", "65535"},
+        {"[camera]\nserial = 12345678901234567\n", "serial number.*16"},
+        {"[camera]\nxml = /nonexistent.xml\n", "xml.*/nonexistent.xml"},
+        {"[camera]\nip = 192.168.1.10/24\ncount = 250\n", "count.*192.168.1.10/24"},
+        {"[camera]\ncount = 0\n", "count.*N"},
+        {"[camera]\nlink-local = 10.0.0.5\n", "link-local address 10.0.0.5"},
+        {"[camera]\nforced = 10.0.0.0/8\n", "forced address 10.0.0.0"},
+        {"[camera]\nspeed = 1\n", "unknown key 'speed'"},
+        {"[camera]\nmac\n", "'mac'.*key=value"},
+        {"mac = 025AE3010203\n", "scene:1: .*\\[camera\\]"},
+        {"[kamera]\n", "\\[kamera\\].*\\[faults\\]"},
+        {"[faults]\nduplicate = 101\n", "duplicate.*0 to 100"},
+        {"[faults]\ndelay = 9-3\n", "delay"},
+        {"[faults]\ncommands = readreg+fly\n", "commands.*fly"},
     };
-    for (const auto &[text, words] : cases) {
-        const std::string message = sceneError(text);
-        for (const char *word : words)
-            EXPECT_NE(message.find(word), std::string::npos) << word << " is not in: " << message;
+    for (const auto &[text, message] : cases) {
+        std::istringstream stream(text);
+        EXPECT_THAT([&] { readScene(stream, "scene"); },
+                    testing::ThrowsMessage<SceneError>(testing::ContainsRegex(message)));
     }
     EXPECT_THROW(loadScene("/nonexistent.scene"), SceneError);
 }

@@ -1,11 +1,12 @@
 // The simulator on plain loopback: sockets, thread and faults.
 #include "camsim/Simulator.h"
+#include "GxSocket.h"
 #include "WireText.h"
+#include "camsim/Scene.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -27,69 +28,40 @@ const char readHeartbeatAck[] = "00 00 00 81 00 04 01 02 00 00 0B B8";
 /// A UDP socket of an application at 127.0.0.1.
 class Application {
 public:
-    Application() : socket_(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
-        const sockaddr_in own = address("127.0.0.1", 0);
+    Application() {
         const int on = 1;
-        setsockopt(socket_, SOL_SOCKET, SO_BROADCAST, &on, sizeof on);
-        EXPECT_EQ(bind(socket_, reinterpret_cast<const sockaddr *>(&own), sizeof own), 0);
+        EXPECT_EQ(socket_.Open(GxImp::MakeAddress(htonl(INADDR_LOOPBACK), 0)), 0u);
+        EXPECT_EQ(socket_.SetOpt(SOL_SOCKET, SO_BROADCAST, &on, sizeof on), 0u);
     }
-    ~Application() { close(socket_); }
-    Application(const Application &) = delete;
-    Application &operator=(const Application &) = delete;
 
     void send(const std::string &hex, const char *to, std::uint16_t port) {
         const Bytes datagram = wire::bytes(hex);
-        const sockaddr_in target = address(to, port);
-        EXPECT_EQ(sendto(socket_, datagram.data(), datagram.size(), 0, reinterpret_cast<const sockaddr *>(&target),
-                         sizeof target),
-                  static_cast<ssize_t>(datagram.size()));
+        EXPECT_EQ(socket_.SendTo(datagram.data(), datagram.size(), GxImp::MakeAddress(inet_addr(to), port)), 0u);
     }
 
-    /// The datagrams that come until `count` are there or `patience` is over.
-    std::vector<Bytes> receive(std::size_t count, std::chrono::milliseconds patience) {
-        const timeval timeout{patience.count() / 1000, (patience.count() % 1000) * 1000};
-        setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+    /// The datagrams that come until `count` are there or for `patience` none came.
+    std::vector<Bytes> receive(std::size_t count, std::uint32_t patience_ms) {
         std::vector<Bytes> datagrams;
-        while (datagrams.size() < count) {
-            Bytes datagram(2048);
-            const ssize_t size = recv(socket_, datagram.data(), datagram.size(), 0);
-            if (size < 0)
-                break;
-            datagram.resize(static_cast<std::size_t>(size));
-            datagrams.push_back(datagram);
-        }
+        Bytes buffer(2048);
+        std::size_t size = 0;
+        while (datagrams.size() < count && socket_.Recv(buffer.data(), buffer.size(), patience_ms, &size) == 0)
+            datagrams.emplace_back(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(size));
         return datagrams;
     }
 
 private:
-    static sockaddr_in address(const char *text, std::uint16_t port) {
-        sockaddr_in result{};
-        result.sin_family = AF_INET;
-        result.sin_port = htons(port);
-        result.sin_addr.s_addr = inet_addr(text);
-        return result;
-    }
-
-    int socket_;
+    GxImp::CSocket socket_;
 };
 
 MacAddress macOf(unsigned number) { return MacAddress::fromNumber(0x025AE3000000 + number); }
 
 CameraConfig cameraAt(unsigned number, const std::string &address) {
-    CameraConfig config;
+    CameraConfig config = parseCameras("ip=" + address + "/8,enabled=persistent,silence=20,xml=none")[0];
     config.mac = macOf(number);
-    config.persistent = {Ipv4::parse(address), Ipv4::maskOf(8), {}};
-    config.ipEnabled = GEV_IP_CONFIG_PERSISTENT_IP;
-    config.restartSilence = 20ms;
     return config;
 }
 
-SimulatorOptions loopback(std::uint64_t seed = 1) {
-    SimulatorOptions options;
-    options.port = 0;
-    options.seed = seed;
-    return options;
-}
+SimulatorOptions loopback(std::uint64_t seed = 1) { return {"lo", AddressMode::Unmanaged, 0, -1, seed}; }
 
 bool waitFor(const std::function<bool()> &condition) {
     for (int i = 0; i < 500 && !condition(); ++i)
@@ -116,7 +88,7 @@ protected:
     std::vector<Bytes> exchange(const std::string &hex, const char *to) {
         application.send(hex, to, simulator.port());
         settle(simulator);
-        return application.receive(100, 1ms);
+        return application.receive(100, 1);
     }
 
     Simulator simulator{loopback()};
@@ -171,43 +143,28 @@ TEST_F(RunningSimulator, ChangesAreEffectiveWhenTheCallReturns) {
     EXPECT_THROW(simulator.readRegister(macOf(3), 0x9000), std::out_of_range);
 }
 
-TEST_F(RunningSimulator, AForcedAddressMovesTheCamera) {
-    const auto ack = exchange(wire::forceIp("025AE3000001", "7F000032", "FF000000"), "127.255.255.255");
-    ASSERT_EQ(ack.size(), 1u);
-    EXPECT_EQ(wire::text(ack[0]), "00 00 00 05 00 00 FF FF");
-    EXPECT_TRUE(exchange(readHeartbeat, "127.0.0.10").empty());
-    EXPECT_EQ(exchange(readHeartbeat, "127.0.0.50").size(), 1u);
-}
-
 TEST_F(RunningSimulator, FaultsHappenAsSet) {
-    struct Case {
-        const char *what;
-        std::function<void(FaultConfig &)> set;
+    const std::string ack = readHeartbeatAck;
+    const struct {
+        const char *faults;
         std::vector<std::string> acks; ///< "*" for any bytes
         bool executed;
+    } cases[] = {
+        {"wrong-id=0", {ack}, true},
+        {"loss-to-camera=100", {}, false},
+        {"loss-from-camera=100", {}, true},
+        {"wrong-id=100", {"00 00 00 81 00 04 01 03 00 00 0B B8"}, true},
+        {"wrong-code=100", {"00 00 7F FF 00 04 01 02 00 00 0B B8"}, true},
+        {"stale-id=100", {"00 00 00 81 00 04 01 01 00 00 0B B8", ack}, true},
+        {"garbage=100", {"*", ack}, true},
+        {"duplicate=100", {ack, ack}, true},
+        {"loss-from-camera=100,commands=discovery", {ack}, true},
+        {"loss-from-camera=100,limit=0", {ack}, true},
+        {"silent-after=0", {}, false},
     };
-    const std::string ack = readHeartbeatAck;
-    const Case cases[] = {
-        {"none", [](FaultConfig &) {}, {ack}, true},
-        {"loss to camera", [](FaultConfig &f) { f.lossToCamera = 100; }, {}, false},
-        {"loss from camera", [](FaultConfig &f) { f.lossFromCamera = 100; }, {}, true},
-        {"wrong id", [](FaultConfig &f) { f.wrongId = 100; }, {"00 00 00 81 00 04 01 03 00 00 0B B8"}, true},
-        {"wrong code", [](FaultConfig &f) { f.wrongCode = 100; }, {"00 00 7F FF 00 04 01 02 00 00 0B B8"}, true},
-        {"stale id", [](FaultConfig &f) { f.staleId = 100; }, {"00 00 00 81 00 04 01 01 00 00 0B B8", ack}, true},
-        {"garbage", [](FaultConfig &f) { f.garbage = 100; }, {"*", ack}, true},
-        {"duplicate", [](FaultConfig &f) { f.duplicate = 100; }, {ack, ack}, true},
-        {"other command",
-         [](FaultConfig &f) { f.lossFromCamera = 100, f.commands = {TAG_DISCOVERY_CMD}; },
-         {ack},
-         true},
-        {"limit used up", [](FaultConfig &f) { f.lossFromCamera = 100, f.limit = 0; }, {ack}, true},
-        {"silent", [](FaultConfig &f) { f.silentAfter = 0; }, {}, false},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        FaultConfig faults;
-        c.set(faults);
-        simulator.setFaults(macOf(1), faults);
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.faults);
+        simulator.setFaults(macOf(1), parseFaults(c.faults));
         const auto executed = simulator.status(macOf(1)).acknowledges;
         const auto acks = exchange(readHeartbeat, "127.0.0.10");
         ASSERT_EQ(acks.size(), c.acks.size());
@@ -218,49 +175,36 @@ TEST_F(RunningSimulator, FaultsHappenAsSet) {
 }
 
 TEST_F(RunningSimulator, FaultsOfLengthTimeAndOrder) {
-    FaultConfig faults;
-    faults.shortAck = 100;
-    simulator.setFaults(faults);
+    simulator.setFaults(parseFaults("short=100"));
     EXPECT_LT(exchange(readHeartbeat, "127.0.0.10").at(0).size(), 12u);
-    faults = {};
-    faults.longAck = 100;
-    simulator.setFaults(faults);
+    simulator.setFaults(parseFaults("long=100"));
     const Bytes oversized = exchange(readHeartbeat, "127.0.0.10").at(0);
     EXPECT_GT(oversized.size(), 12u);
     EXPECT_EQ(wire::text({oversized.begin(), oversized.begin() + 12}), readHeartbeatAck);
-    faults = {};
-    faults.delayMin = faults.delayMax = 60ms;
-    simulator.setFaults(faults);
+    simulator.setFaults(parseFaults("delay=60"));
     const auto start = std::chrono::steady_clock::now();
     application.send(readHeartbeat, "127.0.0.10", simulator.port());
-    EXPECT_EQ(application.receive(1, 2s).size(), 1u);
+    EXPECT_EQ(application.receive(1, 2000).size(), 1u);
     EXPECT_GE(std::chrono::steady_clock::now() - start, 60ms);
-    faults = {};
-    faults.reorder = 100;
     simulator.setFaults({});
-    simulator.setFaults(macOf(1), faults);
+    simulator.setFaults(macOf(1), parseFaults("reorder=100"));
     const auto acks = exchange(discovery, "127.255.255.255"); // camera 2 answers after camera 1
     ASSERT_EQ(acks.size(), 2u);
     EXPECT_EQ(acks[0].at(8 + 39), 11);
     EXPECT_EQ(acks[1].at(8 + 39), 10);
     application.send(readHeartbeat, "127.0.0.10", simulator.port());
-    EXPECT_EQ(application.receive(1, 2s).size(), 1u); // nothing follows: it comes late, but comes
+    EXPECT_EQ(application.receive(1, 2000).size(), 1u); // nothing follows: it comes late, but comes
     EXPECT_GT(simulator.counters().faults, 3u);
-    EXPECT_THROW(simulator.setFaults([] {
-        FaultConfig f;
-        f.wrongId = 101;
-        return f;
-    }()),
-                 std::invalid_argument);
+    FaultConfig impossible;
+    impossible.wrongId = 101;
+    EXPECT_THROW(simulator.setFaults(impossible), std::invalid_argument);
 }
 
 TEST(SimulatorFaults, TheSeedRepeatsThem) {
     const auto survivors = [](std::uint64_t seed) {
         Simulator simulator(loopback(seed));
         simulator.addCamera(cameraAt(1, "127.0.0.10"));
-        FaultConfig faults;
-        faults.lossFromCamera = 50;
-        simulator.setFaults(faults);
+        simulator.setFaults(parseFaults("loss-from-camera=50"));
         simulator.start();
         Application application;
         for (int i = 0; i < 64; ++i) {
@@ -271,7 +215,7 @@ TEST(SimulatorFaults, TheSeedRepeatsThem) {
         settle(simulator);
         settle(simulator);
         std::vector<int> ids;
-        for (const Bytes &ack : application.receive(64, 1ms))
+        for (const Bytes &ack : application.receive(64, 1))
             ids.push_back(ack.at(7));
         return ids;
     };
@@ -291,7 +235,7 @@ TEST(SimulatorLife, StartsStopsAndStartsAgain) {
         simulator.start();
         EXPECT_THROW(simulator.start(), std::logic_error);
         application.send(discovery, "127.0.0.10", simulator.port());
-        EXPECT_EQ(application.receive(1, 2s).size(), 1u);
+        EXPECT_EQ(application.receive(1, 2000).size(), 1u);
         simulator.stop();
         simulator.stop();
         EXPECT_FALSE(simulator.running());
@@ -333,7 +277,7 @@ TEST(SimulatorThreads, InspectionAndChangesMeetTrafficAndStop) {
         Application application;
         while (!done) {
             application.send(discovery, "127.255.255.255", simulator.port());
-            application.receive(5, 2ms);
+            application.receive(5, 2);
         }
     });
     std::thread inspection([&] {

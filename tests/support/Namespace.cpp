@@ -1,17 +1,14 @@
 #include "support/Namespace.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
-#include <iterator>
+#include <future>
 #include <sched.h>
-#include <spawn.h>
-#include <sstream>
 #include <stdexcept>
-#include <sys/wait.h>
 #include <system_error>
-#include <thread>
 #include <unistd.h>
 
 namespace testnet {
@@ -31,40 +28,8 @@ void mapToRoot(uid_t uid, gid_t gid) {
     writeFile("/proc/self/gid_map", "0 " + std::to_string(gid) + " 1");
 }
 
-std::vector<std::string> split(const std::string &text) {
-    std::istringstream words(text);
-    return {std::istream_iterator<std::string>(words), std::istream_iterator<std::string>()};
-}
-
-/// The calling thread's namespace is the one the command runs in.
-void runIp(const std::string &arguments) {
-    std::vector<std::string> words = split("ip " + arguments);
-    std::vector<char *> argv;
-    for (std::string &word : words)
-        argv.push_back(word.data());
-    argv.push_back(nullptr);
-    pid_t child = 0;
-    const int error = posix_spawnp(&child, "ip", nullptr, nullptr, argv.data(), environ);
-    if (error != 0)
-        throw std::system_error(error, std::generic_category(), "ip");
-    int status = 0;
-    if (waitpid(child, &status, 0) != child || status != 0)
-        throw std::runtime_error("failed: ip " + arguments);
-}
-
 /// Runs a function on a thread of its own, which may change its namespace without consequences.
-template <typename Function> void onOwnThread(Function function) {
-    std::exception_ptr failure;
-    std::thread([&] {
-        try {
-            function();
-        } catch (...) {
-            failure = std::current_exception();
-        }
-    }).join();
-    if (failure)
-        std::rethrow_exception(failure);
-}
+template <typename Function> void onOwnThread(Function function) { std::async(std::launch::async, function).get(); }
 
 void check(int result, const char *what) {
     if (result < 0)
@@ -80,7 +45,7 @@ std::string enterPrivateNetwork() {
         return std::string("no user and network namespace: ") + std::strerror(errno);
     try {
         mapToRoot(uid, gid);
-        runIp("link set lo up");
+        ip("link set lo up");
         // A new namespace starts with the machine's values, and anything but 0 hides foreign subnets.
         writeFile("/proc/sys/net/ipv4/conf/all/rp_filter", "0");
         writeFile("/proc/sys/net/ipv4/conf/default/rp_filter", "0");
@@ -90,7 +55,10 @@ std::string enterPrivateNetwork() {
     return {};
 }
 
-void ip(const std::string &arguments) { runIp(arguments); }
+void ip(const std::string &arguments) {
+    if (std::system(("ip " + arguments).c_str()) != 0) // in the calling thread's namespace
+        throw std::runtime_error("failed: ip " + arguments);
+}
 
 Namespace::Namespace() {
     onOwnThread([this] {
@@ -110,7 +78,7 @@ void Namespace::run(const std::function<void()> &work) const {
 }
 
 void Namespace::ip(const std::string &arguments) const {
-    run([&] { runIp(arguments); });
+    run([&] { testnet::ip(arguments); });
 }
 
 Adapter::Adapter(const std::string &name, const std::string &address) : m_Name(name) {

@@ -2,7 +2,6 @@
 
 #include "support/Namespace.h"
 
-#include <arpa/inet.h>
 #include <cstdint>
 #include <functional>
 #include <mutex>

@@ -22,6 +22,11 @@ Site::Site(const std::string &name, const std::string &address, const std::vecto
     cameras.start();
 }
 
+std::string Site::addressOf(unsigned number) const {
+    const auto current = cameras.status(camera(number).mac).current;
+    return current ? current->address.toString() : "";
+}
+
 ScriptedSite::ScriptedSite(const std::string &name, const std::string &address, const std::string &peerAddress,
                            ScriptedPeer::Script script)
     : adapter(name, address) {
@@ -36,18 +41,10 @@ camsim::CameraConfig camera(unsigned number) {
     return config;
 }
 
-camsim::IpSettings settings(const std::string &address) {
-    const std::size_t slash = address.find('/');
-    camsim::IpSettings result;
-    result.address = camsim::Ipv4::parse(address.substr(0, slash));
-    result.mask = camsim::Ipv4::maskOf(static_cast<unsigned>(std::stoul(address.substr(slash + 1))));
-    return result;
-}
-
-camsim::CameraConfig cameraAt(unsigned number, const std::string &address) {
-    camsim::CameraConfig config = camera(number);
-    config.persistent = settings(address);
-    config.ipEnabled = GEV_IP_CONFIG_PERSISTENT_IP | GEV_IP_CONFIG_LLA;
+camsim::CameraConfig cameraAt(unsigned number, const std::string &address, const std::string &settings) {
+    camsim::CameraConfig config = camsim::parseCameras("enabled=persistent+lla,ip=" + address + settings)[0];
+    config.mac = camera(number).mac;
+    config.serial = camera(number).serial;
     return config;
 }
 

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
-#include <vector>
 
 /// Gathers the protocol library's traces as long as it lives.
 class TraceLog {
@@ -14,11 +13,11 @@ public:
     TraceLog &operator=(const TraceLog &) = delete;
 
     bool contains(const std::string &text) const;
-    std::string all() const;
+    std::string all() const; ///< each line with its end
 
 private:
     static void sink(void *self, std::uint32_t flag, std::uint32_t level, const char *text);
 
     mutable std::mutex m_Mutex;
-    std::vector<std::string> m_Lines;
+    std::string m_Lines = "\n";
 };

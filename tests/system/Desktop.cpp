@@ -13,16 +13,6 @@
 #include <QTimer>
 #include <QtTest>
 
-const char *const AssignHeader = "Please specify a temporary IP address.<br>This address will be valid until the "
-                                 "device resets.<br>Valid addresses are:<br>192.168.10.1 - 192.168.10.254<br>";
-const char *const ForceByMacHeader =
-    "Please specify the MAC address for the device to force the IP address.\n\nThere won't be any error message in "
-    "case you specify the wrong MAC address.";
-const char *const ConnectHeader =
-    "A connection to the device must be established in order to change the configuration.<br>To do this, a temporary "
-    "IP address needs to be assigned to the device.<br>This temporary address will only be used to update the "
-    "configuration and will not be stored on the device.<br>Valid addresses are:<br>192.168.10.1 - 192.168.10.254<br>";
-
 namespace {
 
 constexpr int LookInterval_ms = 20;
@@ -40,13 +30,6 @@ QString describe(const QWidget &dialog) {
 void dismiss(QWidget &dialog) { dialog.close(); }
 
 } // namespace
-
-camsim::CameraConfig unicastCamera(unsigned number, const char *address) {
-    return cameraWith(number, address, [](auto &config) {
-        config.vendorIpConfig = camsim::VendorIpConfig::Error;
-        config.whileControlled = camsim::WhileControlled::Accept;
-    });
-}
 
 Desktop::Desktop() {
     QSettings().clear();
@@ -159,20 +142,15 @@ void Desktop::expectSaveQuestion(QMessageBox::StandardButton answer) {
     expectBox("Do you want to save the changes to the configuration?", answer);
 }
 
-camsim::Simulator &Desktop::camerasOf(unsigned camera) {
+testnet::Site &Desktop::siteOf(unsigned camera) {
     const auto known = nic0->cameras.cameras();
     const bool isOnNic0 = std::find(known.begin(), known.end(), testnet::camera(camera).mac) != known.end();
-    return isOnNic0 ? nic0->cameras : nic1->cameras;
-}
-
-std::string Desktop::addressOf(unsigned camera) {
-    const auto current = status(camera).current;
-    return current ? current->address.toString() : "";
+    return isOnNic0 ? *nic0 : *nic1;
 }
 
 void Desktop::hold(unsigned camera, std::uint32_t privilege) {
-    camerasOf(camera).setHolder(testnet::camera(camera).mac,
-                                camsim::Holder{{camsim::Ipv4::parse("192.168.10.200"), 5555}, privilege});
+    siteOf(camera).cameras.setHolder(testnet::camera(camera).mac,
+                                     camsim::Holder{{camsim::Ipv4::parse("192.168.10.200"), 5555}, privilege});
 }
 
 void Desktop::lookForDialogs() {

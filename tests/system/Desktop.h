@@ -82,10 +82,9 @@ protected:
     void expectForceIp(const QString &header, const QString &address = {});
     void expectSaveQuestion(QMessageBox::StandardButton answer);
 
-    camsim::Simulator &camerasOf(unsigned camera);
-    camsim::CameraStatus status(unsigned camera) { return camerasOf(camera).status(testnet::camera(camera).mac); }
-    /// "192.168.10.21", or empty while it has none.
-    std::string addressOf(unsigned camera);
+    testnet::Site &siteOf(unsigned camera);
+    camsim::CameraStatus status(unsigned camera) { return siteOf(camera).cameras.status(testnet::camera(camera).mac); }
+    std::string addressOf(unsigned camera) { return siteOf(camera).addressOf(camera); }
     void hold(unsigned camera, std::uint32_t privilege = GEV_CONTROL_ACCESS);
 
     std::optional<testnet::Site> nic0, nic1;
@@ -107,9 +106,16 @@ private:
 };
 
 // Dialogs.
-extern const char *const AssignHeader;     ///< of the Force IP dialog from the context menu, on nic0
-extern const char *const ForceByMacHeader; ///< of that behind the hidden shortcut
-extern const char *const ConnectHeader;    ///< of that before a unicast write, on nic0
+/// Of the Force IP dialog: from the context menu on nic0, by the hidden shortcut and before a unicast write on nic0.
+constexpr const char *AssignHeader = "Please specify a temporary IP address.<br>This address will be valid until the "
+                                     "device resets.<br>Valid addresses are:<br>192.168.10.1 - 192.168.10.254<br>";
+constexpr const char *ForceByMacHeader =
+    "Please specify the MAC address for the device to force the IP address.\n\nThere won't be any error message in "
+    "case you specify the wrong MAC address.";
+constexpr const char *ConnectHeader =
+    "A connection to the device must be established in order to change the configuration.<br>To do this, a temporary "
+    "IP address needs to be assigned to the device.<br>This temporary address will only be used to update the "
+    "configuration and will not be stored on the device.<br>Valid addresses are:<br>192.168.10.1 - 192.168.10.254<br>";
 constexpr const char *NotSaved = "The configuration could not be saved.";
 constexpr const char *AccessDenied = "Access denied\nThe device is controlled by another application.\nClose the "
                                      "connection before changing the IP configuration.";
@@ -119,11 +125,7 @@ inline int environmentNumber(const char *name, int usual) {
     return qEnvironmentVariableIsSet(name) ? qEnvironmentVariableIntValue(name) : usual;
 }
 
-/// testnet::cameraAt with something changed.
-template <class Change> camsim::CameraConfig cameraWith(unsigned number, const char *address, Change change) {
-    camsim::CameraConfig config = testnet::cameraAt(number, address);
-    change(config);
-    return config;
-}
 /// One that has to be written by unicast: it refuses the vendor command. (One that does not know it is waited for.)
-camsim::CameraConfig unicastCamera(unsigned number, const char *address);
+inline camsim::CameraConfig unicastCamera(unsigned number, const char *address) {
+    return testnet::cameraAt(number, address, ",xml=none,vendor-config=error,while-controlled=accept");
+}

@@ -108,16 +108,10 @@ protected:
     static Cameras camerasFrom(int first, const std::string &subnet) {
         Cameras cameras;
         for (int i = first; i < first + CamerasEach; ++i)
-            cameras.push_back(cameraWith(
-                static_cast<unsigned>(i),
-                (i % 4 == 0 ? "172.16.0." + std::to_string(i) + "/16" : subnet + std::to_string(20 + i) + "/24")
-                    .c_str(),
-                [i](auto &config) {
-                    config.model = "Model " + std::to_string(i);
-                    config.restartSilence = milliseconds(300);
-                    if (i % 3 == 0)
-                        config.vendorIpConfig = camsim::VendorIpConfig::Error;
-                }));
+            cameras.push_back(
+                cameraAt(static_cast<unsigned>(i),
+                         i % 4 == 0 ? "172.16.0." + std::to_string(i) + "/16" : subnet + std::to_string(20 + i) + "/24",
+                         ",silence=300,model=Model " + std::to_string(i) + (i % 3 == 0 ? ",vendor-config=error" : "")));
         return cameras;
     }
 

@@ -2,7 +2,6 @@
 
 #include <QLabel>
 #include <QStyle>
-#include <QtTest>
 
 using namespace testnet;
 using testing::ElementsAre;
@@ -30,8 +29,8 @@ protected:
 };
 
 TEST_F(Finding, TheFirstRefreshStartsWhenTheWindowIsShown) {
-    const auto b = [](auto &config) { config.model = "B"; };
-    open({cameraAt(3, "192.168.10.23/24"), cameraWith(2, "192.168.10.22/24", b), cameraWith(1, "192.168.10.21/24", b)},
+    open({cameraAt(3, "192.168.10.23/24"), cameraAt(2, "192.168.10.22/24", ",model=B"),
+          cameraAt(1, "192.168.10.21/24", ",model=B")},
          {cameraAt(4, "192.168.20.24/24")});
     EXPECT_THAT(rows(), ElementsAre("nic0 ", "  B 1", "  B 2", "  Virtual Camera 3", "nic1 ", "  Virtual Camera 4"));
     EXPECT_EQ("<table align='left' border='0' cellpadding='1' cellspacing='1'><tr><td width='8'></td></tr><tr><td "
@@ -60,8 +59,8 @@ TEST_F(Finding, TheFirstRefreshStartsWhenTheWindowIsShown) {
 
 TEST_F(Finding, EachVerdictHasItsRowDiagnosisAndEditor) {
     open({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24"), cameraAt(3, "192.168.10.23/24"),
-          cameraWith(4, "192.168.10.24/24", [](auto &config) { config.reachable = false; }),
-          cameraAt(5, "192.168.10.25/24"), cameraAt(6, "172.16.0.9/16"), cameraAt(7, "192.168.10.27/16")});
+          cameraAt(4, "192.168.10.24/24", ",reachable=no"), cameraAt(5, "192.168.10.25/24"),
+          cameraAt(6, "172.16.0.9/16"), cameraAt(7, "192.168.10.27/16")});
     hold(2);
     hold(3, GEV_EXCLUSIVE_CONTROL_ACCESS);
     // Readable although held exclusively: nothing definite can be said.
@@ -142,9 +141,7 @@ TEST_F(Finding, NothingToListWithoutAdapters) {
 
 TEST_F(Finding, RowOfACameraHeardTwiceAndOfOneWithoutAdapterRow) {
     open({cameraAt(1, "192.168.10.21/24")}, {cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.20.22/24")});
-    camsim::FaultConfig late;
-    late.delayMin = late.delayMax = std::chrono::milliseconds(20);
-    nic1->cameras.setFaults(late);
+    nic1->cameras.setFaults(camsim::parseFaults("delay=20")); // to be heard second
     refresh();
     EXPECT_THAT(rows(), ElementsAre("nic0 ", "  Virtual Camera 1", "nic1 ", "  Virtual Camera 2"));
     // A dormant link carries datagrams although the system does not count it as running.
@@ -158,10 +155,7 @@ TEST_F(Finding, RowOfACameraHeardTwiceAndOfOneWithoutAdapterRow) {
 }
 
 TEST_F(Finding, DeviceTextsAreShownAsTexts) {
-    open({cameraWith(1, "192.168.10.21/24", [](auto &config) {
-        config.model = "<b>M</b>&\xE2\x80\xAEx";
-        config.manufacturer = "<img src='http://a'>\n";
-    })});
+    open({cameraAt(1, "192.168.10.21/24", ",model=<b>M</b>&\xE2\x80\xAEx,manufacturer=<img src='http://a'>\x1B")});
     select(1);
     EXPECT_THAT(info().toStdString(), HasSubstr("<td>&lt;img src='http://a'&gt;</td>"));
     EXPECT_THAT(info().toStdString(), HasSubstr("<td>&lt;b&gt;M&lt;/b&gt;&amp;x</td>"));

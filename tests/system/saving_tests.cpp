@@ -18,8 +18,7 @@ const char *const Lost = "broadcastConfiguration: Failed to discover reconfigure
 
 TEST_F(Saving, EachModeByBroadcast) {
     // In a foreign subnet, which does not matter.
-    open({cameraAt(1, "172.16.0.9/16")}, {cameraAt(2, "192.168.20.22/24")});
-    nic0->cameras.setDhcpLease(camera(1).mac, settings("192.168.10.140/24"));
+    open({cameraAt(1, "172.16.0.9/16", ",dhcp=192.168.10.140/24")}, {cameraAt(2, "192.168.20.22/24")});
     select(1);
     const struct {
         const char *button, *text, *address;
@@ -60,15 +59,8 @@ TEST_F(Saving, EachModeByBroadcast) {
 }
 
 TEST_F(Saving, ByUnicastWithoutTheVendorCommand) {
-    open({cameraWith(1, "192.168.10.21/24",
-                     [](auto &config) {
-                         config.xml = camsim::defaultXml();
-                         config.memory = {camsim::defaultFeatureMemory()};
-                         config.vendorIpConfig = camsim::VendorIpConfig::NotImplemented;
-                     }),
-          unicastCamera(2, "192.168.10.22/24")}); // without description
-    nic0->cameras.setDhcpLease(camera(2).mac, settings("192.168.10.140/24"));
-
+    open({cameraAt(1, "192.168.10.21/24", ",vendor-config=not-implemented"),
+          cameraAt(2, "192.168.10.22/24", ",vendor-config=error,xml=none,dhcp=192.168.10.140/24")});
     select(1);
     type("editIpAddress", "192.168.10.51");
     press(Qt::Key_Return);
@@ -131,7 +123,7 @@ TEST_F(Saving, ACameraTakenMeanwhileIsLeftAlone) {
 }
 
 TEST_F(Saving, ACameraThatDoesNotComeBackIsReported) {
-    open({cameraWith(1, "192.168.10.21/24", [](auto &config) { config.restartSilence = std::chrono::hours(1); })});
+    open({cameraAt(1, "192.168.10.21/24", ",silence=3600000")});
     select(1);
     type("editIpAddress", "192.168.10.51");
     expectForceIp(ConnectHeader);
@@ -143,8 +135,7 @@ TEST_F(Saving, ACameraThatDoesNotComeBackIsReported) {
 }
 
 TEST_F(Saving, WhatWasTypedSurvivesAForcedAddressButNoModeWithoutAddresses) {
-    open({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24")});
-    nic0->cameras.setDhcpLease(camera(1).mac, settings("192.168.10.140/24"));
+    open({cameraAt(1, "192.168.10.21/24", ",dhcp=192.168.10.140/24"), cameraAt(2, "192.168.10.22/24")});
     select(1);
     type("editIpAddress", "192.168.");
     expect("&Assign Temporary IP Address...", [](QWidget &menu) { QTest::keyClick(&menu, Qt::Key_A); });
@@ -164,23 +155,17 @@ TEST_F(Saving, WhatWasTypedSurvivesAForcedAddressButNoModeWithoutAddresses) {
 }
 
 TEST_F(Saving, OnlyWhatIsValidSupportedAndChanged) {
-    open({cameraWith(1, "192.168.10.21/24", [](auto &config) { config.ipOptions &= ~GEV_IP_CONFIG_DHCP; })});
+    open({cameraAt(1, "192.168.10.21/24", ",options=persistent+lla")});
     select(1);
     EXPECT_FALSE(isEnabled("btnUseDhcp"));
     const struct {
         const char *field, *text;
         bool savable;
     } cases[] = {
-        {"editIpAddress", "192.168.10.210", true},
-        {"editIpAddress", "192.168.10.21", false},
-        {"editIpAddress", "224.0.0.1", false},
-        {"editIpAddress", "192.168.10.255", false},
-        {"editNetmask", "255.255.0.0", true},
-        {"editNetmask", "255.0.255.0", false},
-        {"editNetmask", "/24", false},
-        {"editDefaultGateway", "192.168.10.1", true},
-        {"editDefaultGateway", "192.168", false},
-        {"editDefaultGateway", "", false},
+        {"editIpAddress", "192.168.10.210", true},    {"editIpAddress", "192.168.10.21", false},
+        {"editIpAddress", "192.168.10.255", false},   {"editNetmask", "255.255.0.0", true},
+        {"editNetmask", "255.0.255.0", false},        {"editNetmask", "/24", false},
+        {"editDefaultGateway", "192.168.10.1", true}, {"editDefaultGateway", "", false},
     };
     for (const auto &entry : cases) {
         SCOPED_TRACE(entry.field + std::string(" ") + entry.text);

@@ -1,11 +1,10 @@
 #include "Desktop.h"
 
 #include <QElapsedTimer>
-#include <QtTest>
 
 #include <fstream>
 #include <iostream>
-#include <random>
+#include <unistd.h>
 
 using namespace testnet;
 
@@ -13,13 +12,9 @@ namespace {
 
 /// Memory of this process in RAM.
 long resident_KiB() {
-    std::ifstream status("/proc/self/status");
-    std::string word;
-    while (status >> word && word != "VmRSS:") {
-    }
-    long kib = 0;
-    status >> kib;
-    return kib;
+    long total = 0, resident = 0; // pages
+    std::ifstream("/proc/self/statm") >> total >> resident;
+    return resident * sysconf(_SC_PAGESIZE) / 1024;
 }
 
 class Scale : public Desktop {

@@ -5,6 +5,7 @@
 #include "MinimalCorvoGigETL/GxStatusException.h"
 
 #include "MinimalCorvo/Utilities.h"
+#include "camsim/Scene.h"
 #include "camsim/Simulator.h"
 #include "support/Leaks.h"
 
@@ -18,17 +19,7 @@ protected:
         EXPECT_TRUE(eventually([&] { return Holdings::now() == m_before; })) << "the device left something behind";
     }
 
-    static camsim::SimulatorOptions Options() {
-        camsim::SimulatorOptions options;
-        options.port = 0;
-        return options;
-    }
-    static camsim::CameraConfig Config() {
-        camsim::CameraConfig config = camsim::defaultCamera();
-        config.persistent = {camsim::Ipv4::parse("127.0.0.1"), camsim::Ipv4::maskOf(8), {}};
-        config.ipEnabled = GEV_IP_CONFIG_PERSISTENT_IP | GEV_IP_CONFIG_LLA;
-        return config;
-    }
+    static camsim::CameraConfig Config() { return camsim::parseCameras("ip=127.0.0.1/8,enabled=persistent+lla")[0]; }
     static camsim::CameraConfig WithXml(const std::string &xml) {
         camsim::CameraConfig config = Config();
         config.xml.assign(xml.begin(), xml.end());
@@ -66,14 +57,10 @@ protected:
     void Hold(std::uint32_t privilege) {
         cameras.setHolder(mac, camsim::Holder{{camsim::Ipv4::parse("127.0.0.9"), 4444}, privilege});
     }
-    void Silence() {
-        camsim::FaultConfig mute;
-        mute.silentAfter = 0;
-        cameras.setFaults(mute);
-    }
+    void Silence() { cameras.setFaults(camsim::parseFaults("silent-after=0")); }
     /// The camera answers again and nobody holds it.
     void Revive() {
-        cameras.setFaults(camsim::FaultConfig());
+        cameras.setFaults({});
         cameras.setHolder(mac, std::nullopt);
     }
 
@@ -92,7 +79,7 @@ protected:
         return texts;
     }
 
-    camsim::Simulator cameras{Options()};
+    camsim::Simulator cameras{{"lo", camsim::AddressMode::Unmanaged, 0}};
     camsim::MacAddress mac;
 
 private:

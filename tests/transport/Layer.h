@@ -14,12 +14,7 @@
 class LayerTest : public testing::Test {
 protected:
     LayerTest() {
-        const std::string config = folder / "log.properties";
-        std::ofstream(config) << "log4j.rootCategory=DEBUG, A\nlog4j.appender.A=org.apache.log4j.FileAppender\n"
-                                 "log4j.appender.A.layout=org.apache.log4j.PatternLayout\n"
-                                 "log4j.appender.A.layout.ConversionPattern=%p %c %m%n\nlog4j.appender.A.fileName="
-                              << (folder / "log").string() << '\n';
-        setenv("GENICAM_LOG_CONFIG", config.c_str(), 1);
+        folder.TakeLog();
         Corvo::CorvoInitialize();
     }
     ~LayerTest() override { Corvo::CorvoTerminate(true); }
@@ -39,14 +34,10 @@ protected:
 template <class Function> std::string thrownBy(Function function) {
     try {
         function();
-    } catch (const GenICam::RuntimeException &error) {
-        return std::string("Runtime: ") + error.GetDescription();
-    } catch (const GenICam::LogicalErrorException &error) {
-        return std::string("LogicalError: ") + error.GetDescription();
-    } catch (const GenICam::AccessException &error) {
-        return std::string("Access: ") + error.GetDescription();
-    } catch (const GenICam::InvalidArgumentException &error) {
-        return std::string("InvalidArgument: ") + error.GetDescription();
+    } catch (const GenICam::GenericException &error) {
+        const std::string text = error.what(); // ends in the place and type: " (RuntimeException in ...)"
+        const std::size_t type = text.rfind(" (") + 2;
+        return text.substr(type, text.find("Exception", type) - type) + ": " + error.GetDescription();
     }
     return "";
 }

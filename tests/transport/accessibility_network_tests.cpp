@@ -14,17 +14,6 @@ using testing::HasSubstr;
 
 namespace {
 
-CameraConfig heldCamera(unsigned number, const char *address, std::uint32_t privilege) {
-    CameraConfig config = cameraAt(number, address);
-    config.heldBy = camsim::Holder{{camsim::Ipv4::parse("192.168.1.200"), 5555}, privilege};
-    return config;
-}
-
-CameraConfig mute(CameraConfig config) {
-    config.reachable = false;
-    return config;
-}
-
 using Verdict = std::pair<bool, EDeviceAccessiblityInfo>; // accessible, and why not
 
 class Accessibility : public LayerTest {
@@ -45,18 +34,13 @@ protected:
         return *found;
     }
 
-    CameraConfig twin(unsigned number, const char *address) {
-        CameraConfig config = cameraAt(number, address);
-        config.model = "Twin";
-        return config;
-    }
-
     Site site{"nic0",
               "192.168.1.5/24",
-              {cameraAt(1, "192.168.1.21/24"), heldCamera(2, "192.168.1.22/24", GEV_CONTROL_ACCESS),
-               heldCamera(3, "192.168.1.23/24", GEV_EXCLUSIVE_CONTROL_ACCESS), mute(cameraAt(4, "192.168.1.24/24")),
-               cameraAt(5, "172.16.0.9/16"), cameraAt(6, "192.168.1.26/24"), twin(7, "192.168.1.27/24"),
-               twin(8, "192.168.1.28/24")}};
+              {cameraAt(1, "192.168.1.21/24"), cameraAt(2, "192.168.1.22/24", ",held-by=192.168.1.200:5555"),
+               cameraAt(3, "192.168.1.23/24", ",held-by=192.168.1.200:5555 exclusive"),
+               cameraAt(4, "192.168.1.24/24", ",reachable=no"), cameraAt(5, "172.16.0.9/16"),
+               cameraAt(6, "192.168.1.26/24"), cameraAt(7, "192.168.1.27/24", ",model=Twin"),
+               cameraAt(8, "192.168.1.28/24", ",model=Twin")}};
 };
 
 TEST_F(Accessibility, VerdictsAndTheirCauses) {
@@ -152,8 +136,8 @@ TEST_F(Accessibility, AsksByUnicastForAnAddressOfTheCaller) {
 TEST_F(LayerTest, LooksAtHundredCamerasAtOnceOfWhichHalfDoNotAnswer) {
     std::vector<CameraConfig> configs;
     for (unsigned i = 0; i < 100; ++i) {
-        const CameraConfig config = cameraAt(i, "192.168.1." + std::to_string(i + 100) + "/24");
-        configs.push_back(i % 2 == 0 ? config : mute(config));
+        configs.push_back(
+            cameraAt(i, "192.168.1." + std::to_string(i + 100) + "/24", i % 2 == 0 ? "" : ",reachable=no"));
     }
     const Site site("nic0", "192.168.1.5/24", configs);
     const auto start = std::chrono::steady_clock::now();

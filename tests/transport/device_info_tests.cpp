@@ -1,7 +1,6 @@
 #include "Layer.h"
 #include "MinimalCorvoGigETL/tools.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace {

@@ -5,21 +5,14 @@
 
 using namespace Corvo;
 using namespace testnet;
-using camsim::CameraConfig;
 
 namespace {
 
-CameraConfig twin(unsigned number, const char *address) {
-    CameraConfig config = cameraAt(number, address);
-    config.model = "Twin";
-    config.xml = camsim::defaultXml();
-    config.memory = {camsim::defaultFeatureMemory()};
-    return config;
-}
-
 class Devices : public LayerTest {
 protected:
-    Site site{"nic0", "192.168.1.5/24", {twin(21, "192.168.1.21/24"), twin(3, "192.168.1.23/24")}};
+    Site site{"nic0",
+              "192.168.1.5/24",
+              {cameraAt(21, "192.168.1.21/24", ",model=Twin"), cameraAt(3, "192.168.1.23/24", ",model=Twin")}};
     const CDeviceInfo twins = infoWith({{"ModelName", "Twin"}});
 };
 

@@ -86,9 +86,7 @@ TEST_F(DeviceTest, FailedSettingsAreReportedAndStoreNothing) {
 }
 
 TEST_F(DeviceTest, SettingsSurviveALossyLink) {
-    camsim::FaultConfig lossy;
-    lossy.lossFromCamera = 20;
-    cameras.setFaults(lossy);
+    cameras.setFaults(camsim::parseFaults("loss-from-camera=20"));
     Start();
     std::cout << "fault seed " << cameras.seed() << "\n";
     // One transaction in a hundred loses all three attempts, and then the user tries again.
@@ -104,7 +102,7 @@ TEST_F(DeviceTest, SettingsSurviveALossyLink) {
     }
     EXPECT_LT(attempts, 10);
     EXPECT_NE(device->GetNodeMap(), nullptr);
-    cameras.setFaults(camsim::FaultConfig());
+    cameras.setFaults({});
     device->Close();
     cameras.powerCycle(mac);
     EXPECT_TRUE(eventually([&] {

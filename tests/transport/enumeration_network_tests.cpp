@@ -2,11 +2,8 @@
 #include "support/Leaks.h"
 #include "support/Site.h"
 
-#include <algorithm>
-
 using namespace Corvo;
 using namespace testnet;
-using camsim::CameraConfig;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::UnorderedElementsAre;
@@ -21,19 +18,12 @@ std::vector<std::string> seen(const DeviceInfoList &list) {
     return result;
 }
 
-CameraConfig answersTwice(CameraConfig config) {
-    config.broadcastAck = camsim::BroadcastAck::Always;
-    return config;
-}
-
 /// Two adapters; camera 100 stands in a foreign subnet and is cabled to both of them.
 class Enumeration : public LayerTest {
 protected:
-    void addCameras(std::initializer_list<CameraConfig> configs) { first.cameras.addCameras(configs); }
-
     Site first{"nic0",
                "192.168.1.5/24",
-               {answersTwice(cameraAt(21, "192.168.1.20/24")), cameraAt(3, "192.168.1.30/24"),
+               {cameraAt(21, "192.168.1.20/24", ",broadcast-ack=always"), cameraAt(3, "192.168.1.30/24"),
                 cameraAt(100, "172.16.0.9/16")}};
     Site second{"nic1", "10.0.0.7/8", {cameraAt(7, "10.9.8.7/8"), cameraAt(100, "172.16.0.9/16")}};
     DeviceInfoList list;
