@@ -46,7 +46,7 @@ double TimeBuild() {
 void BuildNodeMapBesideBareParse(benchmark::State &state) {
     double parse = 0;
     double build = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         parse += TimeBareParse();
         const double seconds = TimeBuild();
         build += seconds;
@@ -88,7 +88,7 @@ void ReadIntegerThroughThreeLinks(benchmark::State &state, const char *cachable)
     MemoryPort port;
     map._Connect(&port);
     const GenApi::CIntegerPtr feature = map._GetNode("A");
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(feature->GetValue());
 }
 BENCHMARK_CAPTURE(ReadIntegerThroughThreeLinks, uncached, "NoCache");

@@ -25,7 +25,7 @@ const sockaddr *raw(const sockaddr_in &address) { return reinterpret_cast<const 
 
 [[noreturn]] void fail(const char *what) {
     std::perror(what);
-    std::exit(1);
+    std::exit(1); // NOLINT(concurrency-mt-unsafe): whatever other threads do, the process is over
 }
 
 int openSocket(sockaddr_in &address) {

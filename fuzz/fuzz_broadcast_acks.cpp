@@ -23,8 +23,8 @@ constexpr std::size_t DiscoverySize = sizeof(GVCP_DISCOVERY_RESPONSE);
 constexpr std::size_t DescriptionOffset =
     offsetof(GVCP_DISCOVERY_RESPONSE, Info) + offsetof(GEV_DISCOVERY_INFO, Description);
 
-/// The length byte reaches beyond a discovery acknowledge.
-std::size_t Length(std::uint8_t byte) { return byte < 250 ? byte : DiscoverySize + 2 * (byte - 252u); }
+/// The length byte reaches from short datagrams to some that are a little longer than a discovery acknowledge.
+std::size_t Length(std::uint8_t byte) { return byte < 250 ? byte : DiscoverySize + std::size_t{2} * byte - 504; }
 
 Arrival ReadArrival(FuzzInput &input) {
     Arrival arrival;

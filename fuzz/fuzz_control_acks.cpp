@@ -131,7 +131,8 @@ void CheckRead(const ScriptedNetwork &network, GXSTATUS status, const Bytes &dat
 }
 
 GXSTATUS Access(Gx::ControlChannel &channel, unsigned kind, std::size_t count, Bytes &data) {
-    std::vector<std::uint32_t> addresses(count), values(count, 0xA5A5A5A5);
+    std::vector<std::uint32_t> addresses(count);
+    std::vector<std::uint32_t> values(count, 0xA5A5A5A5);
     for (std::size_t i = 0; i < count; ++i)
         addresses[i] = Base + 4 * static_cast<std::uint32_t>(i);
     const auto number = static_cast<std::uint32_t>(count);

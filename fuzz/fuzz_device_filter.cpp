@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     // Not setenv, which keeps every value for ever.
     static std::string variable;
     variable = "CORVO_DEVICE_FILTER=" + std::string(data, data + size);
-    putenv(variable.data());
+    putenv(variable.data()); // NOLINT(concurrency-mt-unsafe): there is one thread
     DeviceInfoList filter;
     const int count = GetDeviceEnumerationFilterFromEnvironment(filter);
     Require(count >= 0 && static_cast<std::size_t>(count) == filter.size(), "the number of entries");

@@ -69,7 +69,8 @@ private:
 };
 
 void CheckUrl(const std::string &url) {
-    String_t name = "before", extension = "before";
+    String_t name = "before";
+    String_t extension = "before";
     unsigned int address = 1;
     std::size_t length = 2;
     if (!SplitLocalUrl(url, name, extension, address, length)) {
@@ -110,7 +111,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
                 "another file than the camera's");
     });
     Try([&] {
-        String_t name, text;
+        String_t name;
+        String_t text;
         XmlFileProviderPrivateImpl().ProvideXmlFile(info, name, text);
         Require(name.empty() && !text.empty(), "a file on this computer, or nothing");
     });

@@ -88,7 +88,8 @@ void Use(INode *node) {
         node->GetChildren(nodes, link);
     FeatureList_t features;
     CSelectorPtr(node)->GetSelectedFeatures(features);
-    gcstring text, attribute;
+    gcstring text;
+    gcstring attribute;
     StringList_t names;
     node->GetPropertyNames(names);
     for (const gcstring &name : names)

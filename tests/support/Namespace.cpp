@@ -60,7 +60,7 @@ void ip(const std::string &arguments) {
         throw std::runtime_error("failed: ip " + arguments);
 }
 
-Namespace::Namespace() : m_Descriptor(-1) {
+Namespace::Namespace() {
     onOwnThread([this] {
         check(unshare(CLONE_NEWNET), "unshare");
         m_Descriptor = open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC);

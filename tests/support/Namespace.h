@@ -27,7 +27,7 @@ public:
     void ip(const std::string &arguments) const;
 
 private:
-    int m_Descriptor;
+    int m_Descriptor = -1;
 };
 
 /// A host adapter: a veth pair whose other end, named "cam", stands in a namespace of its own.

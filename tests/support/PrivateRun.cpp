@@ -14,7 +14,7 @@ int testnet::runInPrivateNetwork(int argc, char **argv, const std::function<int(
     if (failure.empty())
         return run();
     const char *ci = std::getenv("CI");
-    const bool mustRun = ci && std::strcmp(ci, "true") == 0;
+    const bool mustRun = ci != nullptr && std::strcmp(ci, "true") == 0;
     std::fprintf(stderr, "%s: %s\n", mustRun ? "FAILED" : "SKIPPED", failure.c_str());
     return mustRun ? 1 : 77;
 }

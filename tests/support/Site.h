@@ -15,7 +15,7 @@ namespace testnet {
 class Site {
 public:
     /// Starts the cameras; they answer when this returns. \param seed of their faults; 0 draws one.
-    Site(const std::string &name, const std::string &address, const std::vector<camsim::CameraConfig> &cameras,
+    Site(const std::string &name, const std::string &address, const std::vector<camsim::CameraConfig> &configs,
          std::uint64_t seed = 0);
 
     /// Of a camera: "192.168.10.21", or empty while it has none.

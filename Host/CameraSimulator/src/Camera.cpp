@@ -75,7 +75,7 @@ std::string checkedName(const CameraConfig &config) { return "camera " + config.
 
 class Camera::Impl {
 public:
-    Impl(CameraConfig config, TimePoint now);
+    Impl(CameraConfig initial, TimePoint now);
 
     bool hears(Ipv4 destination) const;
     std::vector<Reply> receive(const Request &request, TimePoint now);

@@ -30,12 +30,12 @@ void JobQueue::dispatch(std::function<void()> job) {
 
 void JobQueue::wake() {
     const std::uint64_t one = 1;
-    (void)!write(event_.get(), &one, sizeof one); // fails only when already readable
+    [[maybe_unused]] const auto ignored = write(event_.get(), &one, sizeof one); // fails only when already readable
 }
 
 void JobQueue::runAll() {
     std::uint64_t count = 0;
-    (void)!read(event_.get(), &count, sizeof count); // only to make it unreadable
+    [[maybe_unused]] const auto ignored = read(event_.get(), &count, sizeof count); // only to make it unreadable
     std::deque<std::function<void()>> jobs;
     {
         const std::lock_guard lock(mutex_);

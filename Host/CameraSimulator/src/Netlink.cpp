@@ -55,7 +55,7 @@ void NetlinkMessage::end(std::size_t begun) {
 }
 
 const std::vector<std::uint8_t> &NetlinkMessage::finish(std::uint32_t sequence) {
-    nlmsghdr header;
+    nlmsghdr header{};
     std::memcpy(&header, bytes_.data(), sizeof header);
     header.nlmsg_len = static_cast<std::uint32_t>(bytes_.size());
     header.nlmsg_seq = sequence;

@@ -170,7 +170,7 @@ void RegisterMap::store(std::uint32_t address, const std::uint8_t *bytes, std::s
     const bool found = forEachStretch(
         address, count,
         [this, bytes](const MemoryRegion &region, std::size_t offset, std::size_t done, std::size_t length) {
-            MemoryRegion &target = regions_[static_cast<std::size_t>(&region - &regions_[0])];
+            MemoryRegion &target = regions_[static_cast<std::size_t>(&region - regions_.data())];
             std::memcpy(target.bytes.data() + offset, bytes + done, length);
         });
     if (!found)

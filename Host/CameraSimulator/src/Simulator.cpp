@@ -94,16 +94,16 @@ private:
     void close();
     void loop();
     int pollTimeout() const;
-    void advance(TimePoint now);
-    void receive(const Request &request, TimePoint now);
-    void deliver(Entry &entry, const Request &request, std::uint16_t code, TimePoint now);
+    void advance(TimePoint time);
+    void receive(const Request &request, TimePoint time);
+    void deliver(Entry &entry, const Request &request, std::uint16_t code, TimePoint time);
     void updateAddresses(const std::vector<Entry *> &changed);
     void tryUpdateAddresses(const std::vector<Entry *> &changed);
     void changeAddresses(const std::vector<IpSettings> &gone, const std::vector<IpSettings> &added);
     void disown(Entry &entry);
     void queueReply(Outgoing item);
     void post(Reply reply);
-    void releaseDelayed(TimePoint now);
+    void releaseDelayed(TimePoint time);
     void flush();
 
     std::multimap<Ipv4, Entry *> owners_;

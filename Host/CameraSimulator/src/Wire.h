@@ -46,7 +46,7 @@ inline void append32(std::vector<std::uint8_t> &bytes, std::uint32_t value) {
 /// Copies a wire record out of a datagram whose size the caller has checked; alignment does not matter.
 template <typename Record> Record loadRecord(const std::uint8_t *bytes) {
     static_assert(std::is_trivially_copyable_v<Record>);
-    Record record;
+    Record record{};
     std::memcpy(&record, bytes, sizeof record);
     return record;
 }
@@ -69,7 +69,7 @@ inline std::vector<std::uint8_t> makeAck(std::uint16_t command, std::uint16_t id
                                          const std::vector<std::uint8_t> &payload = {}) {
     if (payload.size() > 0xFFFF)
         throw std::length_error("GVCP payload of more than 65535 bytes");
-    GVCP_RESPONSE_HEADER header;
+    GVCP_RESPONSE_HEADER header{};
     header.Status = htons(static_cast<std::uint16_t>(status));
     header.Acknowledge = htons(static_cast<std::uint16_t>(command + 1));
     header.Length = htons(static_cast<std::uint16_t>(payload.size()));

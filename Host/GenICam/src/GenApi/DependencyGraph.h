@@ -5,9 +5,9 @@
 namespace GenApi {
 
 struct SDependent {
-    int32_t node;
+    int32_t node = NoNode;
     /// What the node keeps in its cache is not true any more. False when only the register it reads is another one.
-    bool isStale;
+    bool isStale = false;
     /// A selector that changed names the node, or it stands behind such a node.
     bool isSelected = false;
 };

@@ -48,7 +48,7 @@ private:
         return (mixed + 131u * name.size()) % m_slots.size();
     }
 
-    std::array<EProperty, 512> m_slots;
+    std::array<EProperty, 512> m_slots{};
 };
 
 } // namespace

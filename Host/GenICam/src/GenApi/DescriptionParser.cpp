@@ -164,7 +164,7 @@ void CDescriptionParser::ParseProperty(pugi::xml_node element, EProperty id) {
         break;
     }
     AddProperty(property);
-    if (id == EProperty::pIndex && element.attribute("pOffset"))
+    if (id == EProperty::pIndex && !element.attribute("pOffset").empty())
         AddProperty({EProperty::pOffset, NoNode, Attribute(element, "pOffset"), {}});
 }
 

@@ -29,7 +29,7 @@ template <class Number> std::optional<Number> ImageOf(CFormulaSet &formulas, Num
     if (targetLimit <= static_cast<Number>(Range::min()) || targetLimit >= static_cast<Number>(Range::max()))
         return std::nullopt;
     try {
-        const Number image = formulas.Evaluate<Number>(EProperty::FormulaFrom, false, targetLimit);
+        const auto image = formulas.Evaluate<Number>(EProperty::FormulaFrom, false, targetLimit);
         return std::isfinite(static_cast<double>(image)) ? std::optional(image) : std::nullopt;
     } catch (const GenICam::RuntimeException &) {
         return std::nullopt;

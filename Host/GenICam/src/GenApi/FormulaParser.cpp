@@ -10,7 +10,7 @@ namespace GenApi {
 
 namespace {
 
-constexpr std::size_t maxFormulaLength = 64 * 1024;
+constexpr std::size_t maxFormulaLength = std::size_t{64} * 1024;
 // Each level costs a few stack frames while parsing.
 constexpr unsigned maxFormulaDepth = 1000;
 

@@ -16,14 +16,14 @@ namespace {
 constexpr zip_int64_t maxEntries = 64;
 // Descriptions shrink to a tenth; deflate could pack a thousand times as much.
 constexpr std::size_t maxRatio = 250;
-constexpr std::size_t chunkSize = 64 * 1024;
+constexpr std::size_t chunkSize = std::size_t{64} * 1024;
 
 struct SErrorText {
     SErrorText() { zip_error_init(&error); }
     ~SErrorText() { zip_error_fini(&error); }
     SErrorText(const SErrorText &) = delete;
     SErrorText &operator=(const SErrorText &) = delete;
-    zip_error_t error;
+    zip_error_t error{};
 };
 
 struct SDiscard {

@@ -20,7 +20,7 @@ namespace GenICam {
 
 namespace {
 
-constexpr std::int64_t TRACE_FILE_MAX_BYTES = 5 * 1024 * 1024;
+constexpr std::int64_t TRACE_FILE_MAX_BYTES = std::int64_t{5} * 1024 * 1024;
 
 /// log4cpp's own rolling appender loses lines when two processes share the file. log4cpp serialises the calls.
 class SharedFileAppender : public log4cpp::LayoutAppender {

@@ -4,8 +4,7 @@
 
 #include <pthread.h>
 
-namespace GxImp {
-namespace Posix {
+namespace GxImp::Posix {
 
 void CAsyncCallback::Queue() noexcept {
     pthread_attr_t attributes;
@@ -21,5 +20,4 @@ void *CAsyncCallback::ThreadProcedure(void *self) noexcept {
     return nullptr;
 }
 
-} // namespace Posix
-} // namespace GxImp
+} // namespace GxImp::Posix

@@ -1,7 +1,6 @@
 #pragma once
 
-namespace GxImp {
-namespace Posix {
+namespace GxImp::Posix {
 
 /// Delivers one notification per Queue on a new detached thread. The caller of Queue makes sure, by a reference on the
 /// owner, that the object lives until Deliver has run.
@@ -18,5 +17,4 @@ private:
     static void *ThreadProcedure(void *self) noexcept;
 };
 
-} // namespace Posix
-} // namespace GxImp
+} // namespace GxImp::Posix

@@ -63,7 +63,7 @@ private:
 
     struct AdapterTable {
         std::size_t Count = 0;
-        std::array<_GX_SOCKET_INTERFACE_INFO, MaxAdapters> Rows;
+        std::array<_GX_SOCKET_INTERFACE_INFO, MaxAdapters> Rows{};
     };
 
     CBroadcastSocketCollection() noexcept = default;

@@ -23,7 +23,7 @@ public:
     const char *c_str() const noexcept { return m_Text; }
 
 private:
-    char m_Buffer[128];
+    char m_Buffer[128] = "";
     const char *m_Text;
 };
 

@@ -20,7 +20,7 @@ sockaddr_in MakeAddress(in_addr_t networkOrderAddress, std::uint16_t hostOrderPo
     return address;
 }
 
-bool IsIPv4(const sockaddr *address) noexcept { return address && address->sa_family == AF_INET; }
+bool IsIPv4(const sockaddr *address) noexcept { return address != nullptr && address->sa_family == AF_INET; }
 
 sockaddr_in DeviceAddress(const sockaddr *address) noexcept {
     sockaddr_in device = *reinterpret_cast<const sockaddr_in *>(address);

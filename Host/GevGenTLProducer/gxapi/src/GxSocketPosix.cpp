@@ -122,7 +122,7 @@ GXSTATUS GxSocketRecvFrom(SOCKET socket, const GXBUF *buffers, std::size_t count
 namespace {
 
 bool IsUsableEntry(const ifaddrs &entry) noexcept {
-    return entry.ifa_netmask && entry.ifa_broadaddr && GxImp::IsIPv4(entry.ifa_addr);
+    return entry.ifa_netmask != nullptr && entry.ifa_broadaddr != nullptr && GxImp::IsIPv4(entry.ifa_addr);
 }
 
 const sockaddr_in &AsIPv4(const sockaddr *address) noexcept { return *reinterpret_cast<const sockaddr_in *>(address); }

@@ -7,8 +7,7 @@
 #include <cerrno>
 #include <sys/time.h>
 
-namespace GxImp {
-namespace Posix {
+namespace GxImp::Posix {
 
 CRetriggerableTimer::CRetriggerableTimer() noexcept : m_Thread(*this) {}
 
@@ -69,5 +68,4 @@ std::uint32_t CRetriggerableTimer::CTimerThread::Run() noexcept {
     return 0;
 }
 
-} // namespace Posix
-} // namespace GxImp
+} // namespace GxImp::Posix

@@ -4,8 +4,7 @@
 
 #include <atomic>
 
-namespace GxImp {
-namespace Posix {
+namespace GxImp::Posix {
 
 /// Periodic timer whose running period can be restarted.
 ///
@@ -55,5 +54,4 @@ private:
     CTimerThread m_Thread;
 };
 
-} // namespace Posix
-} // namespace GxImp
+} // namespace GxImp::Posix

@@ -6,8 +6,7 @@
 #include <cerrno>
 #include <ctime>
 
-namespace GxImp {
-namespace Posix {
+namespace GxImp::Posix {
 
 CCriticalSection::CCriticalSection(Kind kind) noexcept {
     pthread_mutexattr_t attributes;
@@ -65,8 +64,7 @@ GXSTATUS CThread::Join(std::uint32_t *pExitCode, std::uint32_t timeout_ms) noexc
 
 void *CThread::ThreadProcedure(void *self) noexcept {
     const std::uint32_t exitCode = static_cast<CThread *>(self)->Run();
-    return reinterpret_cast<void *>(static_cast<std::uintptr_t>(exitCode));
+    return reinterpret_cast<void *>(std::uintptr_t{exitCode}); // NOLINT(performance-no-int-to-ptr): carries a number
 }
 
-} // namespace Posix
-} // namespace GxImp
+} // namespace GxImp::Posix

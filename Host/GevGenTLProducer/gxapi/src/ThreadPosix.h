@@ -4,8 +4,7 @@
 
 #include <pthread.h>
 
-namespace GxImp {
-namespace Posix {
+namespace GxImp::Posix {
 
 /// Mutex. A failing operation is a programming error and ends the process.
 class CCriticalSection {
@@ -23,7 +22,7 @@ public:
     pthread_mutex_t *GetMutex() noexcept { return &m_Mutex; }
 
 private:
-    pthread_mutex_t m_Mutex;
+    pthread_mutex_t m_Mutex{};
 };
 
 /// Holds a critical section for the time of a scope.
@@ -66,5 +65,4 @@ private:
     bool m_Started = false;
 };
 
-} // namespace Posix
-} // namespace GxImp
+} // namespace GxImp::Posix

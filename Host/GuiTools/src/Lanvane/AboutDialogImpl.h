@@ -16,7 +16,7 @@ public:
 private:
     void UpdateLabel();
 
-    Ui_AboutDialog m_ui;
+    Ui_AboutDialog m_ui{};
     QString m_labelTemplate; ///< the label's text as the form has it, with the places to fill in
     QString m_productVersion;
     QString m_copyrightTimeRange = QStringLiteral("2019");

@@ -40,7 +40,7 @@ QString buildSuffix() {
     return suffix;
 }
 
-MainWnd::MainWnd(QWidget *parent, Qt::WindowFlags flags) : QMainWindow(parent, flags), m_IpConfigWidget(nullptr) {
+MainWnd::MainWnd(QWidget *parent, Qt::WindowFlags flags) : QMainWindow(parent, flags), Ui_MainWnd() {
     setupUi(this);
     m_IpConfigWidget = new IpConfigurationWidget(this);
     setCentralWidget(m_IpConfigWidget);

@@ -22,7 +22,7 @@ private slots:
 private:
     void restoreGeometryFromSettings();
 
-    IpConfigurationWidget *m_IpConfigWidget;
+    IpConfigurationWidget *m_IpConfigWidget = nullptr;
 };
 
 /// " 64-Bit", for the window's title and the version.

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr QLatin1String NO_ADDRESS("0.0.0.0");
+const QLatin1String NO_ADDRESS("0.0.0.0");
 
 void applyFixup(QLineEdit *edit) {
     QString text = edit->text();

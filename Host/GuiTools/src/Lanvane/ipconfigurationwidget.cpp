@@ -356,7 +356,7 @@ QTreeWidgetItem *IpConfigurationWidget::findAdapterTreeItem(const QString &name)
             QTreeWidgetItem *item = ui->deviceTree->topLevelItem(i);
             const CNetworkAdapter *adapter =
                 item->type() == AdapterRow ? GetNetworkAdapterFromItemIndex(indexOf(item)) : nullptr;
-            if (adapter && adapter->name() == part)
+            if (adapter != nullptr && adapter->name() == part)
                 return item;
         }
     }
@@ -499,7 +499,7 @@ void IpConfigurationWidget::checkModeButton(const OptionalDevice &device) {
     for (QRadioButton *button : buttons)
         button->setAutoExclusive(false); // else one could not be unchecked
     for (QRadioButton *button : buttons)
-        button->setChecked(button == chosen);
+        button->setChecked(button == chosen); // NOLINT(clang-analyzer-core.CallAndMessage): the list holds no null
     for (QRadioButton *button : buttons)
         button->setAutoExclusive(true);
 }

@@ -17,7 +17,7 @@ using GEV_STATUS = std::uint16_t;
 
 enum : GXSTATUS {
     GX_SUCCESS = 0,
-#define GX_STATUS(code, name, text) name = code,
+#define GX_STATUS(code, name, text) name = code, // NOLINT(bugprone-macro-parentheses): an enumerator takes none
 #include "gxapi/GxStatusTable.inc"
 #undef GX_STATUS
 };
@@ -32,6 +32,6 @@ constexpr bool GxFailed(GXSTATUS status) { return status >> 30 == 3; }
 [[nodiscard]] GEV_STATUS GevStatusFromGx(GXSTATUS status) noexcept;
 
 /// Status of facility 0x102 for an errno value, which must fit in 16 bits (asserted).
-[[nodiscard]] GXSTATUS GxStatusFromErrno(int error) noexcept;
+[[nodiscard]] GXSTATUS GxStatusFromErrno(int Errno) noexcept;
 /// The same for the error of a socket operation.
 [[nodiscard]] GXSTATUS GxStatusFromSocket(int error) noexcept;

@@ -5,8 +5,7 @@
 
 #include <cstdint>
 
-namespace Gx {
-namespace Trace {
+namespace Gx::Trace {
 
 /// Areas; a bit mask selects which are traced.
 enum Flags : std::uint32_t {
@@ -27,5 +26,4 @@ using Sink = void (*)(void *context, std::uint32_t flag, std::uint32_t level, co
 /// more. Without a sink a trace costs one branch.
 void SetSink(Sink sink, void *context, std::uint32_t flags, std::uint32_t level) noexcept;
 
-} // namespace Trace
-} // namespace Gx
+} // namespace Gx::Trace

@@ -80,6 +80,7 @@ void CorvoTerminate(bool shutDownLogging) {
 
 void SetTerminationHandler(void (*handler)() noexcept) { terminationHandler = handler; }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): they are written through a copy
 void GetCorvoVersion(unsigned int *major, unsigned int *minor, unsigned int *subminor, unsigned int *build) {
     const unsigned int *part = VERSION;
     for (unsigned int *target : {major, minor, subminor, build}) {

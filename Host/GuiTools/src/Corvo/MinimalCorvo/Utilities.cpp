@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace Corvo {
@@ -231,7 +232,8 @@ void textFileToString(const String_t &fileName, String_t &text) {
     if (file.is_open())
         file.peek(); // a folder can be opened, but not read
     if (!file.is_open() || file.bad())
-        throw RUNTIME_EXCEPTION("Failed to open file '%s': %s", fileName.c_str(), std::strerror(errno));
+        throw RUNTIME_EXCEPTION("Failed to open file '%s': %s", fileName.c_str(),
+                                std::generic_category().message(errno).c_str());
     text = std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
 

@@ -39,7 +39,7 @@ MacBytes MacFromString(const String_t &text) {
 }
 
 sockaddr AddressFromString(const String_t &text) {
-    sockaddr address;
+    sockaddr address{};
     stoa(text, address);
     return address;
 }

@@ -80,7 +80,7 @@ CTlFactory::CTlFactory() {
 
 CTlFactory &CTlFactory::GetInstance() {
     // Never destroyed: without CorvoTerminate, threads of devices may still run while the process exits.
-    static CTlFactory *const pInstance = new CTlFactory;
+    static auto *const pInstance = new CTlFactory;
     return *pInstance;
 }
 

@@ -57,7 +57,7 @@ public:
 
 private:
     struct TlEntry {
-        const CTlLibHelper *pLibrary;
+        const CTlLibHelper *pLibrary = nullptr;
         int references = 0;         ///< held by the application and, for the length of a call, by this factory
         int implicitReferences = 0; ///< one for each existing device
     };

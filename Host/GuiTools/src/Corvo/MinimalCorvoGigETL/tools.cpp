@@ -35,13 +35,13 @@ CTlInfo MakeGigETlInfo() {
 } // namespace
 
 sockaddr AsSockaddr(const sockaddr_in &address) {
-    sockaddr result;
+    sockaddr result{};
     std::memcpy(&result, &address, sizeof result);
     return result;
 }
 
 sockaddr_in AsSockaddrIn(const sockaddr &address) {
-    sockaddr_in result;
+    sockaddr_in result{};
     std::memcpy(&result, &address, sizeof result);
     return result;
 }
@@ -81,7 +81,7 @@ std::string copyWithMaxLen(const char *field, std::size_t maxLength) {
 }
 
 void NtohlBlockInPlace(void *block, std::size_t size) {
-    std::uint32_t word;
+    std::uint32_t word = 0;
     assert(size % sizeof word == 0);
     auto *bytes = static_cast<unsigned char *>(block);
     for (std::size_t offset = 0; offset < size; offset += sizeof word) {
@@ -92,7 +92,7 @@ void NtohlBlockInPlace(void *block, std::size_t size) {
 }
 
 sockaddr Address(const CQuorelGigEDeviceInfo &info) {
-    sockaddr address;
+    sockaddr address{};
     if (info.IsAddressAvailable()) {
         stoa(info.GetAddress(), address);
         return address;
@@ -109,7 +109,7 @@ sockaddr_in Address_in(const CQuorelGigEDeviceInfo &info) {
 }
 
 sockaddr Interface(const CQuorelGigEDeviceInfo &info) {
-    sockaddr address;
+    sockaddr address{};
     stoa(info.GetInterface(), address);
     return address;
 }

@@ -28,7 +28,7 @@ public:
 
     /// One queued report.
     struct AsyncErrorEntry {
-        ErrorSeverity m_severity;
+        ErrorSeverity m_severity = ErrorSeverity_Error;
         QString m_strText;
         QString m_strAddlText;
         QString m_source;           ///< what reports it
