@@ -140,7 +140,7 @@ TEST(Filter, FromTheEnvironment) {
         {"A=1&&A=2", "A:2,;"},
         {"none || =v || k= || \t && B = b = c && x ||", "B:b = c,;"},
         {"A=one|two&three", "A:one|two&three,;"},
-        {"A=1 && IpAddress=192.168.1.* || SubnetMask=/24", "A:1,;"},
+        {"A=1 && IpAddress=192.168.1.*", "A:1,IpAddress:192.168.1.*,;"},
         {"||", ""},
         {"  ", ""},
         {"", ""},

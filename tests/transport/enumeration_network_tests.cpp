@@ -71,7 +71,8 @@ TEST_F(Enumeration, Filters) {
 }
 
 TEST_F(Enumeration, FilterOfTheEnvironmentComesFirst) {
-    setenv("CORVO_DEVICE_FILTER", "SerialNumber=21 || SerialNumber=7", 1);
+    // No camera has an address that is none.
+    setenv("CORVO_DEVICE_FILTER", "SerialNumber=21 || SerialNumber=7 || SerialNumber=3 && IpAddress=192.168.1.*", 1);
     EXPECT_EQ(2, layer().EnumerateDevices(list));
     EXPECT_THAT(seen(list), ElementsAre("7@10.0.0.7", "21@192.168.1.5"));
     DeviceInfoList filter = listOf(infoWith({{"SerialNumber", "3"}}));

@@ -18,10 +18,14 @@ constexpr int MaxBurst = 64;
 /// How long datagrams may keep a collection from falling quiet, beyond its timeout: a flood shall not hold its caller.
 constexpr std::uint32_t MaxUnrest_ms = 5000;
 
+/// True for the row that receives what is sent to the limited broadcast address. It is the first one, if any.
+bool IsDedicated(const _GX_SOCKET_INTERFACE_INFO &info) noexcept {
+    return info.InterfaceAddrIn.sin_addr.s_addr == htonl(INADDR_BROADCAST);
+}
+
 /// True for a row whose socket is not bound to one adapter's address.
 bool IsShared(const _GX_SOCKET_INTERFACE_INFO &info) noexcept {
-    const in_addr_t address = info.InterfaceAddrIn.sin_addr.s_addr;
-    return address == htonl(INADDR_ANY) || address == htonl(INADDR_BROADCAST);
+    return info.InterfaceAddrIn.sin_addr.s_addr == htonl(INADDR_ANY) || IsDedicated(info);
 }
 
 } // namespace
@@ -147,11 +151,12 @@ void CCollector::HandleRow(const Rows &rows, std::size_t row) noexcept {
 }
 
 void CCollector::HandleSharedRow(const Rows &rows, std::size_t row, const Arrival &arrival) noexcept {
-    const bool isDedicated = rows.infos[row].InterfaceAddrIn.sin_addr.s_addr == htonl(INADDR_BROADCAST);
-    // A limited broadcast reaches the wildcard row too; the dedicated row reports it.
+    const bool isDedicated = IsDedicated(rows.infos[row]);
     const bool isBroadcast = arrival.info.ipi_addr.s_addr == htonl(INADDR_BROADCAST);
+    // A limited broadcast reaches the wildcard row too; the dedicated row, where there is one, reports it.
+    const bool isOther = isDedicated ? !isBroadcast : isBroadcast && IsDedicated(rows.infos[0]);
     const _GX_SOCKET_INTERFACE_INFO *adapter = FindAdapter(rows.infos, rows.count, arrival);
-    if (isBroadcast != isDedicated || (isDedicated && !adapter))
+    if (isOther || (isDedicated && !adapter))
         DropDatagram(rows.sockets[row]);
     else
         CallOnReady(rows, row, adapter ? *adapter : UnlistedAdapter(arrival));

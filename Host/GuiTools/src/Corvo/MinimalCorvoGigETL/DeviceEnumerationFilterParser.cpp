@@ -1,23 +1,8 @@
 #include "MinimalCorvoGigETL/DeviceEnumerationFilterParser.h"
 
-#include "Base/GCException.h"
 #include "MinimalCorvo/Utilities.h"
-#include "MinimalCorvoGigETL/GigEPropertyValueComparer.h"
 
 namespace Corvo {
-
-namespace {
-
-/// A malformed address would fail every comparison with a camera, and with it every enumeration.
-bool IsComparable(const String_t &key, const String_t &value) {
-    try {
-        return GigEPropertyValueComparer().PropertyValuesAreEqual(key, value, value);
-    } catch (const GenICam::RuntimeException &) {
-        return false;
-    }
-}
-
-} // namespace
 
 int GetDeviceEnumerationFilterFromEnvironment(DeviceInfoList &filter) {
     filter.clear();
@@ -40,8 +25,7 @@ int ParseOneEntryFromString(const char *text, CDeviceInfo &info) {
     for (std::size_t i = 0; extractSubString(text, "&&", i, piece); ++i) {
         String_t key;
         String_t value;
-        if (!getKeyAndValueFromString(piece, NO_DELIMITER, 0, &key, &value) || key.empty() || value.empty() ||
-            !IsComparable(key, value))
+        if (!getKeyAndValueFromString(piece, NO_DELIMITER, 0, &key, &value) || key.empty() || value.empty())
             continue;
         info.SetPropertyValue(key, value);
         ++count;

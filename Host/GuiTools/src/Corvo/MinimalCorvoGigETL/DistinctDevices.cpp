@@ -6,10 +6,17 @@ namespace Corvo {
 
 namespace {
 
-std::string MacOf(const CDeviceInfo &info) {
-    String_t mac;
-    info.GetPropertyValue("MacAddress", mac);
-    return mac.c_str();
+/// The visible properties. Whoever forges acknowledges can make all but one of them alike.
+std::string ContentOf(const CDeviceInfo &info) {
+    StringList_t names;
+    info.GetPropertyNames(names);
+    std::string content;
+    for (const String_t &name : names) {
+        String_t value;
+        info.GetPropertyValue(name, value);
+        content.append(name.c_str()).append(1, '=').append(value.c_str()).append(1, '\n');
+    }
+    return content;
 }
 
 } // namespace
@@ -20,7 +27,7 @@ CDistinctDevices::CDistinctDevices(DeviceInfoList &list) : m_list(list) {
 }
 
 bool CDistinctDevices::Add(const CDeviceInfo &info) {
-    const auto [begin, end] = m_indicesByMac.equal_range(MacOf(info));
+    const auto [begin, end] = m_indicesByContent.equal_range(ContentOf(info));
     if (std::any_of(begin, end, [&](const auto &entry) { return m_list[entry.second] == info; }))
         return false;
     m_list.push_back(info);
@@ -28,6 +35,6 @@ bool CDistinctDevices::Add(const CDeviceInfo &info) {
     return true;
 }
 
-void CDistinctDevices::Remember(std::size_t index) { m_indicesByMac.emplace(MacOf(m_list[index]), index); }
+void CDistinctDevices::Remember(std::size_t index) { m_indicesByContent.emplace(ContentOf(m_list[index]), index); }
 
 } // namespace Corvo

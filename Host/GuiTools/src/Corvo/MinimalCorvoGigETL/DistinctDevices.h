@@ -7,7 +7,8 @@
 
 namespace Corvo {
 
-/// Fills a list with infos, each equal one once. Compares only infos of one MAC, so that thousands are no burden.
+/// Fills a list with infos, each equal one once. Compares only infos of the same content, so that thousands are no
+/// burden.
 /// Nobody else may change the list meanwhile.
 class CDistinctDevices {
 public:
@@ -21,7 +22,7 @@ private:
     void Remember(std::size_t index);
 
     DeviceInfoList &m_list;
-    std::unordered_multimap<std::string, std::size_t> m_indicesByMac;
+    std::unordered_multimap<std::string, std::size_t> m_indicesByContent;
 };
 
 } // namespace Corvo

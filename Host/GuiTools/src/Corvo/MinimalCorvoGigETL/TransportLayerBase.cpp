@@ -1,5 +1,6 @@
 #include "MinimalCorvoGigETL/TransportLayerBase.h"
 
+#include "Base/GCException.h"
 #include "MinimalCorvo/Utilities.h"
 #include "MinimalCorvoGigETL/IGigETransportLayer.h"
 #include "MinimalCorvoGigETL/TlFactory.h"
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <iterator>
 
 namespace Corvo {
 
@@ -60,7 +62,20 @@ template <class Interface> int CTransportLayerBase<Interface>::EnumerateUnfilter
         return InternalEnumerateDevices(list);
     DeviceInfoList found;
     InternalEnumerateDevices(found);
-    return InternalApplyFilter(found, *pGlobalFilter, list);
+    DeviceInfoList filter;
+    std::copy_if(pGlobalFilter->begin(), pGlobalFilter->end(), std::back_inserter(filter),
+                 [this](const CDeviceInfo &entry) { return IsComparable(entry); });
+    return InternalApplyFilter(found, filter, list);
+}
+
+/// An entry of the environment with a malformed address matches no device; it shall not hinder the others.
+template <class Interface> bool CTransportLayerBase<Interface>::IsComparable(const CDeviceInfo &entry) const {
+    try {
+        return InternalIsSubset(entry, entry);
+    } catch (const GenICam::RuntimeException &error) {
+        tracelog::LogTrace(TraceCategory(), tracelog::lvWarning, "Device filter: %s", error.GetDescription());
+        return false;
+    }
 }
 
 template <class Interface>

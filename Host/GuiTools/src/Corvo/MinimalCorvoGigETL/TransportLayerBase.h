@@ -62,6 +62,7 @@ protected:
 
 private:
     int EnumerateUnfiltered(DeviceInfoList &list);
+    bool IsComparable(const CDeviceInfo &entry) const;
     int EnumerateFiltered(DeviceInfoList &list, const DeviceInfoList &filter);
     void CheckDeviceClass(const CDeviceInfo &info) const;
     ICorvoDevice *MakeDevice(const CDeviceInfo &info, const StringList_t &options, bool firstOnly);
