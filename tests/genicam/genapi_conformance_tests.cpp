@@ -140,11 +140,13 @@ const Case cases[] = {
      "<Sign>Signed</Sign><Endianess>BigEndian</Endianess></IntReg>"
      "<IntReg Name='U8'><Address>0x200</Address><Length>8</Length>" REG "<Endianess>BigEndian</Endianess></IntReg>"
      "<IntReg Name='L9'><Address>0x100</Address><Length>9</Length>" REG "</IntReg>"
+     "<Integer Name='Wide'><pValue>S1</pValue><Min>-9999</Min><Max>9999</Max></Integer>"
      "<IntReg Name='RdOnly'><Address>0x100</Address><Length>4</Length>" PORT "</IntReg>",
      "100 000001fe 200 ffffffffffffffff",
      "B4 -> 510, L4 -> 4261478400, S1 -> -2, B3 -> 510, U8 -> -1, port -> r100:4 r100:4 r103:1 r101:3 r200:8, "
      "B3=-2, port -> w101:fffffe, B4 -> 16777214, L4=258, port -> r100:4 w100:02010000, "
      "S1=128 -> OutOfRangeException, S1=-128, U8=-2, port -> w103:80 w200:fffffffffffffffe, S1.min -> -128, "
+     "Wide=256 -> OutOfRangeException, Wide=-129 -> OutOfRangeException, port -> , "
      "B3.max -> 8388607, B4.max -> 4294967295, L9 -> RuntimeException, RdOnly=1 -> AccessException"},
     {"MasksCountFromTheMostSignificantBitInBigEndian",
      "<MaskedIntReg Name='BeHigh'><Address>0</Address><Length>4</Length><LSB>7</LSB><MSB>0</MSB>" REG

@@ -272,7 +272,7 @@ std::string_view CDescriptionParser::TextOf(pugi::xml_node element) {
 }
 
 void CDescriptionParser::SkipUnknown(pugi::xml_node element) {
-    if (m_skippedNames.insert(element.name()).second)
+    if (m_skippedNames.size() < MaxTracedFindings && m_skippedNames.insert(element.name()).second)
         TraceInfo("Camera description: element '%s' (name '%s') is unknown or incomplete and is skipped",
                   element.name(), element.attribute("Name").value());
 }

@@ -44,9 +44,23 @@ int64_t CIntRegNode::DoReadInteger(bool ignoreCache) const {
     return static_cast<int64_t>(isNegative ? value | ~field.Mask() : value);
 }
 
+namespace {
+
+/// Whether the value can be stored as a number with or without sign.
+bool Fits(int64_t value, unsigned width) {
+    if (width == 64)
+        return true;
+    return value < 0 ? value >> (width - 1) == -1 : value >> width == 0;
+}
+
+} // namespace
+
 /// The other bits keep their value. Those of a register that cannot be read become zero.
 void CIntRegNode::DoWriteInteger(int64_t value) {
     const SField field = Field();
+    if (!Fits(value, field.width))
+        throw OUT_OF_RANGE_EXCEPTION("Node '%s': %lld does not fit into %u bits", NameText(),
+                                     static_cast<long long>(value), field.width);
     const uint64_t mask = field.Mask() << field.shift;
     const bool hasOtherBits = field.width < 8 * field.registerLength;
     const uint64_t others = hasOtherBits && IsRawReadable() ? ReadRaw(field.registerLength, false) & ~mask : 0;

@@ -8,9 +8,6 @@ namespace GenApi {
 
 namespace {
 
-/// A file may be wrong throughout; the first few findings tell enough.
-constexpr unsigned maxTracedFindings = 20;
-
 void CopyVersion(const uint16_t (&from)[3], Version_t &to) {
     to.Major = from[0];
     to.Minor = from[1];
@@ -45,14 +42,14 @@ void CNodeMapImpl::LinkReferences() {
     m_names.reserve(m_description->nodes.size());
     for (std::size_t i = 0; i < m_description->nodes.size(); ++i) {
         const std::string_view name = m_description->nodes[i].name;
-        if (!m_names.emplace(name, static_cast<int32_t>(i)).second && findings++ < maxTracedFindings)
+        if (!m_names.emplace(name, static_cast<int32_t>(i)).second && findings++ < MaxTracedFindings)
             TraceWarning("Camera description: node '%s' is there twice, the first counts", name.data());
     }
     for (SNodeDescription &node : m_description->nodes)
         for (uint32_t p = node.firstProperty; p < node.firstProperty + node.propertyCount; ++p)
             if (!Link(m_description->properties[p])) {
                 node.isBroken = node.isBroken || IsEssential(RelationOf(m_description->properties[p].id));
-                if (findings++ < maxTracedFindings)
+                if (findings++ < MaxTracedFindings)
                     TraceUnresolved(node, m_description->properties[p]);
             }
 }
