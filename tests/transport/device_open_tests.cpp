@@ -87,20 +87,6 @@ TEST_F(DeviceTest, HeldAndSilentCamerasCannotBeOpened) {
     device->Open(Control);
 }
 
-/// Whether the heartbeat feature is there says a register that the camera does not have.
-TEST_F(DeviceTest, FailureHalfwayThroughOpeningLeavesTheDeviceClosed) {
-    Start(WithXml(Document("<IntReg Name='GevHeartbeatTimeout'><pIsImplemented>Flag</pIsImplemented><Address>0x938"
-                           "</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>"
-                           "<IntReg Name='Flag'><Address>0xF0000000</Address><Length>4</Length><AccessMode>RO"
-                           "</AccessMode><pPort>Device</pPort></IntReg>")));
-    for (const EDeviceAccessMode mode : {Stream, Control}) { // the second time with callbacks of the first, if any stay
-        EXPECT_THAT(thrownBy([&] { device->Open(mode); }), HasSubstr("memory at 0xf0000000, 0x4 bytes. "));
-        EXPECT_FALSE(device->IsOpen());
-        EXPECT_EQ(Parameter("WriteTimeout")->GetAccessMode(), GenApi::RW);
-        EXPECT_EQ(Privilege(), 0u);
-    }
-}
-
 TEST_F(DeviceTest, ReportsAMissingPortAfterClosing) {
     Start(WithXml(Document("", "Other")));
     device->Open(Control);
@@ -134,6 +120,19 @@ TEST_F(DeviceTest, HeartbeatTimeoutsFollowEachOther) {
     Parameter("HeartbeatTimeout")->SetValue(6000);
     device->Open(Control);
     expect(6000);
+}
+
+/// The camera never waits longer than 900 ms.
+TEST_F(DeviceTest, ACoercedHeartbeatTimeoutReachesTheChannel) {
+    Start(WithXml(Document("<IntConverter Name='GevHeartbeatTimeout'><FormulaTo>FROM &gt; 900 ? 900 : FROM</FormulaTo>"
+                           "<FormulaFrom>TO</FormulaFrom><pValue>Timeout</pValue></IntConverter>"
+                           "<IntReg Name='Timeout'><Address>0x938</Address><Length>4</Length><AccessMode>RW"
+                           "</AccessMode><pPort>Device</pPort><Cachable>NoCache</Cachable></IntReg>")));
+    device->Open(Control);
+    Parameter("HeartbeatTimeout")->SetValue(60000);
+    EXPECT_EQ(Parameter("HeartbeatTimeout")->GetValue(), 900);
+    cameras.clearRequests();
+    EXPECT_TRUE(eventually([this] { return !cameras.requests().empty(); })); // a heartbeat
 }
 
 TEST_F(DeviceTest, ParametersReachTheChannel) {

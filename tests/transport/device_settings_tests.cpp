@@ -9,9 +9,10 @@ using namespace Corvo;
 namespace {
 
 /// The features stand elsewhere than the registers of the standard, so that the way of a setting shows.
-std::string IntReg(const char *name, const char *address, const char *mode = "RW") {
+std::string IntReg(const char *name, const char *address, const char *mode = "RW", const char *more = "") {
     return std::string("<IntReg Name='") + name + "'><Address>" + address + "</Address><Length>4</Length><AccessMode>" +
-           mode + "</AccessMode><pPort>Device</pPort><Sign>Unsigned</Sign><Endianess>BigEndian</Endianess></IntReg>";
+           mode + "</AccessMode><pPort>Device</pPort><Sign>Unsigned</Sign><Endianess>BigEndian</Endianess>" + more +
+           "</IntReg>";
 }
 
 TEST_F(DeviceTest, SettingsGoByFeatureOrRegister) {
@@ -19,6 +20,11 @@ TEST_F(DeviceTest, SettingsGoByFeatureOrRegister) {
                              IntReg("GevPersistentIPAddress", "0xA004") + IntReg("GevPersistentSubnetMask", "0xA008");
     const std::string all = Document(most + IntReg("GevPersistentDefaultGateway", "0xA00C"));
     const std::string readOnlyGateway = Document(most + IntReg("GevPersistentDefaultGateway", "0xA00C", "RO"));
+    // Whether they are there says a register that the camera refuses.
+    const char *const maybe = "<pIsImplemented>Flag</pIsImplemented>";
+    const std::string unknown =
+        Document(IntReg("Flag", "0xF0000000") + IntReg("GevHeartbeatTimeout", "0x938", "RW", maybe) +
+                 IntReg("GevCurrentIPConfiguration", "0xA000", "RW", maybe));
     const std::string modeFeature = "82 0000a00000000007", modeRegister = "82 0000001400000007";
     const std::string registers = "82 0000064c7f00002a0000065cffff00000000066c7f000001";
     const struct {
@@ -29,6 +35,7 @@ TEST_F(DeviceTest, SettingsGoByFeatureOrRegister) {
         {all, Control, {modeFeature, "82 0000a0047f00002a", "82 0000a008ffff0000", "82 0000a00c7f000001"}},
         {all, Exclusive, {modeRegister, registers}}, // the port is read-only
         {readOnlyGateway, Control, {modeFeature, registers}},
+        {unknown, Control, {"80 f0000000", modeRegister, registers}},
         {Document(""), Control, {modeRegister, registers}},
         {"", Control, {modeRegister, registers}},
     };
@@ -45,6 +52,14 @@ TEST_F(DeviceTest, SettingsGoByFeatureOrRegister) {
     device->GetPersistentIpAddress(ip, mask, router);
     EXPECT_EQ(Requests().back(), "80 0000064c0000065c0000066c");
     EXPECT_EQ(ip + " " + mask + " " + router, "127.0.0.42 255.255.0.0 127.0.0.1");
+}
+
+TEST_F(DeviceTest, SettingsByRegisterShowInFeaturesOverIt) {
+    Start(WithXml(Document(IntReg("Mode", "0x14"))));
+    device->Open(Control);
+    EXPECT_EQ(Feature("Mode")->GetValue(), 5);
+    device->ChangeIpConfiguration(false, true);
+    EXPECT_EQ(Feature("Mode")->GetValue(), 6);
 }
 
 TEST_F(DeviceTest, AddressModesAreThoseTheCameraSupports) {

@@ -74,6 +74,7 @@ private:
     void ImposeWriteTimeoutAccess(GenApi::EAccessMode mode);
     void RegisterTLHeartbeatCallback();
     void RegisterCameraHeartbeatCallback();
+    static GenApi::EAccessMode AccessModeOf(const GenApi::CIntegerPtr &feature);
 
     /// Closes whatever is open and never fails half-way. \returns what is to be reported when all is closed.
     std::exception_ptr InternalClose() noexcept;

@@ -7,7 +7,9 @@
 
 #include <arpa/inet.h>
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 namespace Corvo {
 
@@ -61,12 +63,14 @@ void CGigEDevice::ChangeIpConfiguration(bool persistent, bool dhcp) {
         value |= GEV_IP_CONFIG_PERSISTENT_IP;
 
     const GenApi::CIntegerPtr &feature = m_CameraNodeMap.GevCurrentIPConfiguration;
-    if (GenApi::IsWritable(feature)) {
+    if (GenApi::IsWritable(AccessModeOf(feature))) {
         feature->SetValue(value);
         return;
     }
     constexpr std::uint32_t address = GEV_REG_NETWORK_INTERFACE_CONFIGURATION;
-    THROW_IF_GX_FAILED(m_pControlChannel->WriteReg(&address, &value, 1), "Failed to change IP configuration: ");
+    const GXSTATUS status = m_pControlChannel->WriteReg(&address, &value, 1);
+    m_pPort->InvalidateNode(); // features over the same register
+    THROW_IF_GX_FAILED(status, "Failed to change IP configuration: ");
 }
 
 void CGigEDevice::GetPersistentIpAddress(String_t &ip, String_t &mask, String_t &gateway) {
@@ -90,12 +94,14 @@ void CGigEDevice::SetPersistentIpAddress(const String_t &ip, const String_t &mas
     const GenApi::CIntegerPtr features[] = {m_CameraNodeMap.GevPersistentIPAddress,
                                             m_CameraNodeMap.GevPersistentSubnetMask,
                                             m_CameraNodeMap.GevPersistentDefaultGateway};
-    if (GenApi::IsWritable(features[0]) && GenApi::IsWritable(features[1]) && GenApi::IsWritable(features[2])) {
+    if (std::all_of(std::begin(features), std::end(features),
+                    [](const auto &feature) { return GenApi::IsWritable(AccessModeOf(feature)); })) {
         for (std::size_t i = 0; i < settings.size(); ++i)
             features[i]->SetValue(settings[i]);
         return;
     }
     const GXSTATUS status = m_pControlChannel->WriteReg(SettingsRegisters.data(), settings.data(), settings.size());
+    m_pPort->InvalidateNode();
     THROW_IF_GX_FAILED(status, "%s", failure);
 }
 

@@ -89,8 +89,19 @@ void CGigEDevice::RegisterTLHeartbeatCallback() {
                          &CGigEDevice::OnInvalidateHeartbeatTimeout, GenApi::cbPostOutsideLock);
 }
 
+/// A description that cannot tell, as when a register of a condition is refused, does not offer the feature.
+GenApi::EAccessMode CGigEDevice::AccessModeOf(const GenApi::CIntegerPtr &feature) {
+    try {
+        return feature.IsValid() ? feature->GetAccessMode() : GenApi::NI;
+    } catch (const GenICam::GenericException &e) {
+        tracelog::LogTrace(DeviceLogCategory(), tracelog::lvWarning, "Feature '%s' cannot be used: %s",
+                           feature->GetNode()->GetName().c_str(), e.GetDescription());
+        return GenApi::NI;
+    }
+}
+
 void CGigEDevice::RegisterCameraHeartbeatCallback() {
-    if (!GenApi::IsImplemented(m_CameraNodeMap.GevHeartbeatTimeout))
+    if (!GenApi::IsImplemented(AccessModeOf(m_CameraNodeMap.GevHeartbeatTimeout)))
         return;
     assert(m_CameraParamHeartbeatTimeoutCallbackHandle == 0);
     m_CameraParamHeartbeatTimeoutCallbackHandle =
@@ -144,8 +155,8 @@ void CGigEDevice::SyncHeartbeatTimeouts(GenApi::INode *pNode) {
     bool isParameterSet = false;
     if (pNode == parameter->GetNode())
         SetChannelHeartbeatTimeout(timeout_ms);
-    else
-        isParameterSet = SetIfDifferent(*parameter, timeout_ms);
+    else if ((isParameterSet = SetIfDifferent(*parameter, timeout_ms)))
+        SetChannelHeartbeatTimeout(timeout_ms); // its own callback rests while what it has set is coerced by the camera
     if (!GenApi::IsWritable(feature) || pNode == feature->GetNode())
         return;
     const bool isFeatureSet = SetIfDifferent(*feature, timeout_ms);

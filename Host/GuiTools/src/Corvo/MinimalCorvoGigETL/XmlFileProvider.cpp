@@ -93,9 +93,9 @@ SLocalFile FindFile(CMonitorPort &port, const CQuorelGigEDeviceInfo &info) {
 /// Reads a few bytes that fill no whole word. A strict device serves only whole words, another one perhaps nothing
 /// behind the end of the file.
 void ReadTail(CMonitorPort &port, std::int64_t address, std::uint8_t *bytes, std::size_t size) {
-    std::uint8_t words[8];
+    std::uint8_t words[12];
     try {
-        port->Read(words, address, sizeof words);
+        port->Read(words, address, static_cast<std::int64_t>((size + 3) / 4 * 4));
         std::memcpy(bytes, words, size);
     } catch (const GenICam::RuntimeException &) {
         port->Read(bytes, address, static_cast<std::int64_t>(size));
@@ -106,7 +106,7 @@ std::vector<std::uint8_t> ReadFile(CMonitorPort &port, const SLocalFile &file) {
     std::vector<std::uint8_t> bytes(file.Length);
     // The tail takes a whole word along: the port would read 4 bytes as a register, which a file need not be.
     const std::size_t surplus = file.Length % 4;
-    const std::size_t tail = surplus != 0 && file.Length > 4 ? 4 + surplus : 0;
+    const std::size_t tail = surplus == 0 || file.Length < 4 ? 0 : file.Length < 12 ? file.Length : 4 + surplus;
     const std::size_t body = file.Length - tail;
     if (body > 0)
         port->Read(bytes.data(), file.Address, static_cast<std::int64_t>(body));
