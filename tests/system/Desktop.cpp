@@ -82,6 +82,7 @@ void Desktop::select(QTreeWidgetItem *item) {
     const QRect visible = tree().visualItemRect(item) & tree().viewport()->rect();
     ASSERT_TRUE(!visible.isEmpty() && tree().isEnabled());
     QTest::mouseClick(tree().viewport(), Qt::LeftButton, {}, visible.center());
+    QCoreApplication::processEvents(); // what saving leaves to be done
 }
 
 void Desktop::click(QWidget &button) {

@@ -52,9 +52,9 @@ TEST_F(Forcing, FromTheContextMenu) {
 
 TEST_F(Forcing, ByMacWithTheShortcut) {
     select(tree().topLevelItem(0));
-    const auto complete = [](QWidget &dialog, const char *mac) {
+    const auto complete = [](QWidget &dialog, const char *mac, const char *address = "192.168.10.78") {
         type(field(dialog, "editMacAddress"), mac);
-        type(field(dialog, "editIpAddress"), "192.168.10.78");
+        type(field(dialog, "editIpAddress"), address);
         click(okOf(dialog));
     };
     expect(titled(ForceByMacHeader), [&](QWidget &dialog) {
@@ -72,6 +72,11 @@ TEST_F(Forcing, ByMacWithTheShortcut) {
                                      "operation timed out. (0xE1000007)"));
     refresh();
     EXPECT_EQ("OK", cell(1, Status));
+
+    select(1);
+    expect(titled(ForceByMacHeader), [&](QWidget &dialog) { complete(dialog, "025AE3000001", "192.168.10.79"); });
+    press(Qt::Key_F, Qt::AltModifier | Qt::ShiftModifier | Qt::ControlModifier);
+    EXPECT_EQ("192.168.10.79 192.168.10.79", cell(1, IpAddress) + " " + text("editIpAddress"));
 }
 
 TEST_F(Forcing, InvalidAddressesAreAskedForAgainAndCancelSendsNothing) {

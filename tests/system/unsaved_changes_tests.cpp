@@ -63,6 +63,7 @@ TEST_F(UnsavedChanges, OfTheRowThatIsLeftGoToItsOwnCamera) {
     EXPECT_EQ("192.168.10.51", addressOf(3));
     EXPECT_EQ("nic1", tree().currentItem()->text(Name));
     EXPECT_FALSE(isEnabled("editor"));
+    EXPECT_EQ("192.168.10.51 OK", cell(3, IpAddress) + " " + cell(3, Status));
 }
 
 TEST_F(UnsavedChanges, OnRefresh) {

@@ -113,8 +113,7 @@ bool IpConfigurationWidget::sendForceIp(const QString &mac, const EditorContent 
         *pRediscovered = waitForDevice(mac);
         m_pDeviceLister->updateDeviceInfo(macText, nullptr, bytes(addresses.ipAddress), bytes(addresses.netmask),
                                           bytes(addresses.defaultGateway), true);
-        updateTreeRowFromDeviceInfoByMac(mac);
-        updateSelectionInfo(ui->deviceTree->currentItem());
+        showPatchedInfo(mac);
     } catch (const GenICam::GenericException &error) {
         TRACE(Error, "Failed to force IP for MAC=%s. Err='%s'", macText.constData(), error.GetDescription());
         showException("forceIp", error, this);
@@ -211,11 +210,7 @@ void IpConfigurationWidget::onAssignTemporaryIPAddress() {
                                "resets.<br>") +
                     validAddressesText(),
                 false, nullptr);
-        QTreeWidgetItem *item = ui->deviceTree->currentItem();
-        if (m_isEditModeActive) // what the user has typed stays
-            updateUiState(item);
-        else
-            fillEditor(item);
+        updateEditor();
     } catch (const std::exception &error) {
         qDebug("onAssignTemporaryIPAddress: error forcing IP (err='%s')", error.what());
     } catch (...) {
@@ -230,5 +225,15 @@ void IpConfigurationWidget::forceIpByMac_triggered() {
         forceIp(QStringLiteral("Please specify the MAC address for the device to force the IP address.\n\nThere won't "
                                "be any error message in case you specify the wrong MAC address."),
                 true, nullptr);
+        updateEditor();
     });
+}
+
+/// After the current row's device has changed. What the user has typed stays.
+void IpConfigurationWidget::updateEditor() {
+    QTreeWidgetItem *item = ui->deviceTree->currentItem();
+    if (m_isEditModeActive)
+        updateUiState(item);
+    else
+        fillEditor(item);
 }

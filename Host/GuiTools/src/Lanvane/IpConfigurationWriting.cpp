@@ -13,6 +13,7 @@
 #include <QMessageBox>
 #include <QScopedValueRollback>
 #include <QSignalBlocker>
+#include <QTimer>
 
 using namespace Corvo;
 
@@ -21,9 +22,10 @@ void IpConfigurationWidget::on_btnWriteConfiguration_clicked() {
         const OptionalDevice device = GetSelectedDeviceInfo();
         if (!device || m_BusyDepth > 0)
             return;
-        if (writeConfiguration(*device)) {
+        const bool saved = writeConfiguration(*device);
+        showPatchedInfo(displayText(*device, PropMacAddress));
+        if (saved) {
             clearEditFlags();
-            updateTreeRowFromDeviceInfoByMac(displayText(*device, PropMacAddress));
             doRefresh();
         } else {
             QMessageBox::critical(this, windowTitle(), QStringLiteral("The configuration could not be saved."),
@@ -257,8 +259,10 @@ void IpConfigurationWidget::saveChangesOf(QTreeWidgetItem *item) {
     QTreeWidgetItem *current = ui->deviceTree->currentItem();
     const QSignalBlocker blocker(ui->deviceTree);
     ui->deviceTree->setCurrentItem(item);
-    if (writeConfiguration(*device))
-        updateTreeRowFromDeviceInfoByMac(displayText(*device, PropMacAddress));
+    const bool saved = writeConfiguration(*device);
+    showPatchedInfo(displayText(*device, PropMacAddress));
+    if (saved)
+        QTimer::singleShot(0, this, &IpConfigurationWidget::refresh); // not while the selection changes
     else
         QMessageBox::critical(this, windowTitle(), QStringLiteral("The configuration could not be saved."));
     ui->deviceTree->setCurrentItem(current);

@@ -427,6 +427,11 @@ void IpConfigurationWidget::updateUiFromTreeItem(const QTreeWidgetItem *item) {
     fillEditor(item);
 }
 
+void IpConfigurationWidget::showPatchedInfo(const QString &mac) {
+    updateTreeRowFromDeviceInfoByMac(mac);
+    updateSelectionInfo(ui->deviceTree->currentItem());
+}
+
 void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
     const OptionalDevice device = deviceOf(item);
     const CNetworkAdapter *adapter = GetNetworkAdapaterFromDeviceItem(item);
@@ -533,8 +538,8 @@ void IpConfigurationWidget::enableWidgets(bool enable) {
 
 void IpConfigurationWidget::ipConfigurationEdited() {
     m_isIpProtocolConfigDirty = selectedMode() != m_Loaded.mode;
-    // What is half typed shall not be sent with a mode that needs no addresses, nor hold up its saving.
-    if (selectedMode() != AddressMode::Static && !areAddressesValid())
+    // With another mode the addresses are the camera's: what was typed for a static one shall not be written.
+    if (selectedMode() != AddressMode::Static)
         revertAddresses();
     edited();
 }

@@ -118,6 +118,7 @@ private:
     /// The adapter of an adapter row, or that under which a device is listed.
     const CNetworkAdapter *GetNetworkAdapaterFromDeviceItem(const QTreeWidgetItem *item) const;
     void updateUiFromTreeItem(const QTreeWidgetItem *item);
+    void showPatchedInfo(const QString &mac);
     void updateSelectionInfo(const QTreeWidgetItem *item);
     void setSelectionInfoText(const QString &richText);
     /// The diagnosis stands below the device's data; it matters more.
@@ -127,6 +128,7 @@ private:
     // Editor
     void fillEditor(const QTreeWidgetItem *item);
     void checkModeButton(const OptionalDevice &device);
+    void updateEditor();
     void updateUiState(QTreeWidgetItem *item);
     void enableWidgets(bool enable);
     void edited();
