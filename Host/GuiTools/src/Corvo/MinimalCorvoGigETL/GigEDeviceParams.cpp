@@ -152,17 +152,16 @@ void CGigEDevice::SyncHeartbeatTimeouts(GenApi::INode *pNode) {
     const std::int64_t timeout_ms = changed->GetValue();
     const GenApi::CIntegerPtr &parameter = m_pTLParamsNodeMap->HeartbeatTimeout;
     const GenApi::CIntegerPtr &feature = m_CameraNodeMap.GevHeartbeatTimeout;
-    bool isParameterSet = false;
-    if (pNode == parameter->GetNode())
+    const bool isParameter = pNode == parameter->GetNode();
+    const bool isParameterSet = !isParameter && SetIfDifferent(*parameter, timeout_ms);
+    // Its own callback does not run again while this runs within it, as when the camera coerces what it was given.
+    if (isParameter || isParameterSet)
         SetChannelHeartbeatTimeout(timeout_ms);
-    else if ((isParameterSet = SetIfDifferent(*parameter, timeout_ms)))
-        SetChannelHeartbeatTimeout(timeout_ms); // its own callback rests while what it has set is coerced by the camera
     if (!GenApi::IsWritable(feature) || pNode == feature->GetNode())
         return;
     const bool isFeatureSet = SetIfDifferent(*feature, timeout_ms);
     assert(!(isParameterSet && isFeatureSet) &&
            "This callback shoud change either the TL xor the cam timeoutvalue or none in case of an Invalidate.");
-    (void)isParameterSet;
     (void)isFeatureSet;
 }
 
