@@ -122,7 +122,8 @@ protected:
         else if (qobject_cast<QMenu *>(&dialog))
             QTest::keyClick(&dialog, Qt::Key_A);
         else if (!edits.isEmpty() && dice.oneIn(2)) {
-            edits.first()->setText("192.168.10." + QString::number(100 + dice.below(100)));
+            type(*edits.first(),
+                 edits.first()->text().section('.', 0, 2) + "." + QString::number(100 + dice.below(100)));
             dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
         }
         dialog.close();
