@@ -1,6 +1,8 @@
 #include "Desktop.h"
 
 #include <QLabel>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QStyle>
 
 using namespace testnet;
@@ -74,7 +76,6 @@ TEST_F(Finding, EachVerdictHasItsRowDiagnosisAndEditor) {
         QString diagnosis;
         bool editable;
     } cases[] = {
-        {1, "OK", {}, "", true},
         {2, "In use", QStyle::SP_MessageBoxWarning, InUseText, false},
         {3, "In use", QStyle::SP_MessageBoxWarning, InUseText, false},
         {4, "Not Reachable", QStyle::SP_MessageBoxWarning, UnreachableText + possible, true},
@@ -90,6 +91,7 @@ TEST_F(Finding, EachVerdictHasItsRowDiagnosisAndEditor) {
          "currently not be visible to applications.</p><p>Make sure the device and the network adapter share the same "
          "network prefix and subnet mask.</p>",
          true},
+        {1, "OK", {}, "", true},
     };
     for (const auto &expected : cases) {
         SCOPED_TRACE(expected.camera);
@@ -103,6 +105,8 @@ TEST_F(Finding, EachVerdictHasItsRowDiagnosisAndEditor) {
         }
         EXPECT_EQ(expected.diagnosis.isEmpty() ? QString() : ErrorImage + expected.diagnosis,
                   info().section("</table></p>", 1));
+        EXPECT_EQ(expected.diagnosis.isEmpty(),
+                  the<QScrollArea>("selectionInfoArea").verticalScrollBar()->value() == 0);
         EXPECT_EQ(expected.editable, isEnabled("btnUseDhcp") && isEnabled("editIpAddress"));
         EXPECT_EQ(expected.editable, the<QLabel>("hintText").text().isEmpty());
         EXPECT_FALSE(isEnabled("btnWriteConfiguration"));

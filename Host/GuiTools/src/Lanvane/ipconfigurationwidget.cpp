@@ -438,8 +438,7 @@ void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
     if (device) {
         const QString diagnosis = diagnosisText(*device, adapter);
         setSelectionInfoText(deviceText(*device) + diagnosis);
-        if (!diagnosis.isEmpty())
-            showEndOfSelectionInfo();
+        scrollSelectionInfo(!diagnosis.isEmpty()); // to what is wrong
     } else if (adapter)
         setSelectionInfoText(adapterText(*adapter));
     else
@@ -448,11 +447,11 @@ void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
 
 void IpConfigurationWidget::setSelectionInfoText(const QString &richText) { ui->selectionInfo->setText(richText); }
 
-void IpConfigurationWidget::showEndOfSelectionInfo() {
+void IpConfigurationWidget::scrollSelectionInfo(bool toEnd) {
     // Later, when the label has its new height.
-    QTimer::singleShot(0, ui->selectionInfo, [this] {
+    QTimer::singleShot(0, ui->selectionInfo, [this, toEnd] {
         QScrollBar *bar = ui->selectionInfoArea->verticalScrollBar();
-        bar->setValue(bar->maximum());
+        bar->setValue(toEnd ? bar->maximum() : 0);
     });
 }
 

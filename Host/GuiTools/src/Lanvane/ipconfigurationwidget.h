@@ -121,8 +121,8 @@ private:
     void showPatchedInfo(const QString &mac);
     void updateSelectionInfo(const QTreeWidgetItem *item);
     void setSelectionInfoText(const QString &richText);
-    /// The diagnosis stands below the device's data; it matters more.
-    void showEndOfSelectionInfo();
+    /// \param toEnd where the diagnosis stands, which matters more than the device's data above it.
+    void scrollSelectionInfo(bool toEnd);
     void setHintText(const QString &text);
 
     // Editor
