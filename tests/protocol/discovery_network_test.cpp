@@ -91,6 +91,19 @@ TEST_F(TwoAdapters, UnicastAsksOneDevice) {
     EXPECT_THAT(list.list, ElementsAre(foreign2));
 }
 
+TEST(Unicast, HearsACameraThatAnswersByBroadcast) {
+    const ScriptedSite site("nic0", "192.168.1.5/24", "192.168.1.20/24", [](const Bytes &request, std::size_t) {
+        return std::vector<Bytes>{acknowledge(request, 0, 0x0003, Bytes(sizeof(GEV_DISCOVERY_INFO)))};
+    });
+    site.adapter.cameraSide().ip("route add 255.255.255.255/32 dev cam");
+    site.peer->answerByBroadcast();
+    for (const std::uint32_t flags : {Enumerator::FlagDefault, Enumerator::FlagBroadcastAcknowledge}) {
+        FoundList found;
+        EXPECT_EQ(Enumerator::Discover(&found, Timeout_ms, flags, SocketAddress("192.168.1.20")), 0u);
+        EXPECT_THAT(found.list, ElementsAre(" 0.0.0.0 192.168.1.20 192.168.1.5"));
+    }
+}
+
 TEST_F(TwoAdapters, FailedSendLeavesTheOtherAdapter) {
     const auto breakRoutes = [](const std::string &adapter, const std::string &broadcast, const std::string &subnet) {
         ip("route delete broadcast " + broadcast + " dev " + adapter + " table local");

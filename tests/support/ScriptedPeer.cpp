@@ -40,6 +40,12 @@ ScriptedPeer::~ScriptedPeer() {
     close(m_Socket);
 }
 
+void ScriptedPeer::answerByBroadcast() {
+    const int on = 1;
+    setsockopt(m_Socket, SOL_SOCKET, SO_BROADCAST, &on, sizeof on);
+    m_AnswersByBroadcast = true;
+}
+
 std::vector<Bytes> ScriptedPeer::requests() const {
     std::lock_guard<std::mutex> lock(m_Mutex);
     return m_Requests;
@@ -59,6 +65,8 @@ void ScriptedPeer::run() {
             std::lock_guard<std::mutex> lock(m_Mutex);
             m_Requests.push_back(request);
         }
+        if (m_AnswersByBroadcast)
+            source.sin_addr.s_addr = htonl(INADDR_BROADCAST);
         const std::vector<Bytes> answers = m_Script(request, number);
         for (const Bytes &answer : answers) {
             sendto(m_Socket, answer.data(), answer.size(), 0, reinterpret_cast<sockaddr *>(&source), size);

@@ -2,6 +2,7 @@
 
 #include "support/Namespace.h"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -26,6 +27,8 @@ public:
     ScriptedPeer(const ScriptedPeer &) = delete;
     ScriptedPeer &operator=(const ScriptedPeer &) = delete;
 
+    /// From now on the answers go to everybody's address, whatever was asked for.
+    void answerByBroadcast();
     sockaddr_in address() const { return m_Address; }
     std::vector<Bytes> requests() const;
 
@@ -35,6 +38,7 @@ private:
 
     Script m_Script;
     int m_Socket = -1;
+    std::atomic<bool> m_AnswersByBroadcast{false};
     sockaddr_in m_Address{};
     mutable std::mutex m_Mutex;
     std::vector<Bytes> m_Requests;

@@ -23,9 +23,10 @@ void IpConfigurationWidget::on_btnWriteConfiguration_clicked() {
         if (!device || m_BusyDepth > 0)
             return;
         const bool saved = writeConfiguration(*device);
+        if (saved)
+            clearEditFlags();
         showPatchedInfo(displayText(*device, PropMacAddress));
         if (saved) {
-            clearEditFlags();
             doRefresh();
         } else {
             QMessageBox::critical(this, windowTitle(), QStringLiteral("The configuration could not be saved."),

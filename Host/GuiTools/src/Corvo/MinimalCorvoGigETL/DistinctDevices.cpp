@@ -1,6 +1,7 @@
 #include "MinimalCorvoGigETL/DistinctDevices.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Corvo {
 
@@ -23,18 +24,17 @@ std::string ContentOf(const CDeviceInfo &info) {
 
 CDistinctDevices::CDistinctDevices(DeviceInfoList &list) : m_list(list) {
     for (std::size_t i = 0; i < m_list.size(); ++i)
-        Remember(i);
+        m_indicesByContent.emplace(ContentOf(m_list[i]), i);
 }
 
 bool CDistinctDevices::Add(const CDeviceInfo &info) {
-    const auto [begin, end] = m_indicesByContent.equal_range(ContentOf(info));
+    std::string content = ContentOf(info);
+    const auto [begin, end] = m_indicesByContent.equal_range(content);
     if (std::any_of(begin, end, [&](const auto &entry) { return m_list[entry.second] == info; }))
         return false;
     m_list.push_back(info);
-    Remember(m_list.size() - 1);
+    m_indicesByContent.emplace(std::move(content), m_list.size() - 1);
     return true;
 }
-
-void CDistinctDevices::Remember(std::size_t index) { m_indicesByContent.emplace(ContentOf(m_list[index]), index); }
 
 } // namespace Corvo

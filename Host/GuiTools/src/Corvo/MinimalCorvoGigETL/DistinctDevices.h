@@ -8,8 +8,7 @@
 namespace Corvo {
 
 /// Fills a list with infos, each equal one once. Compares only infos of the same content, so that thousands are no
-/// burden.
-/// Nobody else may change the list meanwhile.
+/// burden. Nobody else may change the list meanwhile.
 class CDistinctDevices {
 public:
     /// \param list not owned; what it holds counts.
@@ -19,8 +18,6 @@ public:
     bool Add(const CDeviceInfo &info);
 
 private:
-    void Remember(std::size_t index);
-
     DeviceInfoList &m_list;
     std::unordered_multimap<std::string, std::size_t> m_indicesByContent;
 };

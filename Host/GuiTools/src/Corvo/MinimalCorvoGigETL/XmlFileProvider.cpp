@@ -102,11 +102,18 @@ void ReadTail(CMonitorPort &port, std::int64_t address, std::uint8_t *bytes, std
     }
 }
 
+/// Bytes at the end to be read as such a tail. It takes a whole word along, and leaves none alone before it: the port
+/// would read 4 bytes as a register, which a file need not be.
+std::size_t TailOf(std::size_t length) {
+    const std::size_t surplus = length % 4;
+    if (surplus == 0 || length < 4)
+        return 0;
+    return length < 12 ? length : 4 + surplus;
+}
+
 std::vector<std::uint8_t> ReadFile(CMonitorPort &port, const SLocalFile &file) {
     std::vector<std::uint8_t> bytes(file.Length);
-    // The tail takes a whole word along: the port would read 4 bytes as a register, which a file need not be.
-    const std::size_t surplus = file.Length % 4;
-    const std::size_t tail = surplus == 0 || file.Length < 4 ? 0 : file.Length < 12 ? file.Length : 4 + surplus;
+    const std::size_t tail = TailOf(file.Length);
     const std::size_t body = file.Length - tail;
     if (body > 0)
         port->Read(bytes.data(), file.Address, static_cast<std::int64_t>(body));
