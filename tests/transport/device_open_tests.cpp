@@ -87,6 +87,16 @@ TEST_F(DeviceTest, HeldAndSilentCamerasCannotBeOpened) {
     device->Open(Control);
 }
 
+/// Whether its timeout is implemented says a register that nobody may read.
+TEST_F(DeviceTest, IsNotOpenWhenLostMeanwhile) {
+    Start(WithXml(Document("<IntReg Name='Flag'><Address>0xA000</Address><Length>8</Length><AccessMode>RO</AccessMode>"
+                           "<pPort>Device</pPort></IntReg><Integer Name='GevHeartbeatTimeout'><pIsImplemented>Flag"
+                           "</pIsImplemented><Value>1</Value></Integer>")));
+    cameras.setFaults(camsim::parseFaults("silent-after=4")); // privilege, mode, capability and heartbeat
+    EXPECT_THAT(thrownBy([&] { device->Open(Control); }), HasSubstr("Failed to read memory at 0xa000, 0x8 bytes. "));
+    EXPECT_FALSE(device->IsOpen());
+}
+
 TEST_F(DeviceTest, ReportsAMissingPortAfterClosing) {
     Start(WithXml(Document("", "Other")));
     device->Open(Control);
@@ -116,7 +126,9 @@ TEST_F(DeviceTest, HeartbeatTimeoutsFollowEachOther) {
     EXPECT_LE(cameras.requests().size(), 6u);
     Feature("GevHeartbeatTimeout")->SetValue(100); // which no channel accepts
     EXPECT_EQ(Parameter("HeartbeatTimeout")->GetValue(), 7000);
+    Parameter("HeartbeatTimeout")->SetValue(7500);
     device->Close();
+    EXPECT_EQ(Register(0x0938), 7500u) << "what was set last stays in the camera";
     Parameter("HeartbeatTimeout")->SetValue(6000);
     device->Open(Control);
     expect(6000);

@@ -14,6 +14,8 @@ public:
     explicit Deadline(std::uint32_t timeout_ms) noexcept;
 
     bool HasPassed() const noexcept;
+    /// A timeout that ends with the deadline: the given one, or what is left when that is less.
+    std::uint32_t Clip(std::uint32_t timeout_ms) const noexcept;
     /// Milliseconds left for poll, rounded up and at most INT_MAX; -1 for a deadline that never passes.
     int RemainingPollTimeout() const noexcept;
 

@@ -1,5 +1,6 @@
 // The device's IP settings, by feature or by register.
 
+#include "MinimalCorvoGigETL/DeviceLog.h"
 #include "MinimalCorvoGigETL/GigEDevice.h"
 #include "MinimalCorvoGigETL/GxStatusException.h"
 
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 
 namespace Corvo {
 
@@ -53,6 +53,25 @@ void CGigEDevice::CheckControlAccess(const char *operation) const {
         throw LOGICAL_ERROR_EXCEPTION("Unsupported mode: Control access is required (%s)", operation);
 }
 
+/// Sets all of them, or returns false when the registers have to serve: not all are writable, or one could not be
+/// written although the device lives. The limits in descriptions are not asked; many are wrong. With m_memberLock held.
+bool CGigEDevice::SetFeatures(std::initializer_list<std::pair<const GenApi::CIntegerPtr &, std::uint32_t>> values) {
+    if (!std::all_of(values.begin(), values.end(),
+                     [this](const auto &value) { return GenApi::IsWritable(AccessModeOf(value.first)); }))
+        return false;
+    try {
+        for (const auto &[feature, value] : values)
+            feature->SetValue(value, false);
+        return true;
+    } catch (const GenICam::GenericException &e) {
+        if (!HasLiveChannel())
+            throw;
+        tracelog::LogTrace(DeviceLogCategory(), tracelog::lvWarning, "Setting by register instead: %s",
+                           e.GetDescription());
+        return false;
+    }
+}
+
 void CGigEDevice::ChangeIpConfiguration(bool persistent, bool dhcp) {
     const Lock lock(m_memberLock);
     CheckControlAccess("ChangeIpConfiguration");
@@ -62,11 +81,8 @@ void CGigEDevice::ChangeIpConfiguration(bool persistent, bool dhcp) {
     if (persistent && m_Info.IsPersistentIpSupported())
         value |= GEV_IP_CONFIG_PERSISTENT_IP;
 
-    const GenApi::CIntegerPtr &feature = m_CameraNodeMap.GevCurrentIPConfiguration;
-    if (GenApi::IsWritable(AccessModeOf(feature))) {
-        feature->SetValue(value);
+    if (SetFeatures({{m_CameraNodeMap.GevCurrentIPConfiguration, value}}))
         return;
-    }
     constexpr std::uint32_t address = GEV_REG_NETWORK_INTERFACE_CONFIGURATION;
     const GXSTATUS status = m_pControlChannel->WriteReg(&address, &value, 1);
     m_pPort->InvalidateNode(); // features over the same register
@@ -88,19 +104,19 @@ void CGigEDevice::SetPersistentIpAddress(const String_t &ip, const String_t &mas
     constexpr char failure[] = "Failed to set persistent IP address: ";
     const Lock lock(m_memberLock);
     CheckControlAccess("SetPersistentIpAddress");
-    Settings settings{};
+    Settings settings{}, before{};
     THROW_IF_GX_FAILED(Parse({ip, mask, gateway}, settings), "%s", failure);
 
-    const GenApi::CIntegerPtr features[] = {m_CameraNodeMap.GevPersistentIPAddress,
-                                            m_CameraNodeMap.GevPersistentSubnetMask,
-                                            m_CameraNodeMap.GevPersistentDefaultGateway};
-    if (std::all_of(std::begin(features), std::end(features),
-                    [](const auto &feature) { return GenApi::IsWritable(AccessModeOf(feature)); })) {
-        for (std::size_t i = 0; i < settings.size(); ++i)
-            features[i]->SetValue(settings[i]);
+    // The new address with the old mask would be worse than the old settings.
+    const bool isRestorable =
+        m_pControlChannel->ReadReg(SettingsRegisters.data(), before.data(), before.size()) == GX_SUCCESS;
+    if (SetFeatures({{m_CameraNodeMap.GevPersistentIPAddress, settings[0]},
+                     {m_CameraNodeMap.GevPersistentSubnetMask, settings[1]},
+                     {m_CameraNodeMap.GevPersistentDefaultGateway, settings[2]}}))
         return;
-    }
     const GXSTATUS status = m_pControlChannel->WriteReg(SettingsRegisters.data(), settings.data(), settings.size());
+    for (std::size_t i = 0; i < before.size() && isRestorable && status != GX_SUCCESS; ++i)
+        (void)m_pControlChannel->WriteReg(&SettingsRegisters[i], &before[i], 1);
     m_pPort->InvalidateNode();
     THROW_IF_GX_FAILED(status, "%s", failure);
 }
