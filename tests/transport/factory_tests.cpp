@@ -1,5 +1,7 @@
 #include "Layer.h"
+#include "MinimalCorvoGigETL/tools.h"
 
+#include <atomic>
 #include <thread>
 
 namespace {
@@ -59,6 +61,36 @@ TEST_F(Factory, EveryCallAfterTerminationFails) {
     for (const auto &call : calls)
         EXPECT_EQ("LogicalError: Do not use any corvo object after Corvo::CorvoTerminate() has been called.",
                   thrownBy(call));
+    CorvoInitialize();
+}
+
+TEST_F(Factory, TerminationWaitsForRunningCalls) {
+    setenv("CORVO_GIGE_HEARTBEAT", "1", 1); // no channel accepts it, so nobody is asked for a description
+    GEV_DISCOVERY_INFO answer{};
+    sockaddr nobody{};
+    stoa("127.0.0.1", nobody);
+    const CQuorelGigEDeviceInfoImpl info(nobody, &answer, nobody);
+    std::atomic<int> made{0};
+    const auto makeAndDestroy = [&] {
+        for (;;) {
+            ICorvoDevice *const device = factory().CreateDevice(info);
+            ++made;
+            std::thread rival([=] { thrownBy([=] { factory().DestroyDevice(device); }); });
+            const std::string failure = thrownBy([=] { factory().DestroyDevice(device); });
+            rival.join();
+            if (failure.substr(0, 5) == "Logic")
+                return;
+        }
+    };
+    std::thread threads[4];
+    for (std::thread &thread : threads)
+        thread = std::thread([&] { thrownBy(makeAndDestroy); });
+    while (made < 100)
+        std::this_thread::yield();
+    CorvoTerminate(false);
+    EXPECT_THAT(thrownBy([] { factory().CreateTl("QuorelGigE"); }), HasSubstr("Do not use any corvo object"));
+    for (std::thread &thread : threads)
+        thread.join();
     CorvoInitialize();
 }
 
