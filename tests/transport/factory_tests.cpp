@@ -1,6 +1,8 @@
 #include "Layer.h"
 #include "MinimalCorvoGigETL/tools.h"
+#include "gxapi/ControlChannel.h"
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
@@ -26,6 +28,18 @@ TEST_F(Factory, KnowsTheGigELayerAlone) {
     const char *error = "Runtime: The transport layer for device class 'QuorelUsb' could not be created.";
     EXPECT_EQ(error, thrownBy([&] { factory().CreateDevice(usb); }));
     EXPECT_EQ(error, thrownBy([&] { factory().IsDeviceAccessible(usb); }));
+}
+
+TEST_F(Factory, AFloodOfWarningsIsCounted) {
+    layer();
+    Gx::ControlChannel *channel = nullptr;
+    for (int i = 0; i < 1000; ++i)
+        EXPECT_EQ(GX_E_ONLY_IPV4, Gx::ControlChannel::Create(nullptr, 0, &channel)); // with two lines
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    EXPECT_EQ(GX_E_ONLY_IPV4, Gx::ControlChannel::Create(nullptr, 0, &channel));
+    const std::string text = trace();
+    EXPECT_LT(std::count(text.begin(), text.end(), '\n'), 500);
+    EXPECT_THAT(text, testing::ContainsRegex("WARN Corvo.GigE.Gx [0-9]+ further lines were left out.\n.*IPv4"));
 }
 
 TEST_F(Factory, CountsTheHoldersOfALayer) {
