@@ -78,12 +78,28 @@ TEST_F(Factory, EveryCallAfterTerminationFails) {
     CorvoInitialize();
 }
 
+/// A camera at an address of this host where nobody answers.
+CQuorelGigEDeviceInfoImpl silentCamera() {
+    const GEV_DISCOVERY_INFO answer{};
+    sockaddr address{};
+    stoa("127.0.0.1:9", address);
+    return {address, &answer, address};
+}
+
 TEST_F(Factory, TerminationWaitsForRunningCalls) {
+    layer();
+    std::thread caller([] { factory().IsDeviceAccessible(silentCamera()); }); // three times 200 ms
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    const auto start = std::chrono::steady_clock::now();
+    CorvoTerminate(false);
+    EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
+    caller.join();
+    CorvoInitialize();
+}
+
+TEST_F(Factory, MayBeTerminatedWhileOthersMakeAndDestroyDevices) {
     setenv("CORVO_GIGE_HEARTBEAT", "1", 1); // no channel accepts it, so nobody is asked for a description
-    GEV_DISCOVERY_INFO answer{};
-    sockaddr nobody{};
-    stoa("127.0.0.1", nobody);
-    const CQuorelGigEDeviceInfoImpl info(nobody, &answer, nobody);
+    const CQuorelGigEDeviceInfoImpl info = silentCamera();
     std::atomic<int> made{0};
     const auto makeAndDestroy = [&] {
         for (;;) {
