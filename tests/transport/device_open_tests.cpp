@@ -134,6 +134,15 @@ TEST_F(DeviceTest, HeartbeatTimeoutsFollowEachOther) {
     expect(6000);
 }
 
+TEST_F(DeviceTest, ATimeoutThatTheChannelRefusesReachesTheCamera) {
+    Start(WithXml(Document("<IntReg Name='GevHeartbeatTimeout'><Address>0xA000</Address><Length>4</Length>"
+                           "<AccessMode>RW</AccessMode><pPort>Device</pPort><Endianess>BigEndian</Endianess>"
+                           "</IntReg>")));
+    device->Open(Control);
+    Parameter("HeartbeatTimeout")->SetValue(400, false);
+    EXPECT_EQ(Register(0xA000), 400u);
+}
+
 /// The camera never waits longer than 900 ms.
 TEST_F(DeviceTest, ACoercedHeartbeatTimeoutReachesTheChannel) {
     Start(WithXml(Document("<IntConverter Name='GevHeartbeatTimeout'><FormulaTo>FROM &gt; 900 ? 900 : FROM</FormulaTo>"
