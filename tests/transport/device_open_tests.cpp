@@ -208,7 +208,13 @@ TEST_F(DeviceTest, PortUsesRegisterAndMemoryCommands) {
                                         "86 0000a00812345678000004b0"));
     for (const std::int64_t address : {0x100000000L, -4L, 0xFFFFFFFCL})
         EXPECT_THAT(thrownBy([&] { port.Read(bytes, address, 8); }), HasSubstr("(0xE1000006)"));
+    Silence(); // so that a transfer takes three times 200 ms
+    std::thread reader([&] { thrownBy([&] { port.Read(bytes, 0xA000, 4); }); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    const auto start = std::chrono::steady_clock::now();
     port.DetachControlChannel();
+    EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300)) << "the channel was in use";
+    reader.join();
 
     CControlChannelStatisticPort statistics;
     EXPECT_EQ(thrownBy([&] { statistics.Read(bytes, 8, 4); }),

@@ -1,12 +1,11 @@
 // The device's IP settings, by feature or by register.
 
+#include "MinimalCorvo/Utilities.h"
 #include "MinimalCorvoGigETL/DeviceLog.h"
 #include "MinimalCorvoGigETL/GigEDevice.h"
 #include "MinimalCorvoGigETL/GxStatusException.h"
 
 #include "Base/GCException.h"
-
-#include <arpa/inet.h>
 
 #include <algorithm>
 #include <array>
@@ -22,25 +21,12 @@ using Settings = std::array<std::uint32_t, 3>;
 constexpr Settings SettingsRegisters = {GEV_REG_PERSISTENT_IP_ADDRESS, GEV_REG_PERSISTENT_SUBNET_MASK,
                                         GEV_REG_PERSISTENT_DEFAULT_GATEWAY};
 
-String_t DottedQuad(std::uint32_t address) {
-    const in_addr network{htonl(address)};
-    char text[INET_ADDRSTRLEN];
-    return inet_ntop(AF_INET, &network, text, sizeof text);
-}
-
-GXSTATUS ParseDottedQuad(const String_t &text, std::uint32_t &address) {
-    in_addr network{};
-    if (inet_pton(AF_INET, text, &network) != 1)
-        return GX_E_INVALID_PARAMETER;
-    address = ntohl(network.s_addr);
-    return GX_SUCCESS;
-}
-
 GXSTATUS Parse(const std::array<String_t, 3> &texts, Settings &settings) {
-    GXSTATUS status = GX_SUCCESS;
-    for (std::size_t i = 0; i < texts.size() && status == GX_SUCCESS; ++i)
-        status = ParseDottedQuad(texts[i], settings[i]);
-    return status;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        if (!ParseDottedQuad(texts[i], settings[i]))
+            return GX_E_INVALID_PARAMETER;
+    }
+    return GX_SUCCESS;
 }
 
 } // namespace
