@@ -113,6 +113,9 @@ TEST_F(DeviceTest, FailedSettingsAreReportedAndStoreNothing) {
     EXPECT_THAT(Requests(), testing::IsEmpty());
     Silence();
     String_t text;
+    EXPECT_EQ(set("255.0.0.0"),
+              "Runtime: Failed to set persistent IP address: " + std::string(GxStatusText(0xE101800B)))
+        << "not that the channel is disconnected";
     EXPECT_THAT(thrownBy([&] { device->GetPersistentIpAddress(text, text, text); }),
                 testing::StartsWith("Runtime: Failed to get persistent IP address: "));
 }

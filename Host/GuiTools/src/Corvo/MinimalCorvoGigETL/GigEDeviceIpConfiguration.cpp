@@ -93,15 +93,16 @@ void CGigEDevice::SetPersistentIpAddress(const String_t &ip, const String_t &mas
     Settings settings{}, before{};
     THROW_IF_GX_FAILED(Parse({ip, mask, gateway}, settings), "%s", failure);
 
-    // The new address with the old mask would be worse than the old settings.
-    const bool isRestorable =
-        m_pControlChannel->ReadReg(SettingsRegisters.data(), before.data(), before.size()) == GX_SUCCESS;
+    // To be put back: the new address with the old mask would be worse than the old settings.
+    const GXSTATUS known = m_pControlChannel->ReadReg(SettingsRegisters.data(), before.data(), before.size());
+    if (known != GX_SUCCESS && !HasLiveChannel())
+        THROW_IF_GX_FAILED(known, "%s", failure);
     if (SetFeatures({{m_CameraNodeMap.GevPersistentIPAddress, settings[0]},
                      {m_CameraNodeMap.GevPersistentSubnetMask, settings[1]},
                      {m_CameraNodeMap.GevPersistentDefaultGateway, settings[2]}}))
         return;
     const GXSTATUS status = m_pControlChannel->WriteReg(SettingsRegisters.data(), settings.data(), settings.size());
-    for (std::size_t i = 0; i < before.size() && isRestorable && status != GX_SUCCESS; ++i)
+    for (std::size_t i = 0; i < before.size() && known == GX_SUCCESS && status != GX_SUCCESS; ++i)
         (void)m_pControlChannel->WriteReg(&SettingsRegisters[i], &before[i], 1);
     m_pPort->InvalidateNode();
     THROW_IF_GX_FAILED(status, "%s", failure);
