@@ -23,12 +23,6 @@ Deadline::Deadline(std::uint32_t timeout_ms) noexcept
 
 bool Deadline::HasPassed() const noexcept { return m_Deadline_ns >= 0 && Now() >= m_Deadline_ns; }
 
-std::uint32_t Deadline::Clip(std::uint32_t timeout_ms) const noexcept {
-    if (m_Deadline_ns < 0)
-        return timeout_ms;
-    return std::min(timeout_ms, static_cast<std::uint32_t>(RemainingPollTimeout()));
-}
-
 int Deadline::RemainingPollTimeout() const noexcept {
     if (m_Deadline_ns < 0)
         return -1;
