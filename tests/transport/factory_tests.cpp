@@ -124,20 +124,4 @@ TEST_F(Factory, MayBeTerminatedWhileOthersMakeAndDestroyDevices) {
     CorvoInitialize();
 }
 
-TEST_F(Factory, ServesSeveralThreads) {
-    std::thread threads[4];
-    for (std::thread &thread : threads) {
-        thread = std::thread([] {
-            for (int i = 0; i < 50; ++i)
-                factory().ReleaseTl(factory().CreateTl("QuorelGigE"));
-        });
-    }
-    for (std::thread &thread : threads)
-        thread.join();
-    // The counts came out even: one reference more is the only one.
-    const ITransportLayer *last = factory().CreateTl("QuorelGigE");
-    factory().ReleaseTl(last);
-    EXPECT_THROW(factory().ReleaseTl(last), GenICam::InvalidArgumentException);
-}
-
 } // namespace

@@ -60,7 +60,7 @@ GXSTATUS ReadPrivilege(const CQuorelGigEDeviceInfo &info, std::uint32_t &privile
 EDeviceAccessiblityInfo AccessibilityOf(GXSTATUS status, std::uint32_t privilege) {
     if (status == GX_E_GEV_ACCESS_DENIED)
         return Accessibility_OpenedExclusively;
-    if (IsHostProblem(status)) // which says nothing about the device
+    if (IsHostProblem(status) || status == GX_E_ABORTED) // which says nothing about the device
         return Accessibility_Unknown;
     if (status != GX_SUCCESS)
         return Accessibility_NotReachable;
