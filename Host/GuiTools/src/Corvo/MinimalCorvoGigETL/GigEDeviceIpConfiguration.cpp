@@ -90,7 +90,8 @@ void CGigEDevice::SetPersistentIpAddress(const String_t &ip, const String_t &mas
     constexpr char failure[] = "Failed to set persistent IP address: ";
     const Lock lock(m_memberLock);
     CheckControlAccess("SetPersistentIpAddress");
-    Settings settings{}, before{};
+    Settings settings{};
+    Settings before{};
     THROW_IF_GX_FAILED(Parse({ip, mask, gateway}, settings), "%s", failure);
 
     // To be put back: the new address with the old mask would be worse than the old settings.
