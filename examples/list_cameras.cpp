@@ -57,6 +57,7 @@ std::string printable(const char *text) {
 Row describe(const CQuorelGigEDeviceInfo &camera, IGigETransportLayer &layer) {
     EDeviceAccessiblityInfo verdict = Accessibility_Unknown;
     layer.IsDeviceAccessible(camera, Control, &verdict);
+    const String_t problem = layer.GetLastHostProblem();
     Row row = {camera.GetInterface().c_str(),
                camera.GetModelName().c_str(),
                camera.GetSerialNumber().c_str(),
@@ -64,7 +65,7 @@ Row describe(const CQuorelGigEDeviceInfo &camera, IGigETransportLayer &layer) {
                camera.GetIpAddress().c_str(),
                camera.GetSubnetMask().c_str(),
                ipModes(camera),
-               verdictText(verdict)};
+               verdictText(verdict) + std::string(problem.empty() ? "" : ": ") + problem.c_str()};
     for (std::string &cell : row)
         cell = printable(cell.c_str());
     return row;
@@ -89,6 +90,9 @@ void listCameras() {
     auto &layer = dynamic_cast<IGigETransportLayer &>(*pHeld);
     DeviceInfoList cameras;
     layer.EnumerateAllDevices(cameras);
+    const String_t problem = layer.GetLastHostProblem();
+    if (!problem.empty())
+        throw RUNTIME_EXCEPTION("the search failed: %s", problem.c_str());
     std::vector<Row> rows = {{"ADAPTER", "MODEL", "SERIAL", "MAC", "IP", "MASK", "IP MODE", "STATUS"}};
     for (const CDeviceInfo &camera : cameras)
         rows.push_back(describe(camera, layer));

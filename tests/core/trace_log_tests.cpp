@@ -5,6 +5,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <thread>
+
 // The table of categories is never emptied: every test here relies on running in a process of its own, as CTest does.
 
 namespace {
@@ -48,6 +51,28 @@ TEST_F(TraceLogTest, GivesNoIdsAndWritesNothingUnlessEnabled) {
     EXPECT_TRUE(LogTrace(id, lvError, "again"));
     EXPECT_EQ(id, LogGetCatID("C"));
     EXPECT_EQ("ERROR c again\n", TestFolder::Read(folder / "log"));
+}
+
+TEST_F(TraceLogTest, ABudgetBoundsTheLinesOfSeveralThreads) {
+    const unsigned long id = LogGetCatID("c");
+    {
+        LineBudget budget(id, 20);
+        std::thread threads[4];
+        for (std::thread &thread : threads) {
+            thread = std::thread([&] {
+                const LineBudget::Use use(budget);
+                for (int i = 0; i < 10; ++i)
+                    LogTrace(id, lvError, "bounded");
+            });
+        }
+        for (int i = 0; i < 30; ++i)
+            LogTrace(id, lvError, "free");
+        for (std::thread &thread : threads)
+            thread.join();
+    }
+    const std::string text = TestFolder::Read(folder / "log");
+    EXPECT_EQ(20 + 30 + 1, std::count(text.begin(), text.end(), '\n'));
+    EXPECT_THAT(text, testing::EndsWith("WARN c 20 further lines were left out.\n"));
 }
 
 TEST_F(TraceLogTest, HasRoomFor500Categories) {

@@ -4,9 +4,15 @@
 
 #include <gmock/gmock.h>
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <iterator>
 #include <set>
 
@@ -33,7 +39,37 @@ TEST_F(RollingFileTest, KeepsOneBackupAndSurvivesLosingItsFile) {
 
 TEST_F(RollingFileTest, SaysWhenItCannotWrite) {
     EXPECT_FALSE(RollingFile("/dev/null/folder/trace.log", 10).Append("x"));
-    EXPECT_FALSE(RollingFile("/dev/full", 10).Append("x"));
+    struct rlimit before {};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const struct rlimit full { 1, before.rlim_max };
+    signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &full);
+    EXPECT_FALSE(RollingFile(path, 10).Append("xy"));
+    setrlimit(RLIMIT_FSIZE, &before);
+}
+
+TEST_F(RollingFileTest, WritesRegularFilesOnly) {
+    const std::string pipe = folder / "pipe", link = folder / "link", target = folder / "target";
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    std::ofstream(target) << "precious";
+    std::filesystem::create_symlink(target, link);
+    for (const std::string &name : {pipe, link, std::string("/dev/null")})
+        EXPECT_FALSE(RollingFile(name, 10).Append("x")) << name; // at once, though nobody reads the pipe
+    EXPECT_EQ("precious", TestFolder::Read(target));
+}
+
+TEST_F(RollingFileTest, DoesNotWaitForALockThatSomebodyKeeps) {
+    RollingFile file(path, 10);
+    const int other = open(path.c_str(), O_WRONLY);
+    ASSERT_EQ(0, flock(other, LOCK_EX));
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 100; ++i)
+        EXPECT_TRUE(file.Append("line\n"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
+    EXPECT_EQ(500u, TestFolder::Read(path).size()) << "rolled over without the lock";
+    close(other);
+    EXPECT_TRUE(file.Append("6\n"));
+    EXPECT_EQ("6\n", TestFolder::Read(path));
 }
 
 constexpr int PROCESSES = 4;

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <thread>
 
 namespace {
@@ -29,6 +30,23 @@ TEST_F(LogTest, WritesCleanLinesOfPriorityInfoAndAboveByDefault) {
     logger.Log(LogPriority_Info, "%s|%s|%s\n", "100%s%n", "x\r\ny\x1B[2J\x7F", "\xC2\x9BzÄ");
     EXPECT_THAT(Trace(), testing::ContainsRegex("^[0-9-]+ [0-9:.]+ \\[[0-9]+\\] INFO +corvo.base: 100%s%n\\|x  y"));
     EXPECT_THAT(Trace(), testing::EndsWith("|x  y [2J |  zÄ\n"));
+}
+
+TEST_F(LogTest, CountsRepeatedLines) {
+    CLog::Initialize();
+    for (const char *text : {"flood", "other", "flood"}) {
+        for (int i = 0; i < 1000; ++i)
+            CLog::GetLogger("a")->Log(LogPriority_Error, "%s", text);
+    }
+    CLog::GetLogger("b")->Log(LogPriority_Error, "flood");
+    CLog::GetLogger("b")->Log(LogPriority_Warning, "flood");
+    CLog::GetLogger("b")->Log(LogPriority_Warning, "flood");
+    CLog::ShutDown();
+    const std::string trace = Trace();
+    EXPECT_EQ(9, std::count(trace.begin(), trace.end(), '\n')) << trace;
+    EXPECT_THAT(trace, HasSubstr("a: other\n"));
+    EXPECT_THAT(trace, HasSubstr("a: last message repeated 999 times\n"));
+    EXPECT_THAT(trace, testing::EndsWith("b: last message repeated 1 times\n"));
 }
 
 TEST_F(LogTest, IsSilentAfterShutDownAndWritesOnceAfterANewStart) {

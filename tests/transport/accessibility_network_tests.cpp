@@ -1,6 +1,9 @@
 #include "Layer.h"
+#include "MinimalCorvoGigETL/tools.h"
 #include "support/Leaks.h"
 #include "support/Site.h"
+
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <chrono>
@@ -80,6 +83,42 @@ TEST_F(Accessibility, VerdictsAndTheirCauses) {
     const auto requests = site.cameras.requests();
     EXPECT_TRUE(std::none_of(requests.begin(), requests.end(),
                              [](const auto &request) { return request.command() == TAG_WRITEREG_CMD; }));
+}
+
+TEST_F(Accessibility, WhatTheHostLacksIsNotBlamedOnTheCamera) {
+    const CDeviceInfo device = find("1");
+    EXPECT_EQ("", layer().GetLastHostProblem());
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{3, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    const Verdict verdict = probe(device);
+    const String_t problemOfProbe = layer().GetLastHostProblem();
+    DeviceInfoList list;
+    layer().EnumerateAllDevices(list);
+    const String_t problemOfSearch = layer().GetLastHostProblem();
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ((Verdict{false, Accessibility_Unknown}), verdict);
+    EXPECT_EQ("Too many open files", problemOfProbe);
+    EXPECT_EQ("Too many open files", problemOfSearch);
+    EXPECT_EQ((Verdict{true, Accessibility_Ok}), probe(device));
+    EXPECT_EQ("", layer().GetLastHostProblem());
+}
+
+/// It answers each request with acknowledges of the one before, for as long as anybody listens.
+TEST_F(LayerTest, LooksAtACameraForTwoSecondsAtMost) {
+    ScriptedPeer peer([](const Bytes &request, std::size_t) {
+        return std::vector<Bytes>(2200, acknowledge(request, 0, 0x0081, Bytes(4), -1));
+    });
+    GEV_DISCOVERY_INFO answer{};
+    const sockaddr address = AsSockaddr(peer.address());
+    const auto start = std::chrono::steady_clock::now();
+    EDeviceAccessiblityInfo reason{};
+    EXPECT_FALSE(layer().IsDeviceAccessible(CQuorelGigEDeviceInfoImpl(address, &answer, address), Control, &reason));
+    EXPECT_EQ(Accessibility_NotReachable, reason);
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    EXPECT_GT(elapsed.count(), 1.9);
+    EXPECT_LT(elapsed.count(), 3.0);
 }
 
 TEST_F(Accessibility, HeartbeatOfTheEnvironmentCounts) {

@@ -91,6 +91,24 @@ TEST_F(DeviceLoss, CallbacksMayDoAnything) {
     EXPECT_THAT(Notes(), ElementsAre("gone", "gone", "Runtime: Failed to open", "destroyed"));
 }
 
+TEST_F(DeviceLoss, IsHeardOfWhileACallbackForTheLastOneRuns) {
+    Start();
+    Open();
+    OnLoss([&](ICorvoDevice *lost) {
+        lost->Close();
+        Revive();
+        Open();
+        OnLoss([&](ICorvoDevice *) { Note("again"); });
+        Silence();
+        thrownBy([&] { Feature("Width")->GetValue(false, true); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        Note("first");
+    });
+    Silence();
+    AwaitNotes(2);
+    EXPECT_THAT(Notes(), ElementsAre("first", "again"));
+}
+
 /// The callback is on its way while the device closes: it runs before the close or not at all.
 TEST_F(DeviceLoss, MeetsAClose) {
     Start();

@@ -87,6 +87,16 @@ TEST_F(DeviceTest, HeldAndSilentCamerasCannotBeOpened) {
     device->Open(Control);
 }
 
+/// Whether its timeout is implemented says a register that nobody may read.
+TEST_F(DeviceTest, IsNotOpenWhenLostMeanwhile) {
+    Start(WithXml(Document("<IntReg Name='Flag'><Address>0xA000</Address><Length>8</Length><AccessMode>RO</AccessMode>"
+                           "<pPort>Device</pPort></IntReg><Integer Name='GevHeartbeatTimeout'><pIsImplemented>Flag"
+                           "</pIsImplemented><Value>1</Value></Integer>")));
+    cameras.setFaults(camsim::parseFaults("silent-after=4")); // privilege, mode, capability and heartbeat
+    EXPECT_THAT(thrownBy([&] { device->Open(Control); }), HasSubstr("Failed to read memory at 0xa000, 0x8 bytes. "));
+    EXPECT_FALSE(device->IsOpen());
+}
+
 TEST_F(DeviceTest, ReportsAMissingPortAfterClosing) {
     Start(WithXml(Document("", "Other")));
     device->Open(Control);
@@ -116,10 +126,21 @@ TEST_F(DeviceTest, HeartbeatTimeoutsFollowEachOther) {
     EXPECT_LE(cameras.requests().size(), 6u);
     Feature("GevHeartbeatTimeout")->SetValue(100); // which no channel accepts
     EXPECT_EQ(Parameter("HeartbeatTimeout")->GetValue(), 7000);
+    Parameter("HeartbeatTimeout")->SetValue(7500);
     device->Close();
+    EXPECT_EQ(Register(0x0938), 7500u) << "what was set last stays in the camera";
     Parameter("HeartbeatTimeout")->SetValue(6000);
     device->Open(Control);
     expect(6000);
+}
+
+TEST_F(DeviceTest, ATimeoutThatTheChannelRefusesReachesTheCamera) {
+    Start(WithXml(Document("<IntReg Name='GevHeartbeatTimeout'><Address>0xA000</Address><Length>4</Length>"
+                           "<AccessMode>RW</AccessMode><pPort>Device</pPort><Endianess>BigEndian</Endianess>"
+                           "</IntReg>")));
+    device->Open(Control);
+    Parameter("HeartbeatTimeout")->SetValue(400, false);
+    EXPECT_EQ(Register(0xA000), 400u);
 }
 
 /// The camera never waits longer than 900 ms.
@@ -187,7 +208,13 @@ TEST_F(DeviceTest, PortUsesRegisterAndMemoryCommands) {
                                         "86 0000a00812345678000004b0"));
     for (const std::int64_t address : {0x100000000L, -4L, 0xFFFFFFFCL})
         EXPECT_THAT(thrownBy([&] { port.Read(bytes, address, 8); }), HasSubstr("(0xE1000006)"));
+    Silence(); // so that a transfer takes three times 200 ms
+    std::thread reader([&] { thrownBy([&] { port.Read(bytes, 0xA000, 4); }); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    const auto start = std::chrono::steady_clock::now();
     port.DetachControlChannel();
+    EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300)) << "the channel was in use";
+    reader.join();
 
     CControlChannelStatisticPort statistics;
     EXPECT_EQ(thrownBy([&] { statistics.Read(bytes, 8, 4); }),

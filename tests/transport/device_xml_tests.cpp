@@ -111,32 +111,46 @@ TEST_F(DeviceXml, ComesFromFilesAndInjectedDocuments) {
         EXPECT_EQ(create(url, {Document("<Integer Name='B'><Value>6</Value></Integer>"), "file://" + plainFile}), "");
         EXPECT_EQ(Feature("A")->GetValue() * Feature("B")->GetValue(), 30);
     }
+    device->Open(Stream);
+    EXPECT_EQ(create(plain, {}), "LogicalError: Device 'NAME' already open.");
+    device->Close();
     GenApi::INodeMap *const kept = device->GetNodeMap();
     EXPECT_EQ(create("<a/>", {}), "Runtime: Create Nodemap from XML data failed.");
     EXPECT_THAT(create("file:///does/not/exist", {}), HasSubstr("Runtime: "));
     EXPECT_EQ(device->GetNodeMap(), kept);
 }
 
-/// A camera that serves any number of bytes, but none behind the end of its file.
-TEST_F(DeviceXml, IsReadToItsEndAndNotBeyond) {
+/// A camera that serves any number of bytes, but none behind the end of its file; and one that answers for ever.
+TEST_F(DeviceXml, IsReadToItsEndAndNotBeyondOrGivenUp) {
+    std::uint16_t refusal = 0x8003;
+    bool isSlow = false;
     char url[512] = {};
     std::snprintf(url, sizeof url, "Local:camera.xml;10000;%zx", plain.size());
     ScriptedPeer peer([&](const Bytes &request, std::size_t) -> std::vector<Bytes> {
+        if (isSlow && request[3] == 0x84 && request[9] == 1)
+            return std::vector<Bytes>(1001, acknowledge(request, 0, 0x0085, {}, -1));
         if (request[3] == 0x80)
             return {acknowledge(request, 0, 0x0081, Bytes(request.size() - 8))};
         const std::size_t offset = request[10] << 8 | request[11];
         const std::string file = request[9] == 1 ? plain.substr(offset) : std::string(url, sizeof url);
         const std::size_t count = request[14] << 8 | request[15];
         if (count > file.size())
-            return {acknowledge(request, 0x8003, 0x0085, {})};
+            return {acknowledge(request, refusal, 0x0085, {})};
         const std::string payload = "addr" + file.substr(0, count);
         return {acknowledge(request, 0, 0x0085, Bytes(payload.begin(), payload.end()))};
     });
     CQuorelGigEDeviceInfo info;
     info.SetAddress(atos(AsSockaddr(peer.address())));
     std::vector<std::uint8_t> bytes;
-    XmlFileProviderPrivateImpl().ProvideXmlFileRaw(info, bytes);
-    EXPECT_EQ(std::string(bytes.begin(), bytes.end()), plain);
+    for (refusal = 0x8003; refusal <= 0x8006; refusal += 3) { // access denied ends a channel
+        XmlFileProviderPrivateImpl().ProvideXmlFileRaw(info, bytes);
+        EXPECT_EQ(std::string(bytes.begin(), bytes.end()), plain);
+    }
+    isSlow = true;
+    const auto start = std::chrono::steady_clock::now();
+    const XmlFileProviderPrivateImpl provider(std::chrono::milliseconds(300));
+    EXPECT_THAT(thrownBy([&] { provider.ProvideXmlFileRaw(info, bytes); }), HasSubstr("(0xE101800B)"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1500));
 }
 
 } // namespace

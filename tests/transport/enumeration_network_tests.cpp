@@ -45,6 +45,15 @@ TEST_F(Enumeration, FindsForeignSubnetsOncePerAdapter) {
     EXPECT_EQ(5u, list.size());
 }
 
+/// The route to the camera leads through the other adapter, so that the kernel names that one's address.
+TEST_F(Enumeration, TellsTheAddressWhoseSubnetTheCameraIsIn) {
+    ip("address add 172.16.0.5/16 dev nic0");
+    ip("route add 172.16.0.9 dev nic1");
+    layer().EnumerateAllDevices(list);
+    EXPECT_THAT(seen(list), UnorderedElementsAre("21@192.168.1.5", "3@192.168.1.5", "100@172.16.0.5", "7@10.0.0.7",
+                                                 "100@10.0.0.7"));
+}
+
 TEST_F(Enumeration, SortsAndCountsTheAdaptersSubnets) {
     EXPECT_EQ(3, layer().EnumerateDevices(list));
     EXPECT_THAT(seen(list), ElementsAre("3@192.168.1.5", "7@10.0.0.7", "21@192.168.1.5"));
@@ -68,11 +77,16 @@ TEST_F(Enumeration, Filters) {
     EXPECT_EQ(2, layer().EnumerateDevices(list, filter, true));
     EXPECT_EQ(0, factory().EnumerateDevices(list, listOf(infoWith({{"IpAddress", "x"}}))));
     EXPECT_THAT(trace(), HasSubstr("Exception while enumerating GigE devices. Error: 'Invalid address: x'"));
+    filter = listOf(infoWith({{"SerialNumber", "3"}}));
+    filter.push_back(infoWith({{"Address", "10.9.8.7:3956"}, {"IpAddress", "x"}}));
+    EXPECT_EQ("Runtime: Invalid address: x", thrownBy([&] { layer().EnumerateDevices(list, filter); }));
+    EXPECT_THAT(seen(list), testing::IsEmpty());
 }
 
 TEST_F(Enumeration, FilterOfTheEnvironmentComesFirst) {
-    // No camera has an address that is none.
-    setenv("CORVO_DEVICE_FILTER", "SerialNumber=21 || SerialNumber=7 || SerialNumber=3 && IpAddress=192.168.1.*", 1);
+    // No camera has an address that is none, and a hidden key alone is no condition.
+    setenv("CORVO_DEVICE_FILTER",
+           "SerialNumber=21 || SerialNumber=7 || SerialNumber=3 && IpAddress=192.168.1.* || _a=b", 1);
     EXPECT_EQ(2, layer().EnumerateDevices(list));
     EXPECT_THAT(seen(list), ElementsAre("7@10.0.0.7", "21@192.168.1.5"));
     DeviceInfoList filter = listOf(infoWith({{"SerialNumber", "3"}}));

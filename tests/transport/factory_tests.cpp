@@ -1,5 +1,9 @@
 #include "Layer.h"
+#include "MinimalCorvoGigETL/tools.h"
+#include "gxapi/ControlChannel.h"
 
+#include <algorithm>
+#include <atomic>
 #include <thread>
 
 namespace {
@@ -24,6 +28,18 @@ TEST_F(Factory, KnowsTheGigELayerAlone) {
     const char *error = "Runtime: The transport layer for device class 'QuorelUsb' could not be created.";
     EXPECT_EQ(error, thrownBy([&] { factory().CreateDevice(usb); }));
     EXPECT_EQ(error, thrownBy([&] { factory().IsDeviceAccessible(usb); }));
+}
+
+TEST_F(Factory, AFloodOfWarningsIsCounted) {
+    layer();
+    Gx::ControlChannel *channel = nullptr;
+    for (int i = 0; i < 1000; ++i)
+        EXPECT_EQ(GX_E_ONLY_IPV4, Gx::ControlChannel::Create(nullptr, 0, &channel)); // with two lines
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    EXPECT_EQ(GX_E_ONLY_IPV4, Gx::ControlChannel::Create(nullptr, 0, &channel));
+    const std::string text = trace();
+    EXPECT_LT(std::count(text.begin(), text.end(), '\n'), 500);
+    EXPECT_THAT(text, testing::ContainsRegex("WARN Corvo.GigE.Gx [0-9]+ further lines were left out.\n.*IPv4"));
 }
 
 TEST_F(Factory, CountsTheHoldersOfALayer) {
@@ -62,20 +78,50 @@ TEST_F(Factory, EveryCallAfterTerminationFails) {
     CorvoInitialize();
 }
 
-TEST_F(Factory, ServesSeveralThreads) {
+/// A camera at an address of this host where nobody answers.
+CQuorelGigEDeviceInfoImpl silentCamera() {
+    const GEV_DISCOVERY_INFO answer{};
+    sockaddr address{};
+    stoa("127.0.0.1:9", address);
+    return {address, &answer, address};
+}
+
+TEST_F(Factory, TerminationWaitsForRunningCalls) {
+    layer();
+    std::thread caller([] { factory().IsDeviceAccessible(silentCamera()); }); // three times 200 ms
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    const auto start = std::chrono::steady_clock::now();
+    CorvoTerminate(false);
+    EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
+    caller.join();
+    CorvoInitialize();
+}
+
+TEST_F(Factory, MayBeTerminatedWhileOthersMakeAndDestroyDevices) {
+    setenv("CORVO_GIGE_HEARTBEAT", "1", 1); // no channel accepts it, so nobody is asked for a description
+    const CQuorelGigEDeviceInfoImpl info = silentCamera();
+    std::atomic<int> made{0};
+    const auto makeAndDestroy = [&] {
+        for (;;) {
+            ICorvoDevice *const device = factory().CreateDevice(info);
+            ++made;
+            std::thread rival([=] { thrownBy([=] { factory().DestroyDevice(device); }); });
+            const std::string failure = thrownBy([=] { factory().DestroyDevice(device); });
+            rival.join();
+            if (failure.substr(0, 5) == "Logic")
+                return;
+        }
+    };
     std::thread threads[4];
-    for (std::thread &thread : threads) {
-        thread = std::thread([] {
-            for (int i = 0; i < 50; ++i)
-                factory().ReleaseTl(factory().CreateTl("QuorelGigE"));
-        });
-    }
+    for (std::thread &thread : threads)
+        thread = std::thread([&] { thrownBy(makeAndDestroy); });
+    while (made < 100)
+        std::this_thread::yield();
+    CorvoTerminate(false);
+    EXPECT_THAT(thrownBy([] { factory().CreateTl("QuorelGigE"); }), HasSubstr("Do not use any corvo object"));
     for (std::thread &thread : threads)
         thread.join();
-    // The counts came out even: one reference more is the only one.
-    const ITransportLayer *last = factory().CreateTl("QuorelGigE");
-    factory().ReleaseTl(last);
-    EXPECT_THROW(factory().ReleaseTl(last), GenICam::InvalidArgumentException);
+    CorvoInitialize();
 }
 
 } // namespace

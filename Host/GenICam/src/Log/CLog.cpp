@@ -22,18 +22,48 @@ namespace {
 
 constexpr std::int64_t TRACE_FILE_MAX_BYTES = std::int64_t{5} * 1024 * 1024;
 
-/// log4cpp's own rolling appender loses lines when two processes share the file. log4cpp serialises the calls.
+/// log4cpp's own rolling appender loses lines when two processes share the file. Repeated lines are counted, so that a
+/// flood of them does not push all else out of the file. log4cpp serialises the calls.
 class SharedFileAppender : public log4cpp::LayoutAppender {
 public:
     explicit SharedFileAppender(const std::string &path)
         : LayoutAppender("trace.log"), m_file(path, TRACE_FILE_MAX_BYTES) {}
+    ~SharedFileAppender() override { WriteRepetitions(); }
     void close() override {}
 
 protected:
-    void _append(const log4cpp::LoggingEvent &event) override { m_file.Append(_getLayout().format(event)); }
+    void _append(const log4cpp::LoggingEvent &event) override {
+        const int second = event.timeStamp.getSeconds();
+        if (event.message == m_message && event.categoryName == m_category && event.priority == m_priority &&
+            second - m_second < REPETITION_SECONDS) {
+            ++m_repetitions;
+            return;
+        }
+        WriteRepetitions();
+        m_message = event.message;
+        m_category = event.categoryName;
+        m_priority = event.priority;
+        m_second = second;
+        m_file.Append(_getLayout().format(event));
+    }
 
 private:
+    static constexpr int REPETITION_SECONDS = 60; ///< so that a line that comes now and then keeps its times
+
+    void WriteRepetitions() {
+        if (m_repetitions == 0)
+            return;
+        const std::string text = "last message repeated " + std::to_string(m_repetitions) + " times";
+        m_repetitions = 0;
+        m_file.Append(_getLayout().format(log4cpp::LoggingEvent(m_category, text, "", m_priority)));
+    }
+
     RollingFile m_file;
+    std::string m_message;
+    std::string m_category;
+    log4cpp::Priority::Value m_priority = log4cpp::Priority::NOTSET;
+    int m_second = 0; ///< when it was written
+    std::uint64_t m_repetitions = 0;
 };
 
 bool IsControl(unsigned char byte) { return byte < 0x20 || byte == 0x7F; }

@@ -8,7 +8,11 @@ namespace GenICam {
 
 /// A log file of limited size with one backup (`<path>.1`) that several processes append to without losing each other's
 /// text: each append is made under an exclusive flock of the file that the path names at that moment, so nobody rolls
-/// the file over while another writes, and nobody goes on in, or rolls over, a file that was rolled over before.
+/// the file over while another writes, and nobody goes on in, or rolls over, a file that was rolled over before. A lock
+/// that somebody keeps is not waited for: the append is then made without it, and the file not rolled over.
+///
+/// Only a regular file is written, and none behind a symbolic link, so that nobody who may write to the folder makes
+/// the program wait for the reader of a pipe or write elsewhere.
 ///
 /// Not thread safe; each object counts as a process of its own.
 class RollingFile {
@@ -26,7 +30,8 @@ public:
 private:
     bool Open();
     void Close();
-    bool LockCurrent();
+    bool OpenCurrent();
+    void Lock();
     bool IsCurrent() const;
     std::int64_t Size() const;
     bool Write(std::string_view text) const;
@@ -34,6 +39,8 @@ private:
     const std::string m_path;
     const std::int64_t m_maxBytes;
     int m_file = -1;
+    bool m_isLocked = false;
+    int m_lockAttempts;
 };
 
 } // namespace GenICam

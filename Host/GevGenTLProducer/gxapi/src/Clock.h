@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 /// Timeout value for waiting without end.
@@ -16,6 +17,10 @@ public:
     bool HasPassed() const noexcept;
     /// Milliseconds left for poll, rounded up and at most INT_MAX; -1 for a deadline that never passes.
     int RemainingPollTimeout() const noexcept;
+    /// A timeout that ends with the deadline: the given one, or what is left when that is less.
+    std::uint32_t Clip(std::uint32_t timeout_ms) const noexcept {
+        return std::min(timeout_ms, static_cast<std::uint32_t>(RemainingPollTimeout()));
+    }
 
 private:
     std::int64_t m_Deadline_ns; ///< -1 for never

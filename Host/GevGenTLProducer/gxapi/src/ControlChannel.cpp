@@ -369,9 +369,10 @@ GXSTATUS OpenChannel(CControlChannel &channel, const sockaddr *deviceAddress, st
 } // namespace GxImp
 
 GXSTATUS Gx::ControlChannel::Create(const sockaddr *deviceAddress, std::uint32_t accessFlags,
-                                    std::uint32_t heartbeatTimeout_ms, ControlChannel **pChannel) noexcept {
+                                    std::uint32_t heartbeatTimeout_ms, std::uint32_t lifetime_ms,
+                                    ControlChannel **pChannel) noexcept {
     *pChannel = nullptr;
-    auto *channel = new (std::nothrow) GxImp::CControlChannel;
+    auto *channel = new (std::nothrow) GxImp::CControlChannel(lifetime_ms);
     if (!channel)
         return GX_E_OUT_OF_MEMORY;
     const GXSTATUS status = GxImp::OpenChannel(*channel, deviceAddress, accessFlags, heartbeatTimeout_ms);
@@ -382,6 +383,11 @@ GXSTATUS Gx::ControlChannel::Create(const sockaddr *deviceAddress, std::uint32_t
     }
     *pChannel = channel;
     return GX_SUCCESS;
+}
+
+GXSTATUS Gx::ControlChannel::Create(const sockaddr *deviceAddress, std::uint32_t accessFlags,
+                                    std::uint32_t heartbeatTimeout_ms, ControlChannel **pChannel) noexcept {
+    return Create(deviceAddress, accessFlags, heartbeatTimeout_ms, GX_INFINITE, pChannel);
 }
 
 GXSTATUS Gx::ControlChannel::Create(const sockaddr *deviceAddress, std::uint32_t accessFlags,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AsyncCallbackPosix.h"
+#include "Clock.h"
 #include "GxSocket.h"
 #include "RefCounted.h"
 #include "RetriggerableTimerPosix.h"
@@ -23,6 +24,9 @@ public:
     class CWriteRegXaction;
     class CReadMemXaction;
     class CWriteMemXaction;
+
+    /// \param lifetime_ms from now; no transaction waits longer.
+    explicit CControlChannel(std::uint32_t lifetime_ms = GX_INFINITE) noexcept : m_Lifetime(lifetime_ms) {}
 
     /// Connects to a device. After a failure the socket is closed, no timer runs and no privilege is held.
     [[nodiscard]] GXSTATUS Open(const sockaddr *deviceAddress, std::uint32_t accessFlags) noexcept;
@@ -119,6 +123,7 @@ private:
     [[nodiscard]] GXSTATUS WriteOneReg(std::uint32_t address, std::uint32_t value) noexcept;
     bool HasCapability(std::uint32_t bits) const noexcept { return (m_GvcpCapabilities & bits) != 0; }
 
+    const Deadline m_Lifetime;
     CSurpriseRemovalCallback m_SurpriseRemovalCallback{*this};
     CSocket m_GxSocket;
     sockaddr_in deviceAddr{};

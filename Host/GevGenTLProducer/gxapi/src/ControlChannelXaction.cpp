@@ -77,7 +77,10 @@ GXSTATUS CControlChannel::CXaction::Complete(const GXBUF *buffers, std::size_t c
     GXSTATUS status = GX_SUCCESS;
     Verdict verdict = Verdict::Retry;
     while (verdict == Verdict::Retry) {
-        status = GxSocketRecv(m_pControlChannel->m_GxSocket, buffers, count, m_Timeout, pReceived);
+        const Deadline &lifetime = m_pControlChannel->m_Lifetime;
+        if (lifetime.HasPassed())
+            return Lose(GX_E_GEV_NO_MSG);
+        status = GxSocketRecv(m_pControlChannel->m_GxSocket, buffers, count, lifetime.Clip(m_Timeout), pReceived);
         if (status == GX_SUCCESS)
             verdict = Judge(*pReceived, &status);
         else if (status == GX_E_TIMEOUT)

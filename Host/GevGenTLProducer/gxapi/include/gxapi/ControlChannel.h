@@ -50,6 +50,11 @@ public:
     ///         answer; GX_E_HEARTBEAT_TOO_SMALL; GX_E_ONLY_IPV4; a socket error.
     [[nodiscard]] static GXSTATUS Create(const sockaddr *deviceAddress, std::uint32_t accessFlags,
                                          std::uint32_t heartbeatTimeout_ms, ControlChannel **pChannel) noexcept;
+    /// The same for a channel that counts as lost that long after this call, whatever the device answers: for a look at
+    /// a device that must not hold up its caller. \param lifetime_ms 0xFFFFFFFF for no limit.
+    [[nodiscard]] static GXSTATUS Create(const sockaddr *deviceAddress, std::uint32_t accessFlags,
+                                         std::uint32_t heartbeatTimeout_ms, std::uint32_t lifetime_ms,
+                                         ControlChannel **pChannel) noexcept;
     /// The same with a heartbeat timeout of 3000 ms.
     [[nodiscard]] static GXSTATUS Create(const sockaddr *deviceAddress, std::uint32_t accessFlags,
                                          ControlChannel **pChannel) noexcept;

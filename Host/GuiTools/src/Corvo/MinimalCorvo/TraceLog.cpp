@@ -7,6 +7,7 @@
 #include <cstring>
 #include <exception>
 #include <mutex>
+#include <utility>
 
 namespace tracelog {
 
@@ -27,6 +28,8 @@ bool enableLogging = false;
 Category categories[MAX_CATEGORIES];
 char nameStore[NAME_STORE_BYTES];
 std::size_t nameStoreUsed = 0;
+
+thread_local LineBudget *usedBudget = nullptr;
 
 GenICam::CLogger *FetchLogger(const char *name) noexcept {
     try {
@@ -117,9 +120,21 @@ bool LogTraceVA(unsigned long category, unsigned int level, const char *format, 
     GenICam::CLogger *logger = LoggerOf(category);
     if (logger == nullptr)
         return false;
-    logger->LogVA(PriorityOf(level), format, arguments); // outside the mutex: loggers may be slow
+    const GenICam::LogPriority priority = PriorityOf(level);
+    if (usedBudget != nullptr && logger->IsEnabled(priority) && !usedBudget->Take())
+        return false;
+    logger->LogVA(priority, format, arguments); // outside the mutex: loggers may be slow
     return true;
 }
+
+LineBudget::~LineBudget() {
+    if (m_taken > m_lines)
+        LogTrace(m_category, lvWarning, "%lu further lines were left out.", m_taken - m_lines);
+}
+
+LineBudget::Use::Use(LineBudget &budget) : m_before(std::exchange(usedBudget, &budget)) {}
+
+LineBudget::Use::~Use() { usedBudget = m_before; }
 
 bool LogEnable(bool enable) {
     const std::lock_guard<std::mutex> lock(traceMutex);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdarg>
 
 /// Trace logging by numbered categories; the lines go to the GenICam logger of the category's name. Every function may
@@ -27,10 +28,45 @@ constexpr unsigned long INVALID_CATEGORY = ~0UL;
 unsigned long LogGetCatID(const char *name);
 
 /// Logs one line, formatted with printf rules. \returns false when nothing was handed to a logger: no such category, no
-/// format, logging not enabled.
+/// format, logging not enabled, budget spent.
 [[gnu::format(printf, 3, 4)]] bool LogTrace(unsigned long category, unsigned int level, const char *format, ...);
 [[gnu::format(printf, 3, 0)]] bool LogTraceVA(unsigned long category, unsigned int level, const char *format,
                                               std::va_list arguments);
+
+/// Bounds what one task writes, on however many threads, so that devices that provoke lines do not push all else out of
+/// the log. Lines beyond the bound are counted instead; the number is written when the budget ends.
+///
+///     LineBudget budget(category, 200);   // then, on each thread that takes part:
+///     const LineBudget::Use use(budget);
+class LineBudget {
+public:
+    /// \param category of the line with the number. \param lines to be written, of all categories together.
+    LineBudget(unsigned long category, unsigned int lines) : m_category(category), m_lines(lines) {}
+    /// All uses must have ended.
+    ~LineBudget();
+    LineBudget(const LineBudget &) = delete;
+    LineBudget &operator=(const LineBudget &) = delete;
+
+    /// Counts what the calling thread writes until the end of the scope, instead of for the budget it used before.
+    class Use {
+    public:
+        explicit Use(LineBudget &budget);
+        ~Use();
+        Use(const Use &) = delete;
+        Use &operator=(const Use &) = delete;
+
+    private:
+        LineBudget *m_before;
+    };
+
+    /// \returns whether one more line may be written. Any thread may call.
+    bool Take() { return ++m_taken <= m_lines; }
+
+private:
+    unsigned long m_category;
+    unsigned int m_lines;
+    std::atomic<unsigned long> m_taken{0};
+};
 
 /// Switches logging. Ids stay valid while it is off. \returns true.
 bool LogEnable(bool enable);

@@ -2,6 +2,8 @@
 
 #include "Base/GCException.h"
 
+#include <arpa/inet.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -211,6 +213,20 @@ bool extractSubString(const String_t &text, const String_t &separator, std::size
     if (index > 0)
         return false;
     piece = text.substr(start, end - start);
+    return true;
+}
+
+String_t DottedQuad(std::uint32_t address) {
+    const in_addr network{htonl(address)};
+    char text[INET_ADDRSTRLEN];
+    return inet_ntop(AF_INET, &network, text, sizeof text);
+}
+
+bool ParseDottedQuad(const char *text, std::uint32_t &address) {
+    in_addr network{};
+    if (inet_pton(AF_INET, text, &network) != 1)
+        return false;
+    address = ntohl(network.s_addr);
     return true;
 }
 

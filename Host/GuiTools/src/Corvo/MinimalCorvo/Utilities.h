@@ -3,6 +3,7 @@
 #include "MinimalCorvo/Types.h"
 
 #include <cstddef>
+#include <cstdint>
 
 namespace GenApi {
 class INodeMap;
@@ -73,6 +74,11 @@ bool getValueByKeyFromString(const char *text, const char *delimiters, const cha
 /// pieces count, so a text of n separators has n + 1 pieces; an empty separator splits nothing. \returns false, and
 /// leaves \p piece alone, when there is no such piece.
 bool extractSubString(const String_t &text, const String_t &separator, std::size_t index, String_t &piece);
+
+/// An IPv4 address in host order as "192.168.1.20".
+String_t DottedQuad(std::uint32_t address);
+/// The reverse, for exactly four decimal numbers. \returns false, and leaves \p address alone, for any other text.
+bool ParseDottedQuad(const char *text, std::uint32_t &address);
 
 /// The number in decimal.
 String_t itos(unsigned int number);

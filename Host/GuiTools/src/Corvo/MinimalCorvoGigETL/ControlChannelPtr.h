@@ -16,8 +16,8 @@ struct ControlChannelDeleter {
 using ControlChannelPtr = std::unique_ptr<Gx::ControlChannel, ControlChannelDeleter>;
 
 /// Opens a channel to the device's address with the default heartbeat timeout, see Gx::ControlChannel::Create.
-/// \param pChannel empty after a failure.
+/// \param pChannel empty after a failure. \param lifetime_ms after which the device counts as lost.
 [[nodiscard]] GXSTATUS OpenControlChannel(const CQuorelGigEDeviceInfo &info, std::uint32_t privilege,
-                                          ControlChannelPtr *pChannel);
+                                          ControlChannelPtr *pChannel, std::uint32_t lifetime_ms = UINT32_MAX);
 
 } // namespace Corvo

@@ -15,7 +15,8 @@ public:
     /// \param data the description, plain or zipped XML, or "file://" and the path of a file with one.
     /// \param injectedXml documents that are merged into it, each XML text or "file://" and a path.
     /// \param extractChunkData extracts the chunk data for a node map of its own, where the device supports that.
-    /// \throws RuntimeException when the data is no description; an earlier node map is then kept.
+    /// \throws LogicalErrorException while the device is open; RuntimeException when the data is no description. An
+    /// earlier node map is then kept.
     virtual void CreateNodemapFromXmlData(const std::vector<std::uint8_t> &data, const StringList_t &injectedXml,
                                           bool extractChunkData) = 0;
     virtual bool GetChunkDataNodeMapSupported() const = 0;

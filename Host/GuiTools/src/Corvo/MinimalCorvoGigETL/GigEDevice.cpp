@@ -67,7 +67,9 @@ private:
 };
 
 CGigEDevice::CGigEDevice(const CQuorelGigEDeviceInfo &info)
-    : m_closingLock(std::make_shared<std::recursive_mutex>()), m_Info(info), m_pPort(std::make_unique<CGxPort>()),
+    : m_closingLock(std::make_shared<std::recursive_mutex>()),
+      m_isRemovalPending(std::make_shared<std::atomic<bool>>(false)), m_Info(info),
+      m_pPort(std::make_unique<CGxPort>()),
       m_pControlChannelStatisticPort(std::make_unique<CControlChannelStatisticPort>()), m_CameraNodeMap("Device") {
     LoadTLParams();
     RegisterTLParamCallbacks();
@@ -218,6 +220,7 @@ std::exception_ptr CGigEDevice::DetachChannel() {
     channel.reset();
     m_AccessMode = AccessModeSet();
     m_bSurpriseRemoved = false;
+    *m_isRemovalPending = false;
     ImposeWriteTimeoutAccess(GenApi::RW);
     return failure;
 }
@@ -249,9 +252,21 @@ bool CGigEDevice::DeregisterRemovalCallback(DeviceCallbackHandle handle) {
 
 void CGigEDevice::OnSurpriseRemoval() noexcept {
     const std::shared_ptr<std::recursive_mutex> lock = m_closingLock;
-    const std::unique_lock<std::recursive_mutex> closingLock(*lock, std::try_to_lock);
-    if (!closingLock.owns_lock())
-        return;
+    const std::shared_ptr<std::atomic<bool>> isPending = m_isRemovalPending;
+    *isPending = true;
+    // Whoever has the lock is closing this very channel, or runs the callbacks of an earlier loss, one of which opened
+    // the device again: then it finds the flag, at the latest after unlocking. Once a callback has destroyed the device
+    // the flag is clear for good, so that nothing of the device is touched any more.
+    while (*isPending) {
+        const std::unique_lock<std::recursive_mutex> closingLock(*lock, std::try_to_lock);
+        if (!closingLock.owns_lock())
+            return;
+        while (isPending->exchange(false))
+            DeliverSurpriseRemoval();
+    }
+}
+
+void CGigEDevice::DeliverSurpriseRemoval() {
     LogTrace(DeviceLogCategory(), lvNotice, "Device removal for '%s'.", m_Info.GetFullName().c_str());
     if (m_bSurpriseRemoved.exchange(true))
         return;
@@ -267,7 +282,8 @@ void CGigEDevice::OnSurpriseRemoval() noexcept {
 void CGigEDevice::CreateNodemapFromXmlData(const std::vector<std::uint8_t> &data, const StringList_t &injectedXml,
                                            bool /*extractChunkData*/) {
     const Lock lock(m_memberLock);
-    assert(!IsOpen());
+    if (IsOpen())
+        throw LOGICAL_ERROR_EXCEPTION("Device '%s' already open.", m_Info.GetFullName().c_str());
     GenApi::CNodeMapFactory factory = MakeNodeMapFactory(data, injectedXml);
     m_CameraNodeMap._Attach(factory.CreateNodeMap("Device"));
     if (!m_CameraNodeMap._Connect(m_pPort.get(), DevicePortName))

@@ -14,6 +14,7 @@
 #include <initializer_list>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 namespace Corvo {
 
@@ -74,7 +75,9 @@ private:
     void ImposeWriteTimeoutAccess(GenApi::EAccessMode mode);
     void RegisterTLHeartbeatCallback();
     void RegisterCameraHeartbeatCallback();
-    static GenApi::EAccessMode AccessModeOf(const GenApi::CIntegerPtr &feature);
+    bool HasLiveChannel();
+    GenApi::EAccessMode AccessModeOf(const GenApi::CIntegerPtr &feature);
+    bool SetFeatures(std::initializer_list<std::pair<const GenApi::CIntegerPtr &, std::uint32_t>> values);
 
     /// Closes whatever is open and never fails half-way. \returns what is to be reported when all is closed.
     std::exception_ptr InternalClose() noexcept;
@@ -85,6 +88,7 @@ private:
 
     std::shared_ptr<CSurpriseRemovalController> OpenController(const char *operation) const;
     void CheckControlAccess(const char *operation) const;
+    void DeliverSurpriseRemoval();
 
     /// \returns false, without a call, while the device is closed. For node callbacks, which call nothing else inside.
     template <class Function> bool WithChannel(Function function);
@@ -101,6 +105,8 @@ private:
     mutable std::recursive_mutex m_memberLock;
     /// Shared with OnSurpriseRemoval, whose callbacks may destroy the device.
     std::shared_ptr<std::recursive_mutex> m_closingLock;
+    /// A loss that is not delivered yet. Shared likewise; cleared with the closing lock held.
+    std::shared_ptr<std::atomic<bool>> m_isRemovalPending;
     const CQuorelGigEDeviceInfo m_Info;
     std::shared_ptr<CSurpriseRemovalController> m_pSurpriseRemovalController;
     const std::unique_ptr<CGxPort> m_pPort;

@@ -1,15 +1,14 @@
 // The device's IP settings, by feature or by register.
 
+#include "MinimalCorvo/Utilities.h"
+#include "MinimalCorvoGigETL/DeviceLog.h"
 #include "MinimalCorvoGigETL/GigEDevice.h"
 #include "MinimalCorvoGigETL/GxStatusException.h"
 
 #include "Base/GCException.h"
 
-#include <arpa/inet.h>
-
 #include <algorithm>
 #include <array>
-#include <iterator>
 
 namespace Corvo {
 
@@ -22,25 +21,12 @@ using Settings = std::array<std::uint32_t, 3>;
 constexpr Settings SettingsRegisters = {GEV_REG_PERSISTENT_IP_ADDRESS, GEV_REG_PERSISTENT_SUBNET_MASK,
                                         GEV_REG_PERSISTENT_DEFAULT_GATEWAY};
 
-String_t DottedQuad(std::uint32_t address) {
-    const in_addr network{htonl(address)};
-    char text[INET_ADDRSTRLEN];
-    return inet_ntop(AF_INET, &network, text, sizeof text);
-}
-
-GXSTATUS ParseDottedQuad(const String_t &text, std::uint32_t &address) {
-    in_addr network{};
-    if (inet_pton(AF_INET, text, &network) != 1)
-        return GX_E_INVALID_PARAMETER;
-    address = ntohl(network.s_addr);
-    return GX_SUCCESS;
-}
-
 GXSTATUS Parse(const std::array<String_t, 3> &texts, Settings &settings) {
-    GXSTATUS status = GX_SUCCESS;
-    for (std::size_t i = 0; i < texts.size() && status == GX_SUCCESS; ++i)
-        status = ParseDottedQuad(texts[i], settings[i]);
-    return status;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        if (!ParseDottedQuad(texts[i], settings[i]))
+            return GX_E_INVALID_PARAMETER;
+    }
+    return GX_SUCCESS;
 }
 
 } // namespace
@@ -53,6 +39,25 @@ void CGigEDevice::CheckControlAccess(const char *operation) const {
         throw LOGICAL_ERROR_EXCEPTION("Unsupported mode: Control access is required (%s)", operation);
 }
 
+/// Sets all of them, or returns false when the registers have to serve: not all are writable, or one could not be
+/// written although the device lives. The limits in descriptions are not asked; many are wrong. With m_memberLock held.
+bool CGigEDevice::SetFeatures(std::initializer_list<std::pair<const GenApi::CIntegerPtr &, std::uint32_t>> values) {
+    if (!std::all_of(values.begin(), values.end(),
+                     [this](const auto &value) { return GenApi::IsWritable(AccessModeOf(value.first)); }))
+        return false;
+    try {
+        for (const auto &[feature, value] : values)
+            feature->SetValue(value, false);
+        return true;
+    } catch (const GenICam::GenericException &e) {
+        if (!HasLiveChannel())
+            throw;
+        tracelog::LogTrace(DeviceLogCategory(), tracelog::lvWarning, "Setting by register instead: %s",
+                           e.GetDescription());
+        return false;
+    }
+}
+
 void CGigEDevice::ChangeIpConfiguration(bool persistent, bool dhcp) {
     const Lock lock(m_memberLock);
     CheckControlAccess("ChangeIpConfiguration");
@@ -62,11 +67,8 @@ void CGigEDevice::ChangeIpConfiguration(bool persistent, bool dhcp) {
     if (persistent && m_Info.IsPersistentIpSupported())
         value |= GEV_IP_CONFIG_PERSISTENT_IP;
 
-    const GenApi::CIntegerPtr &feature = m_CameraNodeMap.GevCurrentIPConfiguration;
-    if (GenApi::IsWritable(AccessModeOf(feature))) {
-        feature->SetValue(value);
+    if (SetFeatures({{m_CameraNodeMap.GevCurrentIPConfiguration, value}}))
         return;
-    }
     constexpr std::uint32_t address = GEV_REG_NETWORK_INTERFACE_CONFIGURATION;
     const GXSTATUS status = m_pControlChannel->WriteReg(&address, &value, 1);
     m_pPort->InvalidateNode(); // features over the same register
@@ -89,18 +91,20 @@ void CGigEDevice::SetPersistentIpAddress(const String_t &ip, const String_t &mas
     const Lock lock(m_memberLock);
     CheckControlAccess("SetPersistentIpAddress");
     Settings settings{};
+    Settings before{};
     THROW_IF_GX_FAILED(Parse({ip, mask, gateway}, settings), "%s", failure);
 
-    const GenApi::CIntegerPtr features[] = {m_CameraNodeMap.GevPersistentIPAddress,
-                                            m_CameraNodeMap.GevPersistentSubnetMask,
-                                            m_CameraNodeMap.GevPersistentDefaultGateway};
-    if (std::all_of(std::begin(features), std::end(features),
-                    [](const auto &feature) { return GenApi::IsWritable(AccessModeOf(feature)); })) {
-        for (std::size_t i = 0; i < settings.size(); ++i)
-            features[i]->SetValue(settings[i]);
+    // To be put back: the new address with the old mask would be worse than the old settings.
+    const GXSTATUS known = m_pControlChannel->ReadReg(SettingsRegisters.data(), before.data(), before.size());
+    if (known != GX_SUCCESS && !HasLiveChannel())
+        THROW_IF_GX_FAILED(known, "%s", failure);
+    if (SetFeatures({{m_CameraNodeMap.GevPersistentIPAddress, settings[0]},
+                     {m_CameraNodeMap.GevPersistentSubnetMask, settings[1]},
+                     {m_CameraNodeMap.GevPersistentDefaultGateway, settings[2]}}))
         return;
-    }
     const GXSTATUS status = m_pControlChannel->WriteReg(SettingsRegisters.data(), settings.data(), settings.size());
+    for (std::size_t i = 0; i < before.size() && known == GX_SUCCESS && status != GX_SUCCESS; ++i)
+        (void)m_pControlChannel->WriteReg(&SettingsRegisters[i], &before[i], 1);
     m_pPort->InvalidateNode();
     THROW_IF_GX_FAILED(status, "%s", failure);
 }

@@ -89,11 +89,21 @@ void CGigEDevice::RegisterTLHeartbeatCallback() {
                          &CGigEDevice::OnInvalidateHeartbeatTimeout, GenApi::cbPostOutsideLock);
 }
 
-/// A description that cannot tell, as when a register of a condition is refused, does not offer the feature.
+/// Whether the device still answers, which is asked of it. With m_memberLock held.
+bool CGigEDevice::HasLiveChannel() {
+    constexpr std::uint32_t address = GEV_REG_VERSION;
+    std::uint32_t version = 0;
+    return m_pControlChannel != nullptr && m_pControlChannel->ReadReg(&address, &version, 1) == GX_SUCCESS;
+}
+
+/// A description that cannot tell, as when a register of a condition is refused, does not offer the feature. When the
+/// device was lost over the question the failure is passed on, which alone knows why. With m_memberLock held.
 GenApi::EAccessMode CGigEDevice::AccessModeOf(const GenApi::CIntegerPtr &feature) {
     try {
         return feature.IsValid() ? feature->GetAccessMode() : GenApi::NI;
     } catch (const GenICam::GenericException &e) {
+        if (!HasLiveChannel())
+            throw;
         tracelog::LogTrace(DeviceLogCategory(), tracelog::lvWarning, "Feature '%s' cannot be used: %s",
                            feature->GetNode()->GetName().c_str(), e.GetDescription());
         return GenApi::NI;
@@ -169,7 +179,9 @@ void CGigEDevice::SetChannelHeartbeatTimeout(std::int64_t timeout_ms) {
     GXSTATUS status = GX_SUCCESS;
     WithChannel(
         [&](ControlChannel &channel) { status = channel.SetHeartbeatTimeout(static_cast<std::uint32_t>(timeout_ms)); });
-    THROW_IF_GX_FAILED(status, "Heartbeat timeout of %lld ms: ", static_cast<long long>(timeout_ms));
+    if (status != GX_SUCCESS)
+        tracelog::LogTrace(DeviceLogCategory(), tracelog::lvWarning, "Heartbeat timeout of %lld ms: %s",
+                           static_cast<long long>(timeout_ms), GxStatusText(status).c_str());
 }
 
 } // namespace Corvo

@@ -22,7 +22,8 @@ enum EDeviceAccessiblityInfo : int {
 /// with the properties that the device must have (CInfoBase::IsUserProvided).
 class IDeviceFactory {
 public:
-    /// Finds all devices. \param addToList false clears \p list first. \returns the number of infos added.
+    /// Finds all devices. \param addToList false clears \p list first. \returns a number that a
+    /// layer makes up, see there; the list tells how many were added.
     virtual int EnumerateDevices(DeviceInfoList &list, bool addToList = false) = 0;
     /// Finds the devices that hold every property of at least one entry of \p filter; an empty filter admits all.
     virtual int EnumerateDevices(DeviceInfoList &list, const DeviceInfoList &filter, bool addToList = false) = 0;

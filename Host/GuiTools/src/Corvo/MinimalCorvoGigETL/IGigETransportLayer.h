@@ -38,6 +38,10 @@ public:
     /// \returns whether a device of that address had been announced.
     virtual bool RenounceRemoteDevice(const String_t &ipAddress) = 0;
 
+    /// What this host lacked for the calling thread's last discovery or accessibility test, as in "Too many open
+    /// files"; empty when nothing. A discovery then finds too little, and a test gives Accessibility_Unknown.
+    virtual String_t GetLastHostProblem() const = 0;
+
 protected:
     ~IGigETransportLayer() = default;
 };

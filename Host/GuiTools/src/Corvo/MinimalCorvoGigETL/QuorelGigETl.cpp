@@ -5,6 +5,7 @@
 #include "MinimalCorvoGigETL/EnumCallee.h"
 #include "MinimalCorvoGigETL/GigEDevice.h"
 #include "MinimalCorvoGigETL/GigETlTrace.h"
+#include "MinimalCorvoGigETL/GxStatus2Msg.h"
 #include "MinimalCorvoGigETL/GxStatusException.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 #include "MinimalCorvoGigETL/tools.h"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <sstream>
 
 namespace Corvo {
@@ -22,6 +24,7 @@ namespace {
 constexpr std::uint32_t BroadcastTimeout_ms = 250;
 constexpr std::uint32_t UnicastTimeout_ms = 1250;
 constexpr std::uint32_t ConfigurationTimeout_ms = 3000;
+constexpr std::uint32_t ProbeLifetime_ms = 2000;
 
 using MacBytes = std::array<std::uint8_t, 6>;
 
@@ -44,17 +47,21 @@ sockaddr AddressFromString(const String_t &text) {
     return address;
 }
 
+thread_local String_t lastHostProblem;
+
 /// Reads who holds a device, over a control channel without privilege.
 GXSTATUS ReadPrivilege(const CQuorelGigEDeviceInfo &info, std::uint32_t &privilege) {
     constexpr std::uint32_t address = GEV_REG_CONTROL_CHANNEL_PRIVILEGE;
     ControlChannelPtr channel;
-    const GXSTATUS status = OpenControlChannel(info, 0, &channel);
+    const GXSTATUS status = OpenControlChannel(info, 0, &channel, ProbeLifetime_ms);
     return status == GX_SUCCESS ? channel->ReadReg(&address, &privilege, 1) : status;
 }
 
 EDeviceAccessiblityInfo AccessibilityOf(GXSTATUS status, std::uint32_t privilege) {
     if (status == GX_E_GEV_ACCESS_DENIED)
         return Accessibility_OpenedExclusively;
+    if (IsHostProblem(status) || status == GX_E_ABORTED) // which says nothing about the device
+        return Accessibility_Unknown;
     if (status != GX_SUCCESS)
         return Accessibility_NotReachable;
     switch (privilege & 3) {
@@ -70,6 +77,8 @@ EDeviceAccessiblityInfo AccessibilityOf(GXSTATUS status, std::uint32_t privilege
 } // namespace
 
 CQuorelGigETl::~CQuorelGigETl() { DestroyAllDevices(); }
+
+String_t CQuorelGigETl::GetLastHostProblem() const { return lastHostProblem; }
 
 CTlInfo CQuorelGigETl::GetTlInfo() const { return GetTLInfoImplGigE(); }
 
@@ -101,6 +110,9 @@ int CQuorelGigETl::DoDeviceEnumeration(DeviceInfoList &list, bool broadcastAckno
     const GXSTATUS status = Gx::Enumerator::Discover(
         &callee, target != nullptr ? UnicastTimeout_ms : BroadcastTimeout_ms,
         broadcastAcknowledge ? Gx::Enumerator::FlagBroadcastAcknowledge : Gx::Enumerator::FlagDefault, target);
+    const bool hasFailed =
+        GxFailed(status) && status != GxStatusFromErrno(ENODEV); // a host without adapters finds none
+    lastHostProblem = hasFailed ? HostProblemText(status) : String_t();
     if (GxFailed(status) && target == nullptr) {
         tracelog::LogTrace(GigETlTraceCategory(), tracelog::lvError, "Failed to enumerate GigE devices: %s",
                            GxStatusText(status).c_str());
@@ -152,6 +164,7 @@ bool CQuorelGigETl::InternalIsDeviceAccessible(const CDeviceInfo &info, const Ac
     std::uint32_t privilege = 0;
     const GXSTATUS status = ReadPrivilege(info, privilege);
     const EDeviceAccessiblityInfo accessibility = AccessibilityOf(status, privilege);
+    lastHostProblem = IsHostProblem(status) ? HostProblemText(status) : String_t();
     if (pAccessibilityInfo != nullptr)
         *pAccessibilityInfo = accessibility;
     if (accessibility == Accessibility_Opened)

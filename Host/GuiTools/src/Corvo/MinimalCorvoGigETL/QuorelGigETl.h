@@ -28,6 +28,7 @@ public:
     void RestartIpConfiguration(const String_t &macAddress) override;
     bool AnnounceRemoteDevice(const String_t &ipAddress, CDeviceInfo *pInfo = nullptr) override;
     bool RenounceRemoteDevice(const String_t &ipAddress) override;
+    String_t GetLastHostProblem() const override;
 
 protected:
     String_t InternalGetDeviceClass() const override;

@@ -50,9 +50,39 @@ TlInfoList AvailableTls() {
 
 } // namespace
 
+/// A call that Terminate has to wait for.
+class CTlFactory::CCall {
+public:
+    /// \throws LogicalErrorException after the termination.
+    explicit CCall(CTlFactory &factory) : m_factory(factory) {
+        const std::lock_guard<std::mutex> lock(m_factory.m_lock);
+        m_factory.ThrowIfTerminated();
+        ++m_factory.m_runningCalls;
+    }
+    ~CCall() {
+        const std::lock_guard<std::mutex> lock(m_factory.m_lock);
+        if (--m_factory.m_runningCalls == 0)
+            m_factory.m_callEnded.notify_all();
+    }
+    CCall(const CCall &) = delete;
+    CCall &operator=(const CCall &) = delete;
+
+private:
+    CTlFactory &m_factory;
+};
+
 /// Holds a layer for the length of a scope.
 class CTlFactory::CTlHolder {
 public:
+    /// Holds the layer of a device. \throws InvalidArgumentException for a device that this factory does not know.
+    CTlHolder(CTlFactory &factory, ICorvoDevice *pDevice) : m_factory(factory) {
+        const std::lock_guard<std::mutex> lock(m_factory.m_lock);
+        const auto reference = m_factory.m_implicitTlRefs.find(pDevice);
+        if (reference == m_factory.m_implicitTlRefs.end())
+            throw INVALID_ARGUMENT_EXCEPTION("The device was not created by this factory.");
+        m_pLayer = reference->second;
+        ++m_factory.m_tlMap.find(m_pLayer)->second.references;
+    }
     /// \throws RuntimeException when there is no layer of that class.
     CTlHolder(CTlFactory &factory, const String_t &deviceClass)
         : m_factory(factory), m_pLayer(factory.CreateTl(deviceClass)) {
@@ -68,7 +98,7 @@ public:
 
 private:
     CTlFactory &m_factory;
-    ITransportLayer *m_pLayer;
+    ITransportLayer *m_pLayer = nullptr;
 };
 
 CTlFactory::CTlFactory() {
@@ -86,18 +116,13 @@ CTlFactory &CTlFactory::GetInstance() {
 
 const DeviceInfoList *CTlFactory::GetGlobalDeviceFilterInstance() { return GetInstance().m_pGlobalDeviceFilter.get(); }
 
-void CTlFactory::CheckNotTerminated() {
-    const std::lock_guard<std::mutex> lock(m_lock);
-    ThrowIfTerminated();
-}
-
 void CTlFactory::ThrowIfTerminated() const {
     if (m_terminated)
         throw LOGICAL_ERROR_EXCEPTION("Do not use any corvo object after Corvo::CorvoTerminate() has been called.");
 }
 
 int CTlFactory::EnumerateTls(TlInfoList &list) {
-    CheckNotTerminated();
+    const CCall call(*this);
     list = AvailableTls();
     return static_cast<int>(list.size());
 }
@@ -109,10 +134,10 @@ ITransportLayer *CTlFactory::CreateTl(const String_t &deviceClass) {
 }
 
 ITransportLayer *CTlFactory::CreateTl(const CTlInfo &info) {
+    const CCall call(*this);
     tracelog::LogTrace(TraceCategory(), tracelog::lvDebug, "Trying to create TL '%s' - %s",
                        info.GetDeviceClass().c_str(), info.GetFullName().c_str());
     const std::lock_guard<std::mutex> lock(m_lock);
-    ThrowIfTerminated(); // with the lock: nobody would destroy a layer that is made after the termination
     auto entry = FindTl(info.GetDeviceClass());
     if (entry == m_tlMap.end())
         entry = MakeTl(info);
@@ -147,7 +172,7 @@ CTlFactory::TlMap::iterator CTlFactory::AddTl(ITransportLayer *pLayer, const CTl
 }
 
 void CTlFactory::ReleaseTl(const ITransportLayer *pLayer) {
-    CheckNotTerminated();
+    const CCall call(*this);
     if (pLayer != nullptr && !Release(pLayer, &TlEntry::references))
         throw INVALID_ARGUMENT_EXCEPTION("The transport layer is not held.");
 }
@@ -175,7 +200,7 @@ int CTlFactory::EnumerateDevices(DeviceInfoList &list, bool addToList) {
 }
 
 int CTlFactory::EnumerateDevices(DeviceInfoList &list, const DeviceInfoList &filter, bool addToList) {
-    CheckNotTerminated();
+    const CCall call(*this);
     if (!addToList)
         list.clear();
     const std::size_t initialSize = list.size();
@@ -216,13 +241,13 @@ CDeviceInfo CTlFactory::FindOnAllTls(const CDeviceInfo &info, bool firstOnly) {
 
 bool CTlFactory::IsDeviceAccessible(const CDeviceInfo &info, AccessModeSet modes,
                                     EDeviceAccessiblityInfo *pAccessibilityInfo) {
-    CheckNotTerminated();
+    const CCall call(*this);
     const CDeviceInfo device = info.IsDeviceClassAvailable() ? info : FindOnAllTls(info, false);
     return CTlHolder(*this, device.GetDeviceClass())->IsDeviceAccessible(device, modes, pAccessibilityInfo);
 }
 
 ICorvoDevice *CTlFactory::InternalCreateDevice(const CDeviceInfo &info, const StringList_t &options, bool firstOnly) {
-    CheckNotTerminated();
+    const CCall call(*this);
     const CDeviceInfo device = info.IsDeviceClassAvailable() ? info : FindOnAllTls(info, firstOnly);
     const CTlHolder layer(*this, device.GetDeviceClass());
     return firstOnly ? layer->CreateFirstDevice(device, options) : layer->CreateDevice(device, options);
@@ -272,26 +297,19 @@ void CTlFactory::OnDeviceDestroyed(ICorvoDevice *pDevice) {
 }
 
 void CTlFactory::DestroyDevice(ICorvoDevice *pDevice) {
-    CheckNotTerminated();
+    const CCall call(*this);
     if (pDevice == nullptr)
         return;
-    ITransportLayer *pLayer = nullptr;
-    {
-        const std::lock_guard<std::mutex> lock(m_lock);
-        const auto reference = m_implicitTlRefs.find(pDevice);
-        if (reference != m_implicitTlRefs.end())
-            pLayer = reference->second;
-    }
-    if (pLayer == nullptr)
-        throw INVALID_ARGUMENT_EXCEPTION("The device was not created by this factory.");
-    pLayer->DestroyDevice(pDevice);
+    const CTlHolder layer(*this, pDevice);
+    layer->DestroyDevice(pDevice);
 }
 
 void CTlFactory::Terminate() {
     TlMap layers;
     {
-        const std::lock_guard<std::mutex> lock(m_lock);
+        std::unique_lock<std::mutex> lock(m_lock);
         m_terminated = true;
+        m_callEnded.wait(lock, [this] { return m_runningCalls == 0; });
         m_implicitTlRefs.clear();
         layers.swap(m_tlMap);
     }

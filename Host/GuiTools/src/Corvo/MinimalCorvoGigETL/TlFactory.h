@@ -2,6 +2,7 @@
 
 #include "MinimalCorvoGigETL/ITransportLayerPrivate.h"
 
+#include <condition_variable>
 #include <functional>
 #include <map>
 #include <memory>
@@ -18,7 +19,8 @@ class CTlLibHelper;
 /// exist then are destroyed.
 ///
 /// Any thread may call. One lock guards the tables of layers and devices and is never held while a layer works or is
-/// destroyed. A layer lives as long as somebody holds it (CreateTl, ReleaseTl) or one of its devices exists.
+/// destroyed. A layer lives as long as somebody holds it (CreateTl, ReleaseTl) or one of its devices exists; Terminate
+/// destroys it all the same, so who calls a layer directly must have come back by then.
 class CTlFactory : public IDeviceFactory, private IDeviceCreationObserver {
 public:
     static CTlFactory &GetInstance();
@@ -52,7 +54,9 @@ public:
     ICorvoDevice *CreateDevice(const String_t &fullName) override;
     void DestroyDevice(ICorvoDevice *pDevice) override;
 
-    /// Ends the use of the factory for good; a second call does nothing.
+    /// Ends the use of the factory for good; a second call does nothing. Waits for the calls of other threads to
+    /// return, and so must not be called from a callback that such a call may wait for, as destroying a device waits
+    /// for a removal callback that is running.
     void Terminate();
 
 private:
@@ -62,6 +66,7 @@ private:
         int implicitReferences = 0; ///< one for each existing device
     };
     using TlMap = std::map<ITransportLayer *, TlEntry, std::less<>>;
+    class CCall;
     class CTlHolder;
 
     CTlFactory();
@@ -70,7 +75,6 @@ private:
     void OnDeviceCreated(ITransportLayer &layer, ICorvoDevice *pDevice) override;
     void OnDeviceDestroyed(ICorvoDevice *pDevice) override;
 
-    void CheckNotTerminated();
     /// Drops a reference of either kind; the last one destroys the layer. \returns false when there was none.
     bool Release(const ITransportLayer *pLayer, int TlEntry::*references);
     void EnumerateDevicesOf(const CTlInfo &tlInfo, DeviceInfoList &list, const DeviceInfoList &filter);
@@ -86,6 +90,8 @@ private:
     std::unique_ptr<const DeviceInfoList> m_pGlobalDeviceFilter;
     std::mutex m_lock;
     bool m_terminated = false;
+    int m_runningCalls = 0;
+    std::condition_variable m_callEnded;
     TlMap m_tlMap;
     /// An address is there twice when a new device got that of one whose end is not yet reported.
     std::multimap<ICorvoDevice *, ITransportLayer *> m_implicitTlRefs;

@@ -68,10 +68,12 @@ template <class Interface> int CTransportLayerBase<Interface>::EnumerateUnfilter
     return InternalApplyFilter(found, filter, list);
 }
 
-/// An entry of the environment with a malformed address matches no device; it shall not hinder the others.
+/// An entry of the environment with a malformed address matches no device; it shall not hinder the others. Nor does one
+/// of hidden properties only, of which none would be compared.
 template <class Interface> bool CTransportLayerBase<Interface>::IsComparable(const CDeviceInfo &entry) const {
     try {
-        return InternalIsSubset(entry, entry);
+        StringList_t names;
+        return entry.GetPropertyNames(names) > 0 && InternalIsSubset(entry, entry);
     } catch (const GenICam::RuntimeException &error) {
         tracelog::LogTrace(TraceCategory(), tracelog::lvWarning, "Device filter: %s", error.GetDescription());
         return false;
@@ -91,13 +93,13 @@ int CTransportLayerBase<Interface>::EnumerateFiltered(DeviceInfoList &list, cons
 template <class Interface>
 int CTransportLayerBase<Interface>::InternalApplyFilter(const DeviceInfoList &source, const DeviceInfoList &filter,
                                                         DeviceInfoList &out) const {
-    const std::size_t initialSize = out.size();
-    for (const CDeviceInfo &device : source) {
-        if (std::any_of(filter.begin(), filter.end(),
-                        [&](const CDeviceInfo &entry) { return InternalIsSubset(device, entry); }))
-            out.push_back(device);
-    }
-    const int count = CountFrom(out, initialSize);
+    DeviceInfoList passed; // a malformed address among the entries shall not leave half of them in the caller's list
+    std::copy_if(source.begin(), source.end(), std::back_inserter(passed), [&](const CDeviceInfo &device) {
+        return std::any_of(filter.begin(), filter.end(),
+                           [&](const CDeviceInfo &entry) { return InternalIsSubset(device, entry); });
+    });
+    std::copy(passed.begin(), passed.end(), std::back_inserter(out));
+    const int count = CountFrom(passed, 0);
     if (!source.empty())
         tracelog::LogTrace(TraceCategory(), tracelog::lvDebug,
                            "Filter applied to device list, count of devices before filter step = %d, after filter step "

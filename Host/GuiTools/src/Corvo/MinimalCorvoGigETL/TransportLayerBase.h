@@ -40,7 +40,7 @@ protected:
     /// The one device that a caller-made info means. \param firstOnly takes the first of several.
     /// \throws RuntimeException when there is none, or several and \p firstOnly is false.
     void FindDevice(const CDeviceInfo &info, CDeviceInfo &result, bool firstOnly);
-    /// Appends to \p out what passes the filter. \returns the number appended.
+    /// Appends to \p out what passes the filter, or throws and appends nothing. \returns the number appended.
     int InternalApplyFilter(const DeviceInfoList &source, const DeviceInfoList &filter, DeviceInfoList &out) const;
     bool InternalMatchDeviceClass(const CDeviceInfo &info) const;
     void DestroyAllDevices();

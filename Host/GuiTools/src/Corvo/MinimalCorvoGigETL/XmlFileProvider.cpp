@@ -11,6 +11,7 @@
 #include "Base/GCException.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
 namespace Corvo {
@@ -26,14 +27,10 @@ constexpr int Role = 0;
 /// A port to a device that is only read.
 class CMonitorPort {
 public:
-    explicit CMonitorPort(const CQuorelGigEDeviceInfo &info) {
-        const GXSTATUS status = OpenControlChannel(info, 0, &m_channel);
-        if (status != GX_SUCCESS)
-            throw RUNTIME_EXCEPTION(
-                "Failed to download the XML configuration file from device '%s': %s (0x%08X) role=%i\n",
-                info.GetFullName().c_str(), GxStatus2Msg(status).c_str(), status, Role);
-        (void)m_channel->SetProperty(Gx::ControlChannel::MaxRetryCountRead, &ReadRetries, sizeof ReadRetries);
-        m_port.AttachControlChannel(*m_channel, AccessModeSet());
+    /// \param timeLimit from now, for all that is read.
+    CMonitorPort(const CQuorelGigEDeviceInfo &info, std::chrono::milliseconds timeLimit)
+        : m_info(info), m_end(Clock::now() + timeLimit) {
+        Open();
     }
     ~CMonitorPort() { m_port.DetachControlChannel(); }
     CMonitorPort(const CMonitorPort &) = delete;
@@ -41,7 +38,31 @@ public:
 
     CGxPort *operator->() { return &m_port; }
 
+    /// A device that denied an access is lost to the channel it denied it on.
+    void Reopen() {
+        m_port.DetachControlChannel();
+        m_channel.reset();
+        Open();
+    }
+
 private:
+    void Open() {
+        const GXSTATUS status = OpenControlChannel(m_info, 0, &m_channel, TimeLeft_ms());
+        if (status != GX_SUCCESS)
+            throw RUNTIME_EXCEPTION(
+                "Failed to download the XML configuration file from device '%s': %s (0x%08X) role=%i\n",
+                m_info.GetFullName().c_str(), GxStatus2Msg(status).c_str(), status, Role);
+        (void)m_channel->SetProperty(Gx::ControlChannel::MaxRetryCountRead, &ReadRetries, sizeof ReadRetries);
+        m_port.AttachControlChannel(*m_channel, AccessModeSet());
+    }
+    std::uint32_t TimeLeft_ms() const {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(m_end - Clock::now());
+        return static_cast<std::uint32_t>(std::max<std::int64_t>(left.count(), 0));
+    }
+
+    using Clock = std::chrono::steady_clock;
+    const CQuorelGigEDeviceInfo &m_info;
+    const Clock::time_point m_end;
     ControlChannelPtr m_channel;
     CGxPort m_port;
 };
@@ -98,6 +119,7 @@ void ReadTail(CMonitorPort &port, std::int64_t address, std::uint8_t *bytes, std
         port->Read(words, address, static_cast<std::int64_t>((size + 3) / 4 * 4));
         std::memcpy(bytes, words, size);
     } catch (const GenICam::RuntimeException &) {
+        port.Reopen();
         port->Read(bytes, address, static_cast<std::int64_t>(size));
     }
 }
@@ -130,7 +152,7 @@ void XmlFileProviderPrivateImpl::ProvideXmlFileRaw(const CQuorelGigEDeviceInfo &
                        info.GetFullName().c_str());
     SLocalFile file;
     {
-        CMonitorPort port(info);
+        CMonitorPort port(info, m_timeLimit);
         file = FindFile(port, info);
         bytes = ReadFile(port, file);
     }

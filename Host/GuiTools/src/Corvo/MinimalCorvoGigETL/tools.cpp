@@ -18,11 +18,6 @@ namespace {
 
 static_assert(sizeof(sockaddr) == sizeof(sockaddr_in), "the copies below convert between the two");
 
-String_t DottedQuad(in_addr address) {
-    char text[INET_ADDRSTRLEN];
-    return inet_ntop(AF_INET, &address, text, sizeof text);
-}
-
 CTlInfo MakeGigETlInfo() {
     CTlInfo info;
     info.SetDeviceClass(GIGE_DEVICE_CLASS);
@@ -49,10 +44,9 @@ sockaddr_in AsSockaddrIn(const sockaddr &address) {
 String_t atos(const sockaddr &address) {
     if (address.sa_family != AF_INET)
         throw RUNTIME_EXCEPTION("Protocoll not supported!");
-    const sockaddr_in ipv4 = AsSockaddrIn(address);
     char text[40];
     const int length =
-        std::snprintf(text, sizeof text, "%s:%d", DottedQuad(ipv4.sin_addr).c_str(), ntohs(ipv4.sin_port));
+        std::snprintf(text, sizeof text, "%s:%d", ntoa(address).c_str(), ntohs(AsSockaddrIn(address).sin_port));
     if (length < 0 || static_cast<std::size_t>(length) >= sizeof text)
         throw OUT_OF_RANGE_EXCEPTION("local buffer too small");
     return text;
@@ -72,9 +66,9 @@ void stoa(const char *text, sockaddr &address) {
     address = AsSockaddr(ipv4);
 }
 
-String_t ntoa(const GEV_IP_ADDRESS &address) { return DottedQuad({htonl(address.IPv4.Address)}); }
+String_t ntoa(const GEV_IP_ADDRESS &address) { return DottedQuad(address.IPv4.Address); }
 
-String_t ntoa(const sockaddr &address) { return DottedQuad(AsSockaddrIn(address).sin_addr); }
+String_t ntoa(const sockaddr &address) { return DottedQuad(ntohl(AsSockaddrIn(address).sin_addr.s_addr)); }
 
 std::string copyWithMaxLen(const char *field, std::size_t maxLength) {
     return field != nullptr ? std::string(field, strnlen(field, maxLength)) : std::string();
