@@ -1,8 +1,8 @@
 // The simulator on plain loopback: sockets, thread and faults.
-#include "camsim/Simulator.h"
 #include "GxSocket.h"
 #include "WireText.h"
 #include "camsim/Scene.h"
+#include "camsim/Simulator.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
