@@ -174,6 +174,18 @@ TEST_F(RunningSimulator, FaultsHappenAsSet) {
     }
 }
 
+TEST_F(RunningSimulator, AnOutageComesOnceAndGoes) {
+    simulator.setFaults(macOf(1), parseFaults("deaf-after=2,outage=60,commands=readreg"));
+    EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 1u);
+    EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 1u);
+    EXPECT_EQ(exchange(discovery, "127.0.0.10").size(), 1u); // does not count
+    EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 0u);
+    EXPECT_EQ(exchange(discovery, "127.0.0.10").size(), 0u);
+    EXPECT_TRUE(waitFor([this] { return exchange(readHeartbeat, "127.0.0.10").size() == 1; }));
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 1u);
+}
+
 TEST_F(RunningSimulator, FaultsOfLengthTimeAndOrder) {
     simulator.setFaults(parseFaults("short=100"));
     EXPECT_LT(exchange(readHeartbeat, "127.0.0.10").at(0).size(), 12u);

@@ -87,7 +87,10 @@ enum _GEV_BOOTSTRAP_REGISTERS : std::uint32_t {
     GEV_REG_HEARTBEAT_TIMEOUT = 0x0938, ///< ms
     GEV_REG_TIMESTAMP_TICK_FREQUENCY_HIGH = 0x093C,
     GEV_REG_TIMESTAMP_TICK_FREQUENCY_LOW = 0x0940,
-    GEV_REG_PENDING_TIMEOUT = 0x0958, ///< ms; the longest time to completion that a PENDING_ACK names
+    GEV_REG_TIMESTAMP_CONTROL = 0x0944, ///< 2 latches the timestamp, 1 resets it; reads 0
+    GEV_REG_TIMESTAMP_VALUE_HIGH = 0x0948,
+    GEV_REG_TIMESTAMP_VALUE_LOW = 0x094C,
+    GEV_REG_PENDING_TIMEOUT = 0x0958, ///< ms; a command may take as long
     GEV_REG_CONTROL_CHANNEL_PRIVILEGE = 0x0A00,
     GEV_REG_PRIMARY_APPLICATION_PORT = 0x0A04,       ///< UDP port of the application in control, 0 for none
     GEV_REG_PRIMARY_APPLICATION_IP_ADDRESS = 0x0A14, ///< its IPv4 address, 0 for none
