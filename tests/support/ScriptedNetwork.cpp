@@ -162,6 +162,8 @@ void ScriptedNetwork::pass(std::int64_t until) {
     settle();
     const Lock lock(m_Mutex);
     m_Now = std::max(m_Now.load(), until);
+    if (onTime)
+        onTime();
 }
 
 bool ScriptedNetwork::isSettled() const {

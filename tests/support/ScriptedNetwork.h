@@ -51,6 +51,7 @@ public:
     void advance(std::uint32_t milliseconds);
 
     std::atomic<bool> refusesThreads{false};
+    std::function<void()> onTime;   ///< called when the clock has moved
     std::atomic<int> portsTaken{0}; ///< that many times a bind to a given port finds it taken
 
     // What the library calls.

@@ -1,6 +1,7 @@
 #include "BroadcastSocketCollection.h"
 
 #include "Error.h"
+#include "StopPoll.h"
 #include "TraceImp.h"
 #include "gxapi/GvcpMessages.h"
 
@@ -192,6 +193,8 @@ GXSTATUS CBroadcastSocketCollection::SendBroadcast(const GXBUF &request, bool li
                                                    std::uint16_t port) noexcept {
     GXSTATUS result = GX_FALSE;
     for (std::size_t row = 0; row < m_Adapters.Count; ++row) {
+        if (IsStopRequested())
+            return GX_E_ABORTED;
         if (!IsSender(row) || (m_PreFilter && !(*m_PreFilter)(m_Sockets[row])))
             continue;
         const _GX_SOCKET_INTERFACE_INFO &adapter = m_Adapters.Rows[row];
@@ -214,6 +217,8 @@ GXSTATUS CBroadcastSocketCollection::SendBroadcast(const GXBUF &request, bool li
 GXSTATUS CBroadcastSocketCollection::SendUnicast(const GXBUF &request) noexcept {
     if (!m_pUnicastSocket)
         return GX_E_INVALID_PARAMETER;
+    if (IsStopRequested())
+        return GX_E_ABORTED;
     return m_pUnicastSocket->SendTo(request.iov_base, request.iov_len, m_Target);
 }
 

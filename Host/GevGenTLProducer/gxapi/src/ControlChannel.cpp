@@ -4,6 +4,7 @@
 #include "Error.h"
 #include "GvcpCommands.h"
 #include "TraceImp.h"
+#include "gxapi/StopToken.h"
 
 #include <algorithm>
 #include <cstring>
@@ -123,6 +124,7 @@ void CControlChannel::ReleasePrivilege() noexcept {
     const std::uint32_t privilege = m_DeviceAccessFlags;
     if (privilege == 0)
         return;
+    const Gx::CStopScope shield(nullptr); // else the device would be left held
     const GXSTATUS status = WriteOneReg(GEV_REG_CONTROL_CHANNEL_PRIVILEGE, 0);
     if (status != GX_SUCCESS)
         GX_TRACE(FlagControlChannel, LevelError, "Failed to release control channel 0x%08x. 0x%08X.", privilege,

@@ -1,6 +1,7 @@
 #include "ControlChannelXaction.h"
 
 #include "GvcpCommands.h"
+#include "StopPoll.h"
 #include "TraceImp.h"
 
 #include <algorithm>
@@ -51,6 +52,8 @@ GXSTATUS CControlChannel::CXaction::Init(CControlChannel &channel, std::uint8_t 
         GX_TRACE(FlagControlChannel, LevelError, "Attempt to init transaction at disconnected control channel");
         return GX_E_DISCONNECTED;
     }
+    if (IsStopRequested())
+        return GX_E_ABORTED;
     FormatHeader(*Request<GVCP_REQUEST_HEADER>(), flags, command, static_cast<std::uint16_t>(length),
                  channel.TakeRequestId());
 
@@ -85,7 +88,9 @@ GXSTATUS CControlChannel::CXaction::Complete(const GXBUF *buffers, std::size_t c
         else if (status == GX_E_TIMEOUT)
             verdict = HandleTimeout(&status);
         else
-            return Lose(status);
+            return status == GX_E_ABORTED ? status : Lose(status);
+        if (verdict == Verdict::Retry && IsStopRequested())
+            return GX_E_ABORTED;
     }
     return status;
 }

@@ -14,7 +14,7 @@ namespace Gx {
 ///
 /// A device that leaves a request unanswered through all retries, or denies access, is lost, and so is one whose
 /// answers cannot be received: the channel is then disconnected for good, every access returns GX_E_DISCONNECTED and
-/// only Destroy is of use.
+/// only Destroy is of use. An operation that is stopped (CStopScope) returns GX_E_ABORTED; the channel stays connected.
 class ControlChannel {
 public:
     /// Tags of GetProperty and SetProperty. Every property is an unsigned 32-bit number.
