@@ -80,6 +80,8 @@ TEST(Transaction, WaitsForPendingAcknowledges) {
         std::uint32_t after_ms;
         std::uint16_t time_ms;
     };
+    std::vector<Pending> longPending(5000, {10000, 100});
+    longPending[0] = {0, 10000};
     const struct {
         const char *what;
         std::vector<Pending> pending;
@@ -94,6 +96,7 @@ TEST(Transaction, WaitsForPendingAcknowledges) {
         {"over, and asked again", {{100, 300}}, 500, 12, 0, 2, 500},
         {"more than ten seconds", {{0, 8000}, {7900, 8000}}, 20000, 12, 0xE101800B, 2, 10200},
         {"one after another", std::vector<Pending>(5000, {0, 0}), 20000, 12, 0xE101800B, 2, 200},
+        {"for ever", longPending, 20000, 12, 0xE101800B, 2, 10000},
         {"cut", {{0, 3000}}, 3050, 11, 0xE100000B, 1, 0},
     };
     for (const auto &row : cases) {

@@ -36,7 +36,7 @@ constexpr std::int64_t Millisecond = 1000000; // of the clock, in ns
 constexpr std::int64_t Second = 1000 * Millisecond;
 constexpr std::int64_t Never = INT64_MAX;
 /// How long a thread that holds nobody up may take to become idle. It does not while it waits for a lock of ours.
-constexpr int MaxSettling_us = 100000;
+constexpr int MaxSettling_us = 50000;
 
 std::atomic<ScriptedNetwork *> current{nullptr};
 
