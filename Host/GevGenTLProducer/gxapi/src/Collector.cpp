@@ -2,6 +2,7 @@
 
 #include "Clock.h"
 #include "Error.h"
+#include "StopPoll.h"
 #include "TraceImp.h"
 
 #include <cerrno>
@@ -175,20 +176,23 @@ GXSTATUS CCollector::Collect(CSocket *sockets, std::size_t count, std::uint32_t 
     Deadline deadline(timeout_ms);
     const Deadline last(timeout_ms < GX_INFINITE - MaxUnrest_ms ? timeout_ms + MaxUnrest_ms : GX_INFINITE);
     while (!m_Stop) {
-        const int ready = ::poll(descriptors.get(), count, deadline.RemainingPollTimeout());
+        if (IsStopRequested())
+            return GX_E_ABORTED;
+        const int ready = ::poll(descriptors.get(), count, StopPollTimeout(deadline.RemainingPollTimeout()));
         const int error = errno;
         if (ready > 0 && last.HasPassed()) {
             GX_TRACE(FlagDiscovery, LevelError, "Datagrams arrive without end. Collection aborted.");
             return OnTimeout();
         }
         if (ready > 0) {
-            for (std::size_t row = 0; row < count && !m_Stop; ++row) {
+            for (std::size_t row = 0; row < count && !m_Stop && !IsStopRequested(); ++row) {
                 if (descriptors[row].revents != 0)
                     HandleRow(rows, row);
             }
             deadline = Deadline(timeout_ms);
         } else if (ready == 0) {
-            return OnTimeout();
+            if (deadline.HasPassed())
+                return OnTimeout();
         } else if (error == EINTR) {
             GX_TRACE(FlagDiscovery, LevelVerbose, "select interrupted");
         } else {

@@ -3,6 +3,7 @@
 #include "BroadcastSocketCollection.h"
 #include "EnumCollector.h"
 #include "GvcpCommands.h"
+#include "StopPoll.h"
 #include "TraceImp.h"
 
 #include <cstring>
@@ -66,6 +67,8 @@ GXSTATUS CEnumCollector::Keep(const Acknowledge &acknowledge) noexcept {
 
 void CEnumCollector::Deliver() noexcept {
     for (const Acknowledge &acknowledge : m_Acknowledges) {
+        if (IsStopRequested())
+            break;
         TraceResult(acknowledge.row, Report(acknowledge));
     }
     m_Acknowledges.clear();

@@ -36,7 +36,7 @@ using GX_INTERFACE_CALLBACK = GXSTATUS (*)(void *context, const _GX_SOCKET_INTER
                                       const sockaddr *destination, socklen_t destinationLength) noexcept;
 
 /// Receives one datagram, cut to the buffers. \param timeout_ms 0 only looks, GX_INFINITE waits without end. Signals do
-/// not extend the wait. Returns GX_E_TIMEOUT when nothing came.
+/// not extend the wait. Returns GX_E_TIMEOUT when nothing came, GX_E_ABORTED after a stop request.
 [[nodiscard]] GXSTATUS GxSocketRecv(SOCKET socket, const GXBUF *buffers, std::size_t count, std::uint32_t timeout_ms,
                                     std::size_t *pReceived) noexcept;
 [[nodiscard]] GXSTATUS GxSocketRecvFrom(SOCKET socket, const GXBUF *buffers, std::size_t count,

@@ -1,6 +1,7 @@
 #include "Clock.h"
 #include "Error.h"
 #include "GxSocket.h"
+#include "StopPoll.h"
 #include "TraceImp.h"
 
 #include <cerrno>
@@ -59,11 +60,13 @@ GXSTATUS GxSocketSendTo(SOCKET socket, const GXBUF *buffers, std::size_t count, 
 
 namespace {
 
-/// Waits until the socket has something to tell or the deadline passes.
+/// Waits until the socket has something to tell, the deadline passes or a stop is requested.
 GXSTATUS WaitReadable(SOCKET socket, const GxImp::Deadline &deadline) noexcept {
     for (;;) {
+        if (GxImp::IsStopRequested())
+            return GX_E_ABORTED;
         pollfd descriptor{Descriptor(socket), POLLIN, 0};
-        const int ready = ::poll(&descriptor, 1, deadline.RemainingPollTimeout());
+        const int ready = ::poll(&descriptor, 1, GxImp::StopPollTimeout(deadline.RemainingPollTimeout()));
         // POLLERR and POLLNVAL count as ready too: the receive that follows reports what is wrong.
         if (ready > 0)
             return GX_SUCCESS;
@@ -77,7 +80,8 @@ GXSTATUS WaitReadable(SOCKET socket, const GxImp::Deadline &deadline) noexcept {
 }
 
 GXSTATUS ReceiveMessage(SOCKET socket, msghdr &message, std::uint32_t timeout_ms, std::size_t *pReceived) noexcept {
-    const int flags = timeout_ms == GX_INFINITE ? 0 : MSG_DONTWAIT;
+    const bool blocks = timeout_ms == GX_INFINITE && GxImp::StopPollTimeout(-1) == -1;
+    const int flags = blocks ? 0 : MSG_DONTWAIT;
     const GxImp::Deadline deadline(timeout_ms);
     const socklen_t nameLength = message.msg_namelen;
     for (;;) {

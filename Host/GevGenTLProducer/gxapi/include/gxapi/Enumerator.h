@@ -45,7 +45,7 @@ public:
     /// \param flags combination of Flags.
     /// \param target null for a broadcast; otherwise the IPv4 address of one device, port 0 meaning 3956.
     /// \return 0 also when nothing answered; GX_FALSE when the request could be sent on no adapter;
-    ///         GX_E_ONLY_IPV4; a socket error. Thread-safe.
+    ///         GX_E_ONLY_IPV4; GX_E_ABORTED (CStopScope); a socket error. Thread-safe.
     [[nodiscard]] static GXSTATUS Discover(Callee *callee, std::uint32_t timeout_ms, std::uint32_t flags,
                                            const sockaddr *target) noexcept;
 };

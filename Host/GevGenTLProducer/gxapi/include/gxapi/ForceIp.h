@@ -18,7 +18,7 @@ namespace Gx {
 /// \param ip, subnetMask, gateway IPv4 socket addresses, not null.
 /// \param port destination UDP port, host order; 0 for 3956.
 /// \return 0; GX_E_TIMEOUT when no device acknowledged with success; GX_FALSE when nothing could be sent;
-///         GX_E_ONLY_IPV4; GX_E_INVALID_PARAMETER; a socket error. Thread-safe.
+///         GX_E_ONLY_IPV4; GX_E_INVALID_PARAMETER; GX_E_ABORTED (CStopScope); a socket error. Thread-safe.
 [[nodiscard]] GXSTATUS ForceIp(const std::uint8_t *mac, const sockaddr *ip, const sockaddr *subnetMask,
                                const sockaddr *gateway, std::uint16_t port) noexcept;
 

@@ -21,7 +21,7 @@ namespace Gx {
 /// \param timeout_ms the quiet period after which the wait ends.
 /// \return 0; GX_E_TIMEOUT when no device acknowledged, which includes devices that do not know the command;
 ///         GX_E_INTERNAL when the device reported a generic error; GX_FALSE when nothing could be sent;
-///         GX_E_ONLY_IPV4; a socket error. Thread-safe.
+///         GX_E_ONLY_IPV4; GX_E_ABORTED (CStopScope); a socket error. Thread-safe.
 [[nodiscard]] GXSTATUS SetIpConfiguration(const std::uint8_t *mac, GEV_IP_CONFIG ipConfig, const sockaddr *ip,
                                           const sockaddr *subnetMask, const sockaddr *gateway,
                                           const char *userDefinedName, bool broadcastAck,
