@@ -169,6 +169,16 @@ TEST_F(SavedChanges, ALostRestartIsRepeated) {
     EXPECT_THAT(reports, ElementsAre());
 }
 
+TEST_F(SavedChanges, ANameThatIsGoneAfterwardsIsWrittenBack) {
+    start({cameraAt(1, "192.168.10.21/24", ",name=left")});
+    onStep = [&](Step step) {
+        if (step == Step::Rediscover)
+            site->cameras.writeRegister(camera(1).mac, GEV_REG_USER_DEFINED_NAME, 0);
+    };
+    EXPECT_EQ("", configure(context(), change(Mode::Static)).text);
+    EXPECT_EQ("left", status().userName);
+}
+
 TEST_F(SavedChanges, AForgedAcknowledgeIsNotBelieved) {
     const ScriptedSite forger("nic1", "192.168.20.1/24", "192.168.20.66/24", [](const Bytes &request, std::size_t) {
         const bool isVendorCommand =
