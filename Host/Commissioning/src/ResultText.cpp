@@ -100,9 +100,9 @@ std::string describePresent(const Change &change, const Result &result) {
 }
 
 std::string nameRemark(const Change &change, const Result &result) {
-    return result.isNameLost ? " The camera has lost its name \"" +
-                                   std::string(change.device.GetUserDefinedName().c_str()) + "\"."
-                             : "";
+    return result.isNameLost
+               ? " The camera has lost its name \"" + std::string(change.device.GetUserDefinedName().c_str()) + "\"."
+               : "";
 }
 
 /// A camera with another mode may have kept its address because its server gives it just that.
