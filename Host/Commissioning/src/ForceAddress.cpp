@@ -46,9 +46,7 @@ std::string reasonOfFailure(const Context &context, const std::string &mac) {
         return "No camera with this MAC address answered.";
     testAccessibility(context.layer, *camera);
     const std::string obstacle = forceObstacle(*camera);
-    return obstacle.empty()
-               ? "The camera did not answer, and it still has the address " + toText(currentAddressOf(*camera)) + "."
-               : obstacle;
+    return obstacle.empty() ? stillAt(*camera, "The camera did not acknowledge and") : obstacle;
 }
 
 void takeOver(const Context &context, const TemporaryAddress &entered) {
