@@ -234,9 +234,12 @@ TEST_F(Observing, ListenerSeesWhatTheKernelDrops) {
     seen = observe(false, listener);
     EXPECT_THAT(summary(seen), Contains("error hidden nic0 025AE3000002"));
     EXPECT_THAT(summary(seen), Contains("error answers-filtered nic0"));
-    EXPECT_EQ(seen.cameras.at(1).model, "Virtual Camera");
-    EXPECT_EQ(seen.cameras.at(1).address, 0x0A000009u);
-    EXPECT_EQ(seen.cameras.at(1).mode, Mode::Static);
+    const auto hidden = std::find_if(seen.cameras.begin(), seen.cameras.end(),
+                                     [](const Camera &camera) { return camera.serial == "2"; });
+    ASSERT_NE(hidden, seen.cameras.end());
+    EXPECT_EQ(hidden->model, "Virtual Camera");
+    EXPECT_EQ(hidden->address, 0x0A000009u);
+    EXPECT_EQ(hidden->mode, Mode::Static);
     EXPECT_EQ(run(find(seen, "answers-filtered").remedies.at(0)), 0);
 
     nft("add table inet f; add chain inet f c { type filter hook prerouting priority -300; policy drop; }");
