@@ -52,7 +52,6 @@ std::string grantedListener(const TestFolder &folder, const char *capability = "
 
 TEST_F(Observing, HealthyNetworksHaveNoFindings) {
     const Site site("nic0", "192.168.1.5/24", {cameraAt(1, "192.168.1.20/24"), cameraAt(2, "192.168.1.21/24")});
-    sites = {&site};
     EXPECT_THAT(summary(observe(true)), ElementsAre());
 
     // Traffic that vanishes all the time: dropped by a firewall, of a multicast group, forwarded to nowhere.
@@ -83,7 +82,7 @@ TEST_F(Observing, LinksAreSwitchedOnAndGivenAddresses) {
     const testnet::Adapter without("nic3", "");
     ip("link set nic1 down");
     unplugged.cameraSide().ip("link set cam down");
-    Observation before = observe();
+    const Diagnosis before = observe();
     EXPECT_THAT(summary(before),
                 UnorderedElementsAre("info link-down nic1", "info no-carrier nic2", "info no-ipv4 nic3"));
     for (const char *code : {"link-down", "no-ipv4"})
@@ -96,7 +95,7 @@ TEST_F(Observing, LinksAreSwitchedOnAndGivenAddresses) {
 TEST_F(Observing, OneSubnetTwice) {
     const Site first("nic0", "192.168.1.5/24", {cameraAt(1, "192.168.1.20/24")});
     const Site second("nic1", "192.168.1.6/24", {cameraAt(2, "192.168.1.30/24")});
-    const Observation before = observe();
+    const Diagnosis before = observe();
     EXPECT_THAT(summary(before), Contains("warning same-subnet-twice nic1"));
     EXPECT_THAT(summary(before), Contains("warning routed-elsewhere nic1 025AE3000002"));
     EXPECT_EQ(run(find(before, "routed-elsewhere").remedies.at(0)), 0);
@@ -112,7 +111,7 @@ TEST_F(Observing, ReversePathFilterHidesAndTheRemedyShows) {
     for (const std::string &settings : {own + "=1", std::string("net.ipv4.conf.all.rp_filter=1"),
                                         own + "=2 net.ipv4.conf.all.rp_filter=1", own + "=2"}) {
         ASSERT_EQ(run("sysctl -qw net.ipv4.conf.all.rp_filter=0 " + own + "=0 " + settings), 0);
-        const Observation before = observe();
+        const Diagnosis before = observe();
         EXPECT_THAT(summary(before), ElementsAre("error answers-filtered nic0.100")) << settings;
         const std::vector<std::string> remedies = find(before, "answers-filtered").remedies;
         EXPECT_EQ(run(remedies.at(0)), 0);
@@ -129,7 +128,7 @@ TEST_F(Observing, ReversePathFilterHidesAndTheRemedyShows) {
 TEST_F(Observing, ReversePathFilterThatHidesNothing) {
     const Site site("nic0", "192.168.1.5/24", {cameraAt(1, "192.168.1.20/24")});
     ASSERT_EQ(run("sysctl -qw net.ipv4.conf.nic0.rp_filter=1"), 0);
-    const Observation before = observe();
+    const Diagnosis before = observe();
     EXPECT_THAT(summary(before), ElementsAre("info filter-on nic0"));
     EXPECT_EQ(run(find(before, "filter-on").remedies.at(0)), 0);
     EXPECT_THAT(summary(observe()), ElementsAre());
@@ -148,7 +147,7 @@ TEST_F(Observing, FirewallsDropAndAreOpened) {
           "add chain inet f d { type filter hook prerouting priority 0; }; add rule inet f d udp sport 3000-4000 "
           "drop"}) {
         nft("flush ruleset; add table inet f; " + std::string(chains));
-        const Observation before = observe(true);
+        const Diagnosis before = observe(true);
         EXPECT_THAT(summary(before), ElementsAre("warning answers-blocked", "warning no-answer nic0")) << chains;
         EXPECT_EQ(run(find(before, "answers-blocked").remedies.at(0)), 0);
         EXPECT_THAT(summary(observe(true)), ElementsAre(open)) << chains;
@@ -169,12 +168,12 @@ TEST_F(Observing, SmallBuffersOverrun) {
     const Site site("nic0", "192.168.1.5/24", configs);
     setenv("CORVO_BROADCAST_RECV_BUF_SIZE", "1", 1);
     ASSERT_EQ(Gx::Init(), 0u);
-    const Observation before = observe();
+    const Diagnosis before = observe();
     EXPECT_THAT(summary(before), Contains("warning answers-overrun"));
     // The limit of the machine is out of a namespace's reach.
     EXPECT_THAT(find(before, "answers-overrun").remedies.at(0),
-                StartsWith(before.bufferLimit < 1000000 ? "sysctl -w net.core.rmem_max=1000000"
-                                                        : "export CORVO_BROADCAST_RECV_BUF_SIZE=1000000"));
+                StartsWith(before.observation.bufferLimit < 1000000 ? "sysctl -w net.core.rmem_max=1000000"
+                                                                    : "export CORVO_BROADCAST_RECV_BUF_SIZE=1000000"));
     setenv("CORVO_BROADCAST_RECV_BUF_SIZE", "1000000", 1);
     ASSERT_EQ(Gx::Init(), 0u);
     EXPECT_THAT(summary(observe()), ElementsAre());
@@ -186,9 +185,8 @@ TEST_F(Observing, CamerasWithWrongSettings) {
         {cameraAt(1, "10.0.0.9/8"), cameraAt(2, "192.168.1.22/24", ",reachable=no"), cameraAt(3, "192.168.1.23/16"),
          cameraAt(4, "192.168.1.24/24 via 192.168.2.1"), cameraAt(5, "192.168.1.25/24", ",forced=192.168.1.26/24"),
          cameraAt(6, "192.168.1.27/24", ",enabled=dhcp"), cameraAt(7, "192.168.1.28/24", ",held-by=192.168.1.5:5000")});
-    sites = {&site};
     const std::string nic0 = " nic0 025AE300000";
-    const Observation before = observe();
+    const Diagnosis before = observe();
     EXPECT_THAT(summary(before),
                 UnorderedElementsAre("warning foreign-subnet" + nic0 + "1", "warning unanswering" + nic0 + "2",
                                      "warning mask-differs" + nic0 + "3", "warning gateway-outside" + nic0 + "4",
@@ -214,7 +212,6 @@ TEST_F(Observing, OneAddressTwice) {
 
 TEST_F(Observing, AddressOfTheHostIsFoundByWhatIsStored) {
     const Site site("nic0", "192.168.1.5/24", {cameraAt(1, "192.168.1.5/24", ",forced=192.168.1.20/24")});
-    sites = {&site};
     EXPECT_THAT(summary(observe()),
                 ElementsAre("error address-of-host nic0 025AE3000001", "warning temporary-address nic0 025AE3000001"));
 }
@@ -223,9 +220,9 @@ TEST_F(Observing, ListenerSeesWhatTheKernelDrops) {
     const Site site("nic0", "192.168.1.5/24", {cameraAt(1, "192.168.1.20/24"), cameraAt(2, "10.0.0.9/8")});
     const Site twin("nic1", "192.168.7.1/24", {cameraAt(3, "192.168.1.5/24", ",broadcast-ack=always")});
     const std::string listener = grantedListener(folder);
-    Observation seen = observe(false, listener);
-    EXPECT_THAT(seen.listener.adapters, UnorderedElementsAre("nic0", "nic1"));
-    EXPECT_EQ(seen.listener.dropped, 0u);
+    Diagnosis seen = observe(false, listener);
+    EXPECT_THAT(seen.observation.listener.adapters, UnorderedElementsAre("nic0", "nic1"));
+    EXPECT_EQ(seen.observation.listener.dropped, 0u);
     EXPECT_THAT(summary(seen), ElementsAre("error address-of-host nic1 025AE3000003", "error hidden nic1 025AE3000003",
                                            "warning foreign-subnet nic0 025AE3000002"));
     EXPECT_THAT(find(seen, "hidden").text, HasSubstr("an address of this host"));
@@ -234,9 +231,9 @@ TEST_F(Observing, ListenerSeesWhatTheKernelDrops) {
     seen = observe(false, listener);
     EXPECT_THAT(summary(seen), Contains("error hidden nic0 025AE3000002"));
     EXPECT_THAT(summary(seen), Contains("error answers-filtered nic0"));
-    const auto hidden = std::find_if(seen.cameras.begin(), seen.cameras.end(),
+    const auto hidden = std::find_if(seen.observation.cameras.begin(), seen.observation.cameras.end(),
                                      [](const Camera &camera) { return camera.serial == "2"; });
-    ASSERT_NE(hidden, seen.cameras.end());
+    ASSERT_NE(hidden, seen.observation.cameras.end());
     EXPECT_EQ(hidden->model, "Virtual Camera");
     EXPECT_EQ(hidden->address, 0x0A000009u);
     EXPECT_EQ(hidden->mode, Mode::Static);
@@ -279,8 +276,8 @@ TEST_F(FreeAddressTest, NobodyHasIt) {
     const Site site("nic0", "192.168.1.5/29", {cameraAt(1, "10.0.0.6/8"), cameraAt(2, "10.0.0.3/8")});
     site.adapter.cameraSide().ip("address add 192.168.1.2/29 dev cam"); // a neighbour that is no camera
     ip("route add 10.9.0.0/16 via 192.168.1.3");
-    const Observation host = observe();
-    Inventory inventory{host.adapters, host.cameras, {}};
+    const Inventory host = inventoryOf(observe());
+    Inventory inventory = host;
     const commissioning::Adapter nic0 = *std::find_if(host.adapters.begin(), host.adapters.end(),
                                                       [](const auto &adapter) { return adapter.name == "nic0"; });
     const AdapterAddress subnet = nic0.addresses.at(0);

@@ -75,6 +75,13 @@ Counters operator-(const Counters &after, const Counters &before) {
     return difference;
 }
 
+Counters operator*(const Counters &counters, double factor) {
+    Counters product;
+    for (const Place &place : places)
+        product.*place.value = static_cast<std::int64_t>(static_cast<double>(counters.*place.value) * factor);
+    return product;
+}
+
 Counters parseCounters(std::string_view snmp, std::string_view netstat) {
     Counters counters;
     parse(counters, snmp);

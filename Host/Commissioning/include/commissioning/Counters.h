@@ -27,6 +27,8 @@ struct Counters {
 };
 
 Counters operator-(const Counters &after, const Counters &before);
+/// What an interval that lasted so many times longer would have counted.
+Counters operator*(const Counters &counters, double factor);
 
 /// Reads those of the calling thread's network namespace; what the kernel does not tell is 0. Thread-safe.
 Counters readCounters();

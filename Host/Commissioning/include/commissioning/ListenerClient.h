@@ -64,7 +64,7 @@ public:
     ~ListenerClient();
 
     /// Waits until it listens on each adapter or has said that it cannot, but not longer than this.
-    void waitUntilReady(std::chrono::milliseconds patience = std::chrono::milliseconds(100)) const;
+    void waitUntilReady(std::chrono::milliseconds patience) const;
     /// Ends the program, which takes 500 ms at most. \return what it saw; to be called once.
     ListenerReport finish();
 
