@@ -119,14 +119,19 @@ std::string cameraCommand(const std::string &verb, const Camera &camera, const s
 
 AdapterAddress unusedSubnet(const Observation &host, unsigned skipped) {
     constexpr Address Mask = 0xFFFFFF00;
-    AdapterAddress candidate{0xC0A80A01 + skipped * 0x100, Mask}; // 192.168.10.1
+    AdapterAddress candidate;
     const auto isUsed = [&](const Adapter &adapter) {
         return std::any_of(adapter.addresses.begin(), adapter.addresses.end(), [&](const AdapterAddress &own) {
             return isInSubnet(candidate.address, own) || isInSubnet(own.address, candidate);
         });
     };
-    while (candidate.address < 0xC0A8FF01 && std::any_of(host.adapters.begin(), host.adapters.end(), isUsed))
-        candidate.address += ~Mask + 1;
+    for (const Address first : {0xC0A80A01U, 0xAC140001U, 0x0A140001U}) { // 192.168.10.1, 172.20.0.1, 10.20.0.1
+        for (Address third = 0; third < 0xF0; ++third) {
+            candidate = {first + third * (~Mask + 1), Mask};
+            if (std::none_of(host.adapters.begin(), host.adapters.end(), isUsed) && skipped-- == 0)
+                return candidate;
+        }
+    }
     return candidate;
 }
 
