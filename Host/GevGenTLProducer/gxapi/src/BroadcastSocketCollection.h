@@ -80,6 +80,7 @@ private:
     [[nodiscard]] GXSTATUS BindRow(std::size_t row, std::uint16_t &commonPort) noexcept;
     bool IsDedicatedReceiver(std::size_t row) const noexcept { return m_HasDedicatedReceiver && row == 0; }
     bool IsSender(std::size_t row) const noexcept;
+    void CountDrops() noexcept;
 
     AdapterTable m_Adapters;
     std::array<CSocket, MaxAdapters> m_Sockets; ///< parallel to the adapters
