@@ -11,7 +11,8 @@
 
 namespace GenApi {
 
-/// Node types the engine knows. A StructReg becomes one MaskedIntReg per StructEntry.
+/// Node types the engine knows. A StructReg becomes one MaskedIntReg per StructEntry. Unavailable stands for those of
+/// IEEE 1394 cameras, whose configuration ROM nobody reads here.
 enum class ENodeType : uint8_t {
     Category,
     Port,
@@ -31,6 +32,7 @@ enum class ENodeType : uint8_t {
     String,
     StringReg,
     Register,
+    Unavailable,
     Node
 };
 
@@ -94,9 +96,11 @@ enum class ERelation : uint8_t {
     X(Visibility, None)                                                                                                \
     X(pAddress, Locate)                                                                                                \
     X(pAlias, Link)                                                                                                    \
+    X(pBlockPolling, Link)                                                                                             \
     X(pCastAlias, Link)                                                                                                \
     X(pCommandValue, Read)                                                                                             \
     X(pEnumEntry, Read)                                                                                                \
+    X(pError, Link)                                                                                                    \
     X(pFeature, Link)                                                                                                  \
     X(pInc, Read)                                                                                                      \
     X(pIndex, Locate)                                                                                                  \

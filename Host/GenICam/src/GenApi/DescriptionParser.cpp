@@ -35,6 +35,13 @@ std::optional<ENodeType> NodeTypeNamed(std::string_view element) {
         {"StringReg", ENodeType::StringReg},
         {"Register", ENodeType::Register},
         {"Node", ENodeType::Node},
+        {"AdvFeatureLock", ENodeType::Unavailable},
+        {"ConfRom", ENodeType::Unavailable},
+        {"DcamLock", ENodeType::Unavailable},
+        {"IntKey", ENodeType::Unavailable},
+        {"SmartFeature", ENodeType::Unavailable},
+        {"TextDesc", ENodeType::Unavailable},
+        {"TxtKey", ENodeType::Unavailable},
     };
     const auto found = types.find(element);
     return found != types.end() ? std::optional(found->second) : std::nullopt;
@@ -234,7 +241,7 @@ void CDescriptionParser::ParseStructEntry(pugi::xml_node element, const std::vec
     ParseProperties(element, ENodeType::Node, none);
     const auto own = m_description->nodes.back().has;
     for (const SProperty &property : common)
-        if (!own.test(static_cast<std::size_t>(property.id)))
+        if (!own.test(static_cast<std::size_t>(property.id)) || property.id == EProperty::pInvalidator)
             AddProperty(property);
 }
 

@@ -65,8 +65,7 @@ INodeMap *CNodeImpl::GetNodeMap() const { return &m_map; }
 
 void CNodeImpl::InvalidateNode() {
     CUpdate update(m_map);
-    DropCache();
-    m_map.Changed(*this);
+    m_map.Invalidated(*this);
 }
 
 ECachingMode CNodeImpl::GetCachingMode() const {

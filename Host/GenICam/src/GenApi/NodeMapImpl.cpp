@@ -86,7 +86,7 @@ INode *CNodeMapImpl::GetNode(const gcstring &Name) const {
 
 void CNodeMapImpl::InvalidateNodes() const {
     CUpdate update(*this);
-    ++m_evaluation.epoch;
+    m_evaluation.Advance();
     for (const auto &node : m_nodes) {
         node->DropCache();
         update.Add(*node);
@@ -115,11 +115,10 @@ void CNodeMapImpl::Poll(int64_t ElapsedTime) {
         m_polledNodes = FindPolledNodes();
     for (SPolledNode &polled : *m_polledNodes) {
         polled.elapsed += ElapsedTime;
-        if (polled.elapsed < polled.period)
+        if (polled.elapsed < polled.period || polled.node->IsPollingBlocked())
             continue;
         polled.elapsed = 0;
-        polled.node->DropCache();
-        Changed(*polled.node);
+        polled.node->Polled();
     }
 }
 
@@ -146,10 +145,15 @@ std::vector<CNodeImpl *> CNodeMapImpl::DependentsOf(const CNodeImpl &node) const
     return dependents;
 }
 
-void CNodeMapImpl::Changed(const CNodeImpl &node) const {
-    ++m_evaluation.epoch;
-    m_collector->Add(node);
-    for (const SDependent &dependent : Dependencies().DependentsOf(node.Index())) {
+void CNodeMapImpl::Invalidated(CNodeImpl &node) const {
+    node.DropCache();
+    Spread(node, true);
+}
+
+void CNodeMapImpl::Spread(const CNodeImpl &origin, bool isInvalidated) const {
+    m_evaluation.Advance();
+    m_collector->Add(origin);
+    for (const SDependent &dependent : Dependencies().DependentsOf(origin.Index(), isInvalidated)) {
         if (dependent.isStale)
             At(dependent.node)->DropCache();
         m_collector->Add(*At(dependent.node));

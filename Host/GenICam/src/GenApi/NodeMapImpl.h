@@ -53,7 +53,9 @@ public:
     /// Nodes that are stale when \p node changes.
     std::vector<CNodeImpl *> DependentsOf(const CNodeImpl &node) const;
     /// To be called within a CUpdate: drops what dependent nodes keep, and notes all of them for their callbacks.
-    void Changed(const CNodeImpl &node) const;
+    void Changed(const CNodeImpl &node) const { Spread(node, false); }
+    /// The same for a node whose value is no longer known: drops what it and the registers below it keep as well.
+    void Invalidated(CNodeImpl &node) const;
     /// Whether a category lists the node.
     bool IsFeature(const CNodeImpl &node) const;
     /// The update that changes are reported to. \returns the one before.
@@ -67,6 +69,7 @@ private:
     };
 
     void LinkReferences();
+    void Spread(const CNodeImpl &origin, bool isInvalidated) const;
     bool Link(SProperty &property) const;
     std::vector<SPolledNode> FindPolledNodes() const;
     CDependencyGraph &Dependencies() const;

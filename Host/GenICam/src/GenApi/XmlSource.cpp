@@ -70,6 +70,24 @@ void RefuseDoctype(const pugi::xml_document &document) {
             throw RUNTIME_EXCEPTION("The camera description has a DOCTYPE, which is not allowed");
 }
 
+/// Some files qualify all elements, as in "gc:RegisterDescription".
+class CPrefixRemover : public pugi::xml_tree_walker {
+public:
+    bool for_each(pugi::xml_node &node) override {
+        const std::string_view name = node.name();
+        if (const std::size_t colon = name.find(':'); colon != std::string_view::npos)
+            node.set_name(std::string(name.substr(colon + 1)).c_str());
+        return true;
+    }
+};
+
+void RemovePrefixes(pugi::xml_document &document) {
+    if (std::string_view(document.document_element().name()).find(':') == std::string_view::npos)
+        return;
+    CPrefixRemover remover;
+    document.traverse(remover);
+}
+
 } // namespace
 
 std::string ReadDescriptionFile(const gcstring &fileName) {
@@ -95,6 +113,7 @@ XmlDocument ParseXml(std::string_view bytes) {
                                 xml.data() - bytes.data() + result.offset);
     RefuseDoctype(*document);
     CheckDepth(*document);
+    RemovePrefixes(*document);
     if (!document->child("RegisterDescription"))
         throw RUNTIME_EXCEPTION("The camera description has no root element 'RegisterDescription'");
     return document;
