@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Text.h"
+
 #include "GenApi/Types.h"
 
 #include <bitset>
@@ -135,15 +137,19 @@ EProperty PropertyNamed(std::string_view element);
 /// Index of a node that does not exist.
 constexpr int32_t NoNode = -1;
 
-/// One element of a node. The texts belong to the description and stand without blanks around them.
+/// One element of a node. Most are never asked for, so their texts are left as they stand in the document, and there is
+/// no more of them here than it takes to find them.
 struct SProperty {
     EProperty id;
     /// The node a reference names, once linked.
-    int32_t target;
-    std::string_view text;
+    int32_t target = NoNode;
+    const char *text = "";
+    const char *attribute = "";
+
+    std::string_view Text() const { return Trim(text); }
     /// Name of a pVariable, Constant or Expression; Index of an indexed value; Offset of a pIndex. A pIndex with a
     /// pOffset attribute is followed by a property pOffset.
-    std::string_view attribute;
+    std::string_view Attribute() const { return Trim(attribute); }
 };
 
 struct SNodeDescription {
@@ -168,7 +174,7 @@ struct SRootAttributes {
 
 /// A camera description as plain lists, without any behaviour.
 struct SDescription {
-    /// Keeps the text behind the views alive.
+    /// Keeps the text alive that names and properties lie in.
     std::shared_ptr<const void> text;
     /// Texts that do not stand in the file in one piece. A deque never moves its elements.
     std::deque<std::string> madeTexts;

@@ -80,15 +80,15 @@ private:
         return IsInteger() ? FormulaNumber(node.IntegerLimit(limit)) : node.FloatLimit(limit);
     }
     FormulaNumber Literal(const SProperty &constant) const {
-        const auto number = ParseFormulaNumber(constant.text, m_set.m_kind);
+        const auto number = ParseFormulaNumber(constant.Text(), m_set.m_kind);
         return number ? *number : m_set.m_node.FloatOf(constant); // which throws
     }
 
     FormulaNumber RunExpression(const SProperty &property) {
         if (++m_depth > maxExpressionDepth)
             throw RUNTIME_EXCEPTION("Node '%s': expression '%.*s' depends on itself or is nested too deeply",
-                                    m_set.m_node.NameText(), static_cast<int>(property.attribute.size()),
-                                    property.attribute.data());
+                                    m_set.m_node.NameText(), static_cast<int>(property.Attribute().size()),
+                                    property.Attribute().data());
         const FormulaNumber value = Run(m_set.Compiled(property));
         --m_depth;
         return value;
@@ -167,7 +167,7 @@ const SProperty *CFormulaSet::FindNamed(std::string_view name) const {
     for (const SProperty &property : m_node)
         if ((property.id == EProperty::pVariable || property.id == EProperty::Constant ||
              property.id == EProperty::Expression) &&
-            property.attribute == name)
+            property.Attribute() == name)
             return &property;
     return nullptr;
 }
@@ -178,8 +178,8 @@ CFormulaSet::SBinding CFormulaSet::BindingOf(const SProperty &property) {
         return {EMeaning::Constant, &property, {}, 0};
     if (property.id == EProperty::Expression)
         return {EMeaning::Expression, &property, {}, 0};
-    const std::size_t dot = property.attribute.find('.');
-    return WithSuffix(property, dot != std::string_view::npos ? property.attribute.substr(dot + 1) : "Value");
+    const std::size_t dot = property.Attribute().find('.');
+    return WithSuffix(property, dot != std::string_view::npos ? property.Attribute().substr(dot + 1) : "Value");
 }
 
 CFormulaSet::SBinding CFormulaSet::WithSuffix(const SProperty &variable, std::string_view suffix) {

@@ -3,14 +3,13 @@
 #include "DependencyGraph.h"
 #include "Description.h"
 #include "Evaluation.h"
+#include "NameIndex.h"
 #include "NodeImpl.h"
 #include "Update.h"
 
 #include "GenApi/IDestroy.h"
 #include "GenApi/IDeviceInfo.h"
 #include "GenApi/INodeMap.h"
-
-#include <unordered_map>
 
 namespace GenApi {
 
@@ -76,7 +75,7 @@ private:
 
     std::unique_ptr<SDescription> m_description;
     gcstring m_deviceName;
-    std::unordered_map<std::string_view, int32_t> m_names;
+    CNameIndex m_names;
     mutable CLock m_lock;
     mutable SEvaluation m_evaluation;
     mutable CUpdate *m_collector = nullptr;

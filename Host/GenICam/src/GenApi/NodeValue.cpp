@@ -62,7 +62,7 @@ EAccessMode CNodeImpl::DetermineAccessMode() const {
         return NI;
     EAccessMode mode = Combine(OwnAccessMode(), m_imposedAccessMode);
     if (const SProperty *const imposed = Find(EProperty::ImposedAccessMode))
-        mode = Combine(mode, ParseAccessMode(imposed->text));
+        mode = Combine(mode, ParseAccessMode(imposed->Text()));
     if (mode == NI || !Condition(EProperty::pIsImplemented, true, false))
         return NI;
     if (mode == NA || !Condition(EProperty::pIsAvailable, true, false))
@@ -200,7 +200,7 @@ bool CNodeImpl::IsCached() const {
 ERepresentation CNodeImpl::Representation() const {
     const CEvaluationScope scope(*this, EEvaluated::Representation);
     const SProperty *const given = Find(EProperty::Representation);
-    return given != nullptr ? ParseRepresentation(given->text) : NaturalRepresentation();
+    return given != nullptr ? ParseRepresentation(given->Text()) : NaturalRepresentation();
 }
 
 int64_t CNodeImpl::DoReadInteger(bool) const { throw RUNTIME_EXCEPTION("Node '%s' has no numeric value", NameText()); }

@@ -98,8 +98,8 @@ CPortNode &CRegisterNode::Port() const {
         throw RUNTIME_EXCEPTION("Node '%s' has no port", NameText());
     auto *const port = dynamic_cast<CPortNode *>(&Target(*property));
     if (port == nullptr)
-        throw RUNTIME_EXCEPTION("Node '%s': '%.*s' is no port", NameText(), static_cast<int>(property->text.size()),
-                                property->text.data());
+        throw RUNTIME_EXCEPTION("Node '%s': '%.*s' is no port", NameText(), static_cast<int>(property->Text().size()),
+                                property->Text().data());
     return *port;
 }
 
@@ -131,7 +131,7 @@ int64_t CRegisterNode::IndexOffset(const SProperty &index) const {
     uint64_t step = 0;
     if (next != end() && next->id == EProperty::pOffset)
         step = static_cast<uint64_t>(IntegerOf(*next));
-    else if (const auto offset = ParseInteger(index.attribute))
+    else if (const auto offset = ParseInteger(index.Attribute()))
         step = static_cast<uint64_t>(*offset);
     else
         step = Length();

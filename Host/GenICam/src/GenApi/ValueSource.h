@@ -95,7 +95,7 @@ private:
     const SProperty *IndexedPlace(int64_t index) const {
         for (const SProperty &property : m_node)
             if ((property.id == EProperty::ValueIndexed || property.id == EProperty::pValueIndexed) &&
-                ParseInteger(property.attribute) == index)
+                ParseInteger(property.Attribute()) == index)
                 return &property;
         const SProperty *const reference = m_node.Find(EProperty::pValueDefault);
         return reference != nullptr ? reference : m_node.Find(EProperty::ValueDefault);
