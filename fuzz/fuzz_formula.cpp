@@ -8,15 +8,22 @@
 
 namespace {
 
-template <class Number> class IndexVariables : public GenApi::IFormulaVariables<Number> {
+class IndexVariables : public GenApi::IFormulaVariables {
 public:
-    Number Get(std::size_t variable) override { return static_cast<Number>(variable) * 1000003 - 7; }
+    explicit IndexVariables(GenApi::EFormulaKind kind) : m_kind(kind) {}
+    GenApi::FormulaNumber Get(std::size_t variable) override {
+        const auto value = static_cast<int64_t>(variable) * 1000003 - 7;
+        return m_kind == GenApi::EFormulaKind::Integer ? GenApi::FormulaNumber(value) : static_cast<double>(value);
+    }
+
+private:
+    GenApi::EFormulaKind m_kind;
 };
 
-template <class Number> void CompileAndEvaluate(std::string_view text, GenApi::EFormulaKind kind) {
+void CompileAndEvaluate(std::string_view text, GenApi::EFormulaKind kind) {
     const GenApi::SFormula formula = GenApi::CompileFormula(text, kind, "Node");
-    IndexVariables<Number> variables;
-    GenApi::EvaluateFormula<Number>(formula, variables);
+    IndexVariables variables(kind);
+    GenApi::ToInteger(GenApi::EvaluateFormula(formula, variables), formula);
 }
 
 } // namespace
@@ -26,10 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
         return 0;
     const std::string_view text(reinterpret_cast<const char *>(data) + 1, size - 1);
     try {
-        if (data[0] % 2 == 0)
-            CompileAndEvaluate<int64_t>(text, GenApi::EFormulaKind::Integer);
-        else
-            CompileAndEvaluate<double>(text, GenApi::EFormulaKind::Float);
+        CompileAndEvaluate(text, data[0] % 2 == 0 ? GenApi::EFormulaKind::Integer : GenApi::EFormulaKind::Float);
     } catch (const GenICam::GenericException &) {
     }
     return 0;

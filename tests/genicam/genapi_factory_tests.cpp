@@ -42,6 +42,9 @@ TEST(GenApiFactory, ReadsWhatCamerasOfTheFieldStore) {
     EXPECT_EQ(ValueIn("<RegisterDescription><IntSwissKnife Name='A'><Formula><![CDATA[3 < 4]]> - <!-- c --> 5</Formula>"
                       "</IntSwissKnife></RegisterDescription>"),
               0);
+    EXPECT_EQ(ValueIn("<gc:RegisterDescription xmlns:gc='u'><gc:Integer Name='A'><gc:Value>7</gc:Value></gc:Integer>"
+                      "</gc:RegisterDescription>"),
+              7);
     CNodeMapRef latin;
     latin._LoadXMLFromString("<?xml version='1.0' encoding='ISO-8859-1'?><RegisterDescription>"
                              "<Node Name='A'><ToolTip>\xB5s</ToolTip></Node></RegisterDescription>");

@@ -9,6 +9,10 @@
 #include <utility>
 #include <vector>
 
+// Elements of registers.
+#define PORT "<pPort>Device</pPort>"
+#define REG "<AccessMode>RW</AccessMode><pPort>Device</pPort>"
+
 namespace GenApiTest {
 
 /// Memory behind a port, with a list of all accesses: "r100:4" is a read of 4 bytes at 0x100, "w100:0a0b" a write.

@@ -16,7 +16,8 @@ template <class Add> void CDependencyGraph::ForEachEdge(const SDescription &desc
             if (relation == ERelation::Select)
                 add(self, SDependent{property.target, true, true});
             else
-                add(property.target, SDependent{self, relation != ERelation::Locate});
+                add(property.target,
+                    SDependent{self, relation != ERelation::Locate, false, relation == ERelation::Invalidate});
         }
     }
 }
@@ -33,18 +34,41 @@ CDependencyGraph::CDependencyGraph(const SDescription &description)
     });
 }
 
-std::vector<SDependent> CDependencyGraph::DependentsOf(int32_t origin) {
+template <class Visit> void CDependencyGraph::ForEachSource(int32_t index, Visit &&visit) const {
+    const SNodeDescription &node = m_description.nodes[static_cast<std::size_t>(index)];
+    for (uint32_t p = node.firstProperty; p < node.firstProperty + node.propertyCount; ++p) {
+        const SProperty &source = m_description.properties[p];
+        const bool passesValue = RelationOf(source.id) == ERelation::ReadWrite;
+        if (source.target != NoNode && (passesValue || RelationOf(source.id) == ERelation::Read))
+            visit(source.target, passesValue || source.id == EProperty::pVariable);
+    }
+}
+
+std::vector<SDependent> CDependencyGraph::DependentsOf(int32_t origin, bool isInvalidated) {
     std::vector<SDependent> found;
     ++m_search;
-    Reach(found, {origin, false});
+    Reach(found, {origin, false, false, isInvalidated});
     for (std::size_t at = 0; at < found.size(); ++at) {
         const auto node = static_cast<std::size_t>(found[at].node);
         for (uint32_t edge = m_first[node]; edge < m_first[node + 1]; ++edge)
             Reach(found, m_dependents[edge]);
+        ReachInvalidated(found);
     }
     ReachSelected(found);
     found.erase(found.begin());
     return found;
+}
+
+/// A feature keeps nothing itself: its value is read anew when that of the registers below it is.
+void CDependencyGraph::ReachInvalidated(std::vector<SDependent> &found) {
+    while (!m_invalidated.empty()) {
+        const int32_t node = m_invalidated.back();
+        m_invalidated.pop_back();
+        ForEachSource(node, [&](int32_t source, bool isValue) {
+            if (isValue)
+                Reach(found, {source, true, false, true});
+        });
+    }
 }
 
 /// What selected features read has another value now as well, except for a register that is already known to be another
@@ -55,32 +79,30 @@ void CDependencyGraph::ReachSelected(std::vector<SDependent> &found) {
         if (dependent.isSelected)
             selected.push_back(dependent.node);
     while (!selected.empty()) {
-        const SNodeDescription &node = m_description.nodes[static_cast<std::size_t>(selected.back())];
+        const int32_t node = selected.back();
         selected.pop_back();
-        for (uint32_t p = node.firstProperty; p < node.firstProperty + node.propertyCount; ++p) {
-            const SProperty &source = m_description.properties[p];
-            const ERelation relation = RelationOf(source.id);
-            if (source.target == NoNode || (relation != ERelation::Read && relation != ERelation::ReadWrite))
-                continue;
-            const SReached &reached = m_reached[static_cast<std::size_t>(source.target)];
-            const bool isNew = reached.search != m_search;
-            if (isNew)
-                Reach(found, {source.target, true});
+        ForEachSource(node, [&](int32_t source, bool) {
+            const SReached &reached = m_reached[static_cast<std::size_t>(source)];
+            if (reached.search != m_search)
+                Reach(found, {source, true});
             if (!std::exchange(found[reached.position].isSelected, true))
-                selected.push_back(source.target);
-        }
+                selected.push_back(source);
+        });
     }
 }
 
 void CDependencyGraph::Reach(std::vector<SDependent> &found, const SDependent &dependent) {
     SReached &reached = m_reached[static_cast<std::size_t>(dependent.node)];
-    if (reached.search == m_search) {
-        found[reached.position].isStale = found[reached.position].isStale || dependent.isStale;
-        found[reached.position].isSelected = found[reached.position].isSelected || dependent.isSelected;
-        return;
+    if (reached.search != m_search) {
+        reached = {m_search, static_cast<uint32_t>(found.size())};
+        found.push_back({dependent.node});
     }
-    reached = {m_search, static_cast<uint32_t>(found.size())};
-    found.push_back(dependent);
+    SDependent &known = found[reached.position];
+    if (dependent.isInvalidated && !known.isInvalidated)
+        m_invalidated.push_back(dependent.node);
+    known.isStale = known.isStale || dependent.isStale;
+    known.isSelected = known.isSelected || dependent.isSelected;
+    known.isInvalidated = known.isInvalidated || dependent.isInvalidated;
 }
 
 } // namespace GenApi

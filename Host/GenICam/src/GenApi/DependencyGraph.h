@@ -10,6 +10,8 @@ struct SDependent {
     bool isStale = false;
     /// A selector that changed names the node, or it stands behind such a node.
     bool isSelected = false;
+    /// The node was invalidated, or gives an invalidated node its value.
+    bool isInvalidated = false;
 };
 
 /// Who is affected when a node changes. Guarded by the node map's lock.
@@ -19,7 +21,8 @@ public:
     explicit CDependencyGraph(const SDescription &description);
 
     /// All nodes that depend on \p origin, directly or through others, each once and without itself; nearest first.
-    std::vector<SDependent> DependentsOf(int32_t origin);
+    /// \param isInvalidated what the origin takes its value from is stale as well.
+    std::vector<SDependent> DependentsOf(int32_t origin, bool isInvalidated = false);
 
 private:
     /// Place of a node among the results of one search.
@@ -30,7 +33,10 @@ private:
 
     /// Calls `add(changed, dependent)` for each direct dependence.
     template <class Add> static void ForEachEdge(const SDescription &description, Add &&add);
+    /// Calls `visit(source, isValue)` for each node that the node reads; isValue when it takes its value from there.
+    template <class Visit> void ForEachSource(int32_t index, Visit &&visit) const;
     void Reach(std::vector<SDependent> &found, const SDependent &dependent);
+    void ReachInvalidated(std::vector<SDependent> &found);
     void ReachSelected(std::vector<SDependent> &found);
 
     const SDescription &m_description;
@@ -38,6 +44,8 @@ private:
     std::vector<uint32_t> m_first;
     std::vector<SDependent> m_dependents;
     std::vector<SReached> m_reached;
+    /// Nodes whose sources are still to be invalidated.
+    std::vector<int32_t> m_invalidated;
     uint32_t m_search = 0;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Text.h"
+
 #include "GenApi/Types.h"
 
 #include <bitset>
@@ -11,7 +13,8 @@
 
 namespace GenApi {
 
-/// Node types the engine knows. A StructReg becomes one MaskedIntReg per StructEntry.
+/// Node types the engine knows. A StructReg becomes one MaskedIntReg per StructEntry. Unavailable stands for those of
+/// IEEE 1394 cameras, whose configuration ROM nobody reads here.
 enum class ENodeType : uint8_t {
     Category,
     Port,
@@ -31,6 +34,7 @@ enum class ENodeType : uint8_t {
     String,
     StringReg,
     Register,
+    Unavailable,
     Node
 };
 
@@ -94,9 +98,11 @@ enum class ERelation : uint8_t {
     X(Visibility, None)                                                                                                \
     X(pAddress, Locate)                                                                                                \
     X(pAlias, Link)                                                                                                    \
+    X(pBlockPolling, Link)                                                                                             \
     X(pCastAlias, Link)                                                                                                \
     X(pCommandValue, Read)                                                                                             \
     X(pEnumEntry, Read)                                                                                                \
+    X(pError, Link)                                                                                                    \
     X(pFeature, Link)                                                                                                  \
     X(pInc, Read)                                                                                                      \
     X(pIndex, Locate)                                                                                                  \
@@ -131,15 +137,19 @@ EProperty PropertyNamed(std::string_view element);
 /// Index of a node that does not exist.
 constexpr int32_t NoNode = -1;
 
-/// One element of a node. The texts belong to the description and stand without blanks around them.
+/// One element of a node. Most are never asked for, so their texts are left as they stand in the document, and there is
+/// no more of them here than it takes to find them.
 struct SProperty {
     EProperty id;
     /// The node a reference names, once linked.
-    int32_t target;
-    std::string_view text;
+    int32_t target = NoNode;
+    const char *text = "";
+    const char *attribute = "";
+
+    std::string_view Text() const { return Trim(text); }
     /// Name of a pVariable, Constant or Expression; Index of an indexed value; Offset of a pIndex. A pIndex with a
     /// pOffset attribute is followed by a property pOffset.
-    std::string_view attribute;
+    std::string_view Attribute() const { return Trim(attribute); }
 };
 
 struct SNodeDescription {
@@ -164,7 +174,7 @@ struct SRootAttributes {
 
 /// A camera description as plain lists, without any behaviour.
 struct SDescription {
-    /// Keeps the text behind the views alive.
+    /// Keeps the text alive that names and properties lie in.
     std::shared_ptr<const void> text;
     /// Texts that do not stand in the file in one piece. A deque never moves its elements.
     std::deque<std::string> madeTexts;

@@ -35,6 +35,13 @@ std::optional<ENodeType> NodeTypeNamed(std::string_view element) {
         {"StringReg", ENodeType::StringReg},
         {"Register", ENodeType::Register},
         {"Node", ENodeType::Node},
+        {"AdvFeatureLock", ENodeType::Unavailable},
+        {"ConfRom", ENodeType::Unavailable},
+        {"DcamLock", ENodeType::Unavailable},
+        {"IntKey", ENodeType::Unavailable},
+        {"SmartFeature", ENodeType::Unavailable},
+        {"TextDesc", ENodeType::Unavailable},
+        {"TxtKey", ENodeType::Unavailable},
     };
     const auto found = types.find(element);
     return found != types.end() ? std::optional(found->second) : std::nullopt;
@@ -45,7 +52,8 @@ bool HasAddress(ENodeType type) {
            type == ENodeType::StringReg || type == ENodeType::Register;
 }
 
-std::string_view Attribute(pugi::xml_node element, const char *name) { return Trim(element.attribute(name).value()); }
+const char *RawAttribute(pugi::xml_node element, const char *name) { return element.attribute(name).value(); }
+std::string_view Attribute(pugi::xml_node element, const char *name) { return Trim(RawAttribute(element, name)); }
 
 /// An element within a node that is a node of its own; its property gets the new node as target.
 struct SNested {
@@ -55,7 +63,10 @@ struct SNested {
 
 class CDescriptionParser {
 public:
-    explicit CDescriptionParser(const XmlDocument &document) { m_description->text = document; }
+    explicit CDescriptionParser(const XmlDocument &document) {
+        m_description->text = TextBehind(document);
+        m_description->properties.reserve(document->tags / 2);
+    }
 
     std::unique_ptr<SDescription> Parse(pugi::xml_node root) {
         ParseRootAttributes(root);
@@ -77,9 +88,10 @@ private:
     void ParseNestedNode(pugi::xml_node element, ENodeType type, std::string_view ownerName);
 
     void BeginNode(pugi::xml_node element, ENodeType type, std::string_view name);
-    void AddProperty(const SProperty &property);
-    std::string_view TextOf(pugi::xml_node element);
-    std::string_view Keep(std::string text) { return m_description->madeTexts.emplace_back(std::move(text)); }
+    /// For the caller to fill in.
+    SProperty &AddProperty(EProperty id);
+    const char *TextOf(pugi::xml_node element);
+    const char *Keep(std::string text) { return m_description->madeTexts.emplace_back(std::move(text)).c_str(); }
     void SkipUnknown(pugi::xml_node element);
 
     std::unique_ptr<SDescription> m_description = std::make_unique<SDescription>();
@@ -128,17 +140,17 @@ void CDescriptionParser::ParseNode(pugi::xml_node element, ENodeType type, std::
 }
 
 void CDescriptionParser::ParseProperties(pugi::xml_node element, ENodeType type, std::vector<SNested> &nested) {
-    for (const pugi::xml_node child : element.children()) {
+    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
         const std::string_view childName = child.name();
         const EProperty id = PropertyNamed(childName);
         if (id != EProperty::Count) {
             ParseProperty(child, id);
         } else if (type == ENodeType::Enumeration && childName == "EnumEntry") {
             nested.push_back({m_description->properties.size(), child});
-            AddProperty({EProperty::pEnumEntry, NoNode, {}, {}});
+            AddProperty(EProperty::pEnumEntry);
         } else if (HasAddress(type) && childName == "IntSwissKnife") {
             nested.push_back({m_description->properties.size(), child});
-            AddProperty({EProperty::pAddress, NoNode, {}, {}});
+            AddProperty(EProperty::pAddress);
         } else if (child.type() == pugi::node_element) {
             SkipUnknown(child);
         }
@@ -146,26 +158,26 @@ void CDescriptionParser::ParseProperties(pugi::xml_node element, ENodeType type,
 }
 
 void CDescriptionParser::ParseProperty(pugi::xml_node element, EProperty id) {
-    SProperty property{id, NoNode, TextOf(element), {}};
+    SProperty &property = AddProperty(id);
+    property.text = TextOf(element);
     switch (id) {
     case EProperty::pVariable:
     case EProperty::Constant:
     case EProperty::Expression:
-        property.attribute = Attribute(element, "Name");
+        property.attribute = RawAttribute(element, "Name");
         break;
     case EProperty::ValueIndexed:
     case EProperty::pValueIndexed:
-        property.attribute = Attribute(element, "Index");
+        property.attribute = RawAttribute(element, "Index");
         break;
     case EProperty::pIndex:
-        property.attribute = Attribute(element, "Offset");
+        property.attribute = RawAttribute(element, "Offset");
         break;
     default:
         break;
     }
-    AddProperty(property);
     if (id == EProperty::pIndex && !element.attribute("pOffset").empty())
-        AddProperty({EProperty::pOffset, NoNode, Attribute(element, "pOffset"), {}});
+        AddProperty(EProperty::pOffset).text = RawAttribute(element, "pOffset");
 }
 
 void CDescriptionParser::ParseNested(std::string_view ownerName, const std::vector<SNested> &nested) {
@@ -184,11 +196,11 @@ void CDescriptionParser::ParseNestedNode(pugi::xml_node element, ENodeType type,
         BeginNode(element, type, Keep(std::string(ownerName) + ":IntSwissKnife"));
         return ParseProperties(element, type, none);
     }
-    const std::string_view symbolic = Attribute(element, "Name");
-    BeginNode(element, type, Keep("EnumEntry_" + std::string(ownerName) + "_" + std::string(symbolic)));
+    const char *const symbolic = RawAttribute(element, "Name");
+    BeginNode(element, type, Keep("EnumEntry_" + std::string(ownerName) + "_" + std::string(Trim(symbolic))));
     ParseProperties(element, type, none);
     if (!m_description->nodes.back().has.test(static_cast<std::size_t>(EProperty::Symbolic)))
-        AddProperty({EProperty::Symbolic, NoNode, symbolic, {}});
+        AddProperty(EProperty::Symbolic).text = symbolic;
 }
 
 void CDescriptionParser::ParseStructReg(pugi::xml_node element) {
@@ -196,7 +208,7 @@ void CDescriptionParser::ParseStructReg(pugi::xml_node element) {
     std::vector<pugi::xml_node> formulas;
     std::vector<SProperty> common = ParseCommonProperties(element, formulas);
     for (const pugi::xml_node formula : formulas) {
-        common.push_back({EProperty::pAddress, static_cast<int32_t>(m_description->nodes.size()), {}, {}});
+        common.push_back({EProperty::pAddress, static_cast<int32_t>(m_description->nodes.size())});
         ParseNestedNode(formula, ENodeType::IntSwissKnife, firstEntry);
     }
     for (const pugi::xml_node entry : element.children("StructEntry"))
@@ -209,7 +221,7 @@ std::vector<SProperty> CDescriptionParser::ParseCommonProperties(pugi::xml_node 
     auto &properties = m_description->properties;
     const auto start = static_cast<std::ptrdiff_t>(properties.size());
     BeginNode(element, ENodeType::Node, "");
-    for (const pugi::xml_node child : element.children()) {
+    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
         const std::string_view childName = child.name();
         const EProperty id = PropertyNamed(childName);
         if (id != EProperty::Count)
@@ -234,8 +246,8 @@ void CDescriptionParser::ParseStructEntry(pugi::xml_node element, const std::vec
     ParseProperties(element, ENodeType::Node, none);
     const auto own = m_description->nodes.back().has;
     for (const SProperty &property : common)
-        if (!own.test(static_cast<std::size_t>(property.id)))
-            AddProperty(property);
+        if (!own.test(static_cast<std::size_t>(property.id)) || property.id == EProperty::pInvalidator)
+            AddProperty(property.id) = property;
 }
 
 void CDescriptionParser::BeginNode(pugi::xml_node element, ENodeType type, std::string_view name) {
@@ -246,32 +258,33 @@ void CDescriptionParser::BeginNode(pugi::xml_node element, ENodeType type, std::
     m_description->nodes.push_back({type, nameSpace, name, first, 0, {}});
 }
 
-void CDescriptionParser::AddProperty(const SProperty &property) {
+SProperty &CDescriptionParser::AddProperty(EProperty id) {
     if (m_description->properties.size() >= maxProperties)
         throw RUNTIME_EXCEPTION("The camera description has more than %zu elements", maxProperties);
-    m_description->properties.push_back(property);
     SNodeDescription &node = m_description->nodes.back();
     if (++node.propertyCount > maxPropertiesOfANode)
         throw RUNTIME_EXCEPTION("Node '%s' has more than %u elements", node.name.data(), maxPropertiesOfANode);
-    node.has.set(static_cast<std::size_t>(property.id));
+    node.has.set(static_cast<std::size_t>(id));
+    return m_description->properties.emplace_back(SProperty{id});
 }
 
 /// An element's text is one piece unless a comment or a CDATA section splits it.
-std::string_view CDescriptionParser::TextOf(pugi::xml_node element) {
+const char *CDescriptionParser::TextOf(pugi::xml_node element) {
     const pugi::xml_node first = element.first_child();
     if (!first)
-        return Trim(element.value());
-    const std::string_view embedded = element.value();
-    if (embedded.empty() && !first.next_sibling())
-        return Trim(first.value());
-    std::string text(embedded);
+        return element.value();
+    CheckDepth(element);
+    std::string text(element.value());
+    if (text.empty() && !first.next_sibling())
+        return first.value();
     for (const pugi::xml_node child : element.children())
         if (child.type() != pugi::node_element)
             text += child.value();
-    return Trim(Keep(std::move(text)));
+    return Keep(std::move(text));
 }
 
 void CDescriptionParser::SkipUnknown(pugi::xml_node element) {
+    CheckDepth(element);
     if (m_skippedNames.size() < MaxTracedFindings && m_skippedNames.insert(element.name()).second)
         TraceInfo("Camera description: element '%s' (name '%s') is unknown or incomplete and is skipped",
                   element.name(), element.attribute("Name").value());
@@ -280,7 +293,7 @@ void CDescriptionParser::SkipUnknown(pugi::xml_node element) {
 } // namespace
 
 std::unique_ptr<SDescription> ParseDescription(const XmlDocument &document) {
-    return CDescriptionParser(document).Parse(document->child("RegisterDescription"));
+    return CDescriptionParser(document).Parse(document->tree.child("RegisterDescription"));
 }
 
 } // namespace GenApi

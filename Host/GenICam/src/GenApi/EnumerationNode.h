@@ -20,10 +20,12 @@ public:
     bool IsValueCacheValid() const override { return true; }
     int64_t GetValue() override { return Value(); }
     gcstring GetSymbolic() const override { return std::string(Symbolic()); }
-    double GetNumericValue() override;
+    double GetNumericValue() override { return NumericValue(); }
     bool IsSelfClearing() override;
 
     int64_t Value() const;
+    /// NumericValue, or the value where the file gives none.
+    double NumericValue() const;
     std::string_view Symbolic() const { return Text(EProperty::Symbolic); }
 
 protected:
@@ -53,19 +55,26 @@ public:
 
 protected:
     EAccessMode OwnAccessMode() const override { return m_source.AccessMode(); }
-    int64_t DoReadInteger(bool ignoreCache) const override { return m_source.Read(ignoreCache); }
-    void DoWriteInteger(int64_t value) override { m_source.Write(value); }
+    int64_t DoReadInteger(bool ignoreCache) const override;
+    /// Other nodes that want a double see the NumericValue of the present entry.
+    double DoReadFloat(bool ignoreCache) const override;
+    void DoWriteInteger(int64_t value, SWriting how) override { m_source.Write(value, how.Unverified()); }
+    int64_t IntegerFor(double value) const override;
+    void VerifyInteger(int64_t value) const override;
     ECachingMode DoCachingMode() const override { return m_source.CachingMode(); }
-    bool DoIsCached() const override { return m_source.IsCached(); }
+    bool DoIsCached() const override;
 
 private:
     const std::vector<CEnumEntryNode *> &Entries() const;
+    /// Of several entries with that value the first that is available; null when there is none.
     CEnumEntryNode *EntryOf(int64_t value) const;
-    void CheckEntry(int64_t value) const;
+    /// Whether the device replaces the value by another one of itself.
+    bool ClearsItself(int64_t value) const;
 
     TValueSource<int64_t> m_source{*this};
     /// Collected when first needed.
     mutable std::vector<CEnumEntryNode *> m_entries;
+    mutable bool m_hasSelfClearing = false;
 };
 
 } // namespace GenApi

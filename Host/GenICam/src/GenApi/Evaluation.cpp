@@ -13,15 +13,22 @@ constexpr unsigned maxSteps = 20'000;
 
 } // namespace
 
+COperation::COperation(const CNodeMapImpl &map) : m_lock(map.GetLock()), m_evaluation(map.Evaluation()) {
+    if (m_evaluation.operations++ == 0)
+        m_evaluation.Advance();
+}
+
+COperation::~COperation() { --m_evaluation.operations; }
+
 CEvaluationScope::CEvaluationScope(const CNodeImpl &node, EEvaluated what)
     : m_node(node), m_bit(static_cast<uint16_t>(what)) {
     if (node.IsEvaluating(what))
         throw RUNTIME_EXCEPTION("Node '%s' depends on itself", node.NameText());
     SEvaluation &evaluation = node.Map().Evaluation();
-    if (evaluation.depth == 0) {
+    if (!evaluation.IsUnderWay())
+        evaluation.Advance();
+    if (evaluation.depth == 0)
         evaluation.steps = 0;
-        ++evaluation.epoch;
-    }
     if (evaluation.depth >= maxDepth)
         throw RUNTIME_EXCEPTION("Node '%s' stands behind a chain of more than %u references", node.NameText(),
                                 maxDepth);

@@ -1,10 +1,15 @@
 #pragma once
 
+#include "RegisterCache.h"
+
+#include "GenApi/Synch.h"
+
 #include <cstdint>
 
 namespace GenApi {
 
 class CNodeImpl;
+class CNodeMapImpl;
 
 /// Properties of a node whose evaluation may come back to itself; bits of a set.
 enum class EEvaluated : uint16_t {
@@ -26,8 +31,33 @@ enum class EEvaluated : uint16_t {
 struct SEvaluation {
     unsigned depth = 0;
     unsigned steps = 0;
-    /// Grows with each outermost evaluation and each change, so that results can be kept for just as long.
+    /// Operations under way, each within the one before.
+    unsigned operations = 0;
+    /// Grows with each outermost operation and each change, so that results can be kept for just as long.
     uint64_t epoch = 1;
+    /// What registers that must not be cached were read as in this epoch.
+    CRegisterCache reads;
+
+    /// What was found so far is not true any more.
+    void Advance() {
+        ++epoch;
+        reads.Clear();
+    }
+    bool IsUnderWay() const { return depth > 0 || operations > 0; }
+};
+
+/// One operation of the user that only reads. Holds the map's lock; what is found on the way stays known to its end, so
+/// that a hundred entries whose conditions read the same registers read them once.
+class COperation {
+public:
+    explicit COperation(const CNodeMapImpl &map);
+    ~COperation();
+    COperation(const COperation &) = delete;
+    COperation &operator=(const COperation &) = delete;
+
+private:
+    const AutoLock m_lock;
+    SEvaluation &m_evaluation;
 };
 
 /// Marks one property of a node as being evaluated. Keeps evaluation from running in circles, from exhausting the stack

@@ -79,7 +79,7 @@ protected:
     int64_t DoReadInteger(bool ignoreCache) const override {
         return this->RoundToInteger(this->DoReadFloat(ignoreCache));
     }
-    void DoWriteInteger(int64_t value) override { this->DoWriteFloat(static_cast<double>(value)); }
+    bool IsReal() const override { return true; }
     double DoFloatLimit(ELimit limit) const override {
         const auto given = this->GivenFloatLimit(limit);
         const double value = given ? *given : NaturalFloatLimit(limit);
@@ -94,15 +94,10 @@ protected:
     }
     /// The integers within the limits.
     int64_t DoIntegerLimit(ELimit limit) const override {
-        constexpr double integerLimit = 9223372036854775808.0; // 2^63
         if (limit == ELimit::Inc)
             return 1;
         const double value = DoFloatLimit(limit);
-        if (!(value > -integerLimit))
-            return std::numeric_limits<int64_t>::min();
-        if (value >= integerLimit)
-            return std::numeric_limits<int64_t>::max();
-        return static_cast<int64_t>(limit == ELimit::Min ? std::ceil(value) : std::floor(value));
+        return ClampToInteger(limit == ELimit::Min ? std::ceil(value) : std::floor(value));
     }
 
 private:

@@ -42,11 +42,11 @@ double CFloatRegNode::DoReadFloat(bool ignoreCache) const {
     return BitCast<double>(ReadRaw(sizeof(double), ignoreCache));
 }
 
-void CFloatRegNode::DoWriteFloat(double value) {
+void CFloatRegNode::DoWriteFloat(double value, SWriting how) {
     if (IsSingle())
-        WriteRaw(BitCast<uint32_t>(static_cast<float>(value)), sizeof(float));
+        WriteRaw(BitCast<uint32_t>(static_cast<float>(value)), sizeof(float), how);
     else
-        WriteRaw(BitCast<uint64_t>(value), sizeof(double));
+        WriteRaw(BitCast<uint64_t>(value), sizeof(double), how);
 }
 
 double CFloatRegNode::NaturalFloatLimit(ELimit limit) const {

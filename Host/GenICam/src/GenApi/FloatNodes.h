@@ -16,7 +16,7 @@ public:
 protected:
     EAccessMode OwnAccessMode() const override { return m_source.AccessMode(); }
     double DoReadFloat(bool ignoreCache) const override { return m_source.Read(ignoreCache); }
-    void DoWriteFloat(double value) override { m_source.Write(value); }
+    void DoWriteFloat(double value, SWriting how) override { m_source.Write(value, how); }
     double NaturalFloatLimit(ELimit limit) const override;
     ECachingMode DoCachingMode() const override { return m_source.CachingMode(); }
     bool DoIsCached() const override { return m_source.IsCached(); }
@@ -32,7 +32,7 @@ public:
 
 protected:
     double DoReadFloat(bool ignoreCache) const override;
-    void DoWriteFloat(double value) override;
+    void DoWriteFloat(double value, SWriting how) override;
     double NaturalFloatLimit(ELimit limit) const override;
 
 private:

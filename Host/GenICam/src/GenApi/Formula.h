@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 namespace GenApi {
@@ -65,11 +67,11 @@ struct SFormulaInstruction {
     uint32_t operand;
 };
 
-struct SFormulaConstant {
-    /// The literal as integer; meaningless when it is a fraction, which integer formulas do not have.
-    int64_t integer;
-    double real;
-};
+/// Integer formulas compute in 64-bit two's complement until a fraction or a function such as LN makes a value a
+/// double; the others compute in double precision throughout.
+enum class EFormulaKind : uint8_t { Integer, Float };
+
+using FormulaNumber = std::variant<int64_t, double>;
 
 /// A parsed formula. Immutable, so any thread may evaluate it.
 struct SFormula {
@@ -77,32 +79,35 @@ struct SFormula {
     std::string text;
     /// Node it belongs to, for messages.
     std::string owner;
+    EFormulaKind kind;
     std::vector<SFormulaInstruction> code;
-    std::vector<SFormulaConstant> constants;
+    std::vector<FormulaNumber> constants;
     /// Names of the variables, each once.
     std::vector<std::string> variables;
 };
-
-/// Integer formulas compute in 64-bit two's complement, the others in double precision.
-enum class EFormulaKind : uint8_t { Integer, Float };
 
 /// \throws RuntimeException naming owner and formula on a syntax error, and when the formula is too long or too deep.
 SFormula CompileFormula(std::string_view text, EFormulaKind kind, std::string_view owner);
 
 /// Supplies the values of a formula's variables, each asked for when it is first needed.
-template <class Number> class IFormulaVariables {
+class IFormulaVariables {
 public:
     virtual ~IFormulaVariables() = default;
     /// \param variable index in SFormula::variables.
-    virtual Number Get(std::size_t variable) = 0;
+    virtual FormulaNumber Get(std::size_t variable) = 0;
 };
 
-/// \p Number is int64_t for an integer formula, double for any other.
-/// \throws RuntimeException naming owner and formula on division by zero, INT64_MIN / -1, a shift outside 0 to 63, or a
-/// number that is no 64-bit integer where one is needed; whatever the variables throw.
-template <class Number> Number EvaluateFormula(const SFormula &formula, IFormulaVariables<Number> &variables);
-extern template int64_t EvaluateFormula(const SFormula &, IFormulaVariables<int64_t> &);
-extern template double EvaluateFormula(const SFormula &, IFormulaVariables<double> &);
+/// Doubles follow IEEE 754, so that a division by zero is infinite. A shift by 64 or more leaves nothing but the sign.
+/// \throws RuntimeException naming owner and formula on an integer's division by zero, INT64_MIN / -1, a shift by a
+/// negative number, or a number that is no 64-bit integer where one is needed; whatever the variables throw.
+FormulaNumber EvaluateFormula(const SFormula &formula, IFormulaVariables &variables);
+
+/// Fractions are cut off. \throws RuntimeException naming owner and formula when it is no 64-bit integer.
+int64_t ToInteger(FormulaNumber result, const SFormula &formula);
+double ToReal(FormulaNumber number);
+
+/// A number in a formula or a Constant; none when the text is no number.
+std::optional<FormulaNumber> ParseFormulaNumber(std::string_view text, EFormulaKind kind);
 
 /// The constants PI and E in any case. \returns false for any other name.
 bool IsFormulaConstant(std::string_view name, double &value);

@@ -2,6 +2,7 @@
 
 #include "Base/GCException.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -15,22 +16,28 @@ struct SProblem {
     const char *text;
 };
 
-int64_t ToInteger(double value) {
-    if (!(value >= -integerLimit && value < integerLimit))
-        throw SProblem{"a value that is no 64-bit integer"};
-    return static_cast<int64_t>(value);
-}
-int64_t ToInteger(int64_t value) { return value; }
+bool IsInteger(double value) { return value >= -integerLimit && value < integerLimit; }
 
-unsigned ShiftCount(int64_t count) {
-    if (count < 0 || count > 63)
-        throw SProblem{"a shift outside 0 to 63"};
-    return static_cast<unsigned>(count);
+int64_t ToInteger(FormulaNumber number) {
+    if (const int64_t *const integer = std::get_if<int64_t>(&number))
+        return *integer;
+    const double real = std::get<double>(number);
+    if (!IsInteger(real))
+        throw SProblem{"a value that is no 64-bit integer"};
+    return static_cast<int64_t>(real);
+}
+
+int64_t CheckedShift(int64_t count) {
+    if (count < 0)
+        throw SProblem{"a shift by a negative number"};
+    return count;
 }
 
 int64_t ShiftLeft(int64_t value, int64_t count) {
-    return static_cast<int64_t>(static_cast<uint64_t>(value) << ShiftCount(count));
+    return CheckedShift(count) > 63 ? 0 : static_cast<int64_t>(static_cast<uint64_t>(value) << count);
 }
+
+int64_t ShiftRight(int64_t value, int64_t count) { return value >> std::min<int64_t>(CheckedShift(count), 63); }
 
 /// Integer arithmetic wraps around, as the registers behind it do.
 int64_t Add(int64_t a, int64_t b) { return static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b)); }
@@ -51,22 +58,14 @@ int64_t Divide(int64_t a, int64_t b) {
         throw SProblem{"overflow in a division"};
     return a / b;
 }
-double Divide(double a, double b) {
-    if (b == 0)
-        throw SProblem{"division by zero"};
-    return a / b;
-}
+double Divide(double a, double b) { return a / b; }
 
 int64_t Remainder(int64_t a, int64_t b) {
     if (b == 0)
         throw SProblem{"division by zero"};
     return b == -1 ? 0 : a % b;
 }
-double Remainder(double a, double b) {
-    if (b == 0)
-        throw SProblem{"division by zero"};
-    return std::fmod(a, b);
-}
+double Remainder(double a, double b) { return std::fmod(a, b); }
 
 int64_t Power(int64_t base, int64_t exponent) {
     if (exponent < 0) {
@@ -130,49 +129,63 @@ bool IsRounding(EFormulaOp op) {
     return op == EFormulaOp::Trunc || op == EFormulaOp::Floor || op == EFormulaOp::Ceil || op == EFormulaOp::Round;
 }
 
-int64_t ApplyFunction(EFormulaOp op, int64_t x) {
-    return IsRounding(op) ? x : ToInteger(ApplyReal(op, static_cast<double>(x)));
-}
-double ApplyFunction(EFormulaOp op, double x) { return ApplyReal(op, x); }
-
 int64_t ApplyRoundTo(int64_t value, int64_t digits) {
     return digits >= 0 ? value : ToInteger(RoundTo(static_cast<double>(value), static_cast<double>(digits)));
 }
 double ApplyRoundTo(double value, double digits) { return RoundTo(value, digits); }
 
-template <class Number> Number ApplyUnary(EFormulaOp op, Number x) {
+FormulaNumber ApplyFunction(EFormulaOp op, FormulaNumber x) {
+    if (IsRounding(op) && std::holds_alternative<int64_t>(x))
+        return x;
+    const double result = ApplyReal(op, ToReal(x));
+    return IsRounding(op) && IsInteger(result) ? FormulaNumber(static_cast<int64_t>(result)) : result;
+}
+
+template <class Number> int64_t Sign(Number x) { return (x > 0) - (x < 0); }
+
+FormulaNumber Negate(FormulaNumber x) {
+    return std::visit([](auto number) -> FormulaNumber { return Subtract(decltype(number){0}, number); }, x);
+}
+
+int64_t Sign(FormulaNumber x) {
+    return std::visit([](auto number) { return Sign(number); }, x);
+}
+
+bool IsZero(FormulaNumber x) {
+    return std::visit([](auto number) { return number == 0; }, x);
+}
+
+FormulaNumber ApplyUnary(EFormulaOp op, FormulaNumber x) {
     switch (op) {
     case EFormulaOp::Negate:
-        return Subtract(Number{0}, x);
+        return Negate(x);
     case EFormulaOp::Complement:
-        return static_cast<Number>(~ToInteger(x));
+        return ~ToInteger(x);
     case EFormulaOp::Not:
-        return x == 0 ? 1 : 0;
+        return IsZero(x) ? 1 : 0;
     case EFormulaOp::ToBool:
-        return x != 0 ? 1 : 0;
+        return IsZero(x) ? 0 : 1;
     case EFormulaOp::Sgn:
-        return static_cast<Number>((x > 0) - (x < 0));
+        return Sign(x);
     case EFormulaOp::Abs:
-        return x < 0 ? Subtract(Number{0}, x) : x;
+        return Sign(x) < 0 ? Negate(x) : x;
     default:
         return ApplyFunction(op, x);
     }
 }
 
-template <class Number> Number ApplyBitwise(EFormulaOp op, Number x, Number y) {
-    const int64_t a = ToInteger(x);
-    const int64_t b = ToInteger(y);
+int64_t ApplyBitwise(EFormulaOp op, int64_t a, int64_t b) {
     switch (op) {
     case EFormulaOp::BitOr:
-        return static_cast<Number>(a | b);
+        return a | b;
     case EFormulaOp::BitXor:
-        return static_cast<Number>(a ^ b);
+        return a ^ b;
     case EFormulaOp::BitAnd:
-        return static_cast<Number>(a & b);
+        return a & b;
     case EFormulaOp::ShiftLeft:
-        return static_cast<Number>(ShiftLeft(a, b));
+        return ShiftLeft(a, b);
     default:
-        return static_cast<Number>(a >> ShiftCount(b));
+        return ShiftRight(a, b);
     }
 }
 
@@ -193,14 +206,8 @@ template <class Number> bool Compare(EFormulaOp op, Number a, Number b) {
     }
 }
 
-template <class Number> Number ApplyBinary(EFormulaOp op, Number a, Number b) {
+template <class Number> FormulaNumber ApplyArithmetic(EFormulaOp op, Number a, Number b) {
     switch (op) {
-    case EFormulaOp::BitOr:
-    case EFormulaOp::BitXor:
-    case EFormulaOp::BitAnd:
-    case EFormulaOp::ShiftLeft:
-    case EFormulaOp::ShiftRight:
-        return ApplyBitwise(op, a, b);
     case EFormulaOp::Add:
         return Add(a, b);
     case EFormulaOp::Subtract:
@@ -220,19 +227,30 @@ template <class Number> Number ApplyBinary(EFormulaOp op, Number a, Number b) {
     }
 }
 
+bool IsBitwise(EFormulaOp op) {
+    return (op >= EFormulaOp::BitOr && op <= EFormulaOp::BitAnd) || op == EFormulaOp::ShiftLeft ||
+           op == EFormulaOp::ShiftRight;
+}
+
+/// One double makes doubles of both, except where only bits make sense.
+FormulaNumber ApplyBinary(EFormulaOp op, FormulaNumber a, FormulaNumber b) {
+    if (IsBitwise(op))
+        return ApplyBitwise(op, ToInteger(a), ToInteger(b));
+    const int64_t *const x = std::get_if<int64_t>(&a);
+    const int64_t *const y = std::get_if<int64_t>(&b);
+    return x != nullptr && y != nullptr ? ApplyArithmetic(op, *x, *y) : ApplyArithmetic(op, ToReal(a), ToReal(b));
+}
+
 bool IsBinary(EFormulaOp op) {
     return (op >= EFormulaOp::BitOr && op <= EFormulaOp::Power) || op == EFormulaOp::RoundTo;
 }
 
-int64_t ConstantOf(const SFormulaConstant &constant, int64_t /*kind*/) { return constant.integer; }
-double ConstantOf(const SFormulaConstant &constant, double /*kind*/) { return constant.real; }
-
-template <class Number> class CFormulaMachine {
+class CFormulaMachine {
 public:
-    CFormulaMachine(const SFormula &formula, IFormulaVariables<Number> &variables)
+    CFormulaMachine(const SFormula &formula, IFormulaVariables &variables)
         : m_formula(formula), m_variables(variables) {}
 
-    Number Run() {
+    FormulaNumber Run() {
         for (std::size_t at = 0; at < m_formula.code.size();)
             at = Step(m_formula.code[at], at + 1);
         return m_stack.back();
@@ -243,15 +261,15 @@ private:
     std::size_t Step(const SFormulaInstruction &instruction, std::size_t next) {
         switch (instruction.op) {
         case EFormulaOp::Constant:
-            m_stack.push_back(ConstantOf(m_formula.constants[instruction.operand], Number{}));
+            Push(m_formula.constants[instruction.operand]);
             return next;
         case EFormulaOp::Variable:
-            m_stack.push_back(m_variables.Get(instruction.operand));
+            Push(m_variables.Get(instruction.operand));
             return next;
         case EFormulaOp::Jump:
             return instruction.operand;
         case EFormulaOp::JumpIfZero:
-            return Pop() == 0 ? instruction.operand : next;
+            return IsZero(Pop()) ? instruction.operand : next;
         case EFormulaOp::And:
         case EFormulaOp::Or:
             return Decide(instruction, next);
@@ -263,43 +281,56 @@ private:
 
     std::size_t Decide(const SFormulaInstruction &instruction, std::size_t next) {
         const bool isOr = instruction.op == EFormulaOp::Or;
-        if ((Pop() != 0) != isOr)
+        if (IsZero(Pop()) == isOr)
             return next;
-        m_stack.push_back(isOr ? 1 : 0);
+        Push(isOr ? 1 : 0);
         return instruction.operand;
     }
 
     void Apply(EFormulaOp op) {
-        const Number last = Pop();
-        if (IsBinary(op))
-            m_stack.back() = ApplyBinary(op, m_stack.back(), last);
-        else
-            m_stack.push_back(ApplyUnary(op, last));
+        const FormulaNumber last = Pop();
+        Push(IsBinary(op) ? ApplyBinary(op, Pop(), last) : ApplyUnary(op, last));
     }
 
-    Number Pop() {
-        const Number top = m_stack.back();
+    void Push(FormulaNumber number) {
+        m_stack.push_back(m_formula.kind == EFormulaKind::Float ? ToReal(number) : number);
+    }
+
+    FormulaNumber Pop() {
+        const FormulaNumber top = m_stack.back();
         m_stack.pop_back();
         return top;
     }
 
     const SFormula &m_formula;
-    IFormulaVariables<Number> &m_variables;
-    std::vector<Number> m_stack;
+    IFormulaVariables &m_variables;
+    std::vector<FormulaNumber> m_stack;
 };
+
+[[noreturn]] void Fail(const SFormula &formula, const SProblem &problem) {
+    throw RUNTIME_EXCEPTION("Node '%s': %s in formula '%s'", formula.owner.c_str(), problem.text, formula.text.c_str());
+}
 
 } // namespace
 
-template <class Number> Number EvaluateFormula(const SFormula &formula, IFormulaVariables<Number> &variables) {
+double ToReal(FormulaNumber number) {
+    return std::visit([](auto value) { return static_cast<double>(value); }, number);
+}
+
+int64_t ToInteger(FormulaNumber result, const SFormula &formula) {
     try {
-        return CFormulaMachine<Number>(formula, variables).Run();
+        return ToInteger(result);
     } catch (const SProblem &problem) {
-        throw RUNTIME_EXCEPTION("Node '%s': %s in formula '%s'", formula.owner.c_str(), problem.text,
-                                formula.text.c_str());
+        Fail(formula, problem);
     }
 }
 
-template int64_t EvaluateFormula(const SFormula &, IFormulaVariables<int64_t> &);
-template double EvaluateFormula(const SFormula &, IFormulaVariables<double> &);
+FormulaNumber EvaluateFormula(const SFormula &formula, IFormulaVariables &variables) {
+    try {
+        return CFormulaMachine(formula, variables).Run();
+    } catch (const SProblem &problem) {
+        Fail(formula, problem);
+    }
+}
 
 } // namespace GenApi

@@ -22,30 +22,70 @@ EAccessMode ConverterAccessMode(const CNodeImpl &node, const CFormulaSet &formul
     return Combine(ConvertedNode(node).AccessMode(), formulas.VariablesAccessMode());
 }
 
-/// The number that a converter shows at a limit of its target. None where the formula has no value, nor at the ends of
-/// the 64-bit range: they say nothing about the device, and formulas overflow there.
-template <class Number> std::optional<Number> ImageOf(CFormulaSet &formulas, Number targetLimit) {
-    using Range = std::numeric_limits<int64_t>;
-    if (targetLimit <= static_cast<Number>(Range::min()) || targetLimit >= static_cast<Number>(Range::max()))
-        return std::nullopt;
-    try {
-        const auto image = formulas.Evaluate<Number>(EProperty::FormulaFrom, false, targetLimit);
-        return std::isfinite(static_cast<double>(image)) ? std::optional(image) : std::nullopt;
-    } catch (const GenICam::RuntimeException &) {
-        return std::nullopt;
-    }
-}
+/// The limits of a converter are the images of its target's limits; which is which depends on the slope.
+template <class Number> class TLimitImages {
+public:
+    TLimitImages(CFormulaSet &formulas, const Number low, const Number high)
+        : m_formulas(formulas), m_low(low), m_high(high) {}
 
-/// A limit of a converter is the image of a limit of its target; which one depends on the slope.
-template <class Image> auto ChooseLimit(const CNodeImpl &node, ELimit limit, Image image) -> decltype(image(limit)) {
-    const std::string_view slope = node.Text(EProperty::Slope);
-    const bool isMinimum = limit == ELimit::Min;
-    if (slope == "Increasing")
-        return image(limit);
-    if (slope == "Decreasing")
-        return image(isMinimum ? ELimit::Max : ELimit::Min);
-    const auto [low, high] = std::minmax({image(ELimit::Min), image(ELimit::Max)});
-    return !low || isMinimum ? low : high; // "none" is the lowest
+    std::optional<Number> Get(ELimit limit, std::string_view slope) const {
+        const bool isMinimum = limit == ELimit::Min;
+        if (slope == "Increasing")
+            return ImageOf(isMinimum ? m_low : m_high);
+        if (slope == "Decreasing")
+            return ImageOf(isMinimum ? m_high : m_low);
+        if (IsOpen(m_low) != IsOpen(m_high))
+            return GetHalfOpen(isMinimum);
+        const auto [low, high] = std::minmax({ImageOf(m_low), ImageOf(m_high)});
+        return !low || isMinimum ? low : high; // "none" is the lowest
+    }
+
+private:
+    using Range = std::numeric_limits<int64_t>;
+
+    /// The ends of the 64-bit range say nothing about the device, and formulas overflow there.
+    static bool IsOpen(Number limit) {
+        return limit <= static_cast<Number>(Range::min()) || limit >= static_cast<Number>(Range::max());
+    }
+
+    /// None where the formula has no value.
+    std::optional<Number> ImageOf(Number value) const {
+        if (IsOpen(value))
+            return std::nullopt;
+        try {
+            const auto image = m_formulas.Evaluate<Number>(EProperty::FormulaFrom, false, value);
+            return std::isfinite(static_cast<double>(image)) ? std::optional(image) : std::nullopt;
+        } catch (const GenICam::RuntimeException &) {
+            return std::nullopt;
+        }
+    }
+
+    /// The image of the one limit the target has is a minimum or a maximum, as a value on its inner side shows.
+    std::optional<Number> GetHalfOpen(bool isMinimum) const {
+        constexpr auto step = Number{1u << 31};
+        constexpr auto farthest = static_cast<Number>(Range::max() / 2);
+        const auto limit = ImageOf(IsOpen(m_high) ? m_low : m_high);
+        const auto inner =
+            ImageOf(IsOpen(m_high) ? std::min(m_low, farthest) + step : std::max(m_high, -farthest) - step);
+        const bool isKnown = limit && inner && *limit != *inner;
+        return isKnown && (*limit < *inner) == isMinimum ? limit : std::nullopt;
+    }
+
+    CFormulaSet &m_formulas;
+    Number m_low;
+    Number m_high;
+};
+
+/// The image of a limit of the target is converted back to that limit but for a rounding error, which must not make it
+/// count as outside.
+double SnapToLimits(const CNodeImpl &target, double value) {
+    constexpr double roundingError = 1e-12;
+    for (const ELimit which : {ELimit::Min, ELimit::Max}) {
+        const double limit = target.FloatLimit(which);
+        if (std::abs(value - limit) <= roundingError * std::abs(limit))
+            return limit;
+    }
+    return value;
 }
 
 bool HasLimits(const CNodeImpl &node, ELimit limit) {
@@ -63,7 +103,9 @@ double CSwissKnifeNode::DoReadFloat(bool ignoreCache) const {
     return m_kept.Get(*this, ignoreCache, [&] { return m_formulas.Evaluate<double>(EProperty::Formula, ignoreCache); });
 }
 
-void CSwissKnifeNode::DoWriteFloat(double) { throw RUNTIME_EXCEPTION("Node '%s' takes no value", NameText()); }
+void CSwissKnifeNode::DoWriteFloat(double, SWriting) {
+    throw RUNTIME_EXCEPTION("Node '%s' takes no value", NameText());
+}
 
 EAccessMode CIntConverterNode::OwnAccessMode() const { return ConverterAccessMode(*this, m_formulas); }
 
@@ -72,16 +114,16 @@ int64_t CIntConverterNode::DoReadInteger(bool ignoreCache) const {
     return m_formulas.Evaluate<int64_t>(EProperty::FormulaFrom, ignoreCache, target);
 }
 
-void CIntConverterNode::DoWriteInteger(int64_t value) {
-    ConvertedNode(*this).WriteInteger(m_formulas.Evaluate<int64_t>(EProperty::FormulaTo, false, value));
+void CIntConverterNode::DoWriteInteger(int64_t value, SWriting how) {
+    ConvertedNode(*this).WriteInteger(m_formulas.Evaluate<int64_t>(EProperty::FormulaTo, false, value), how);
 }
 
 int64_t CIntConverterNode::NaturalIntegerLimit(ELimit limit) const {
     if (!HasLimits(*this, limit))
         return TInteger::NaturalIntegerLimit(limit);
     const CNodeImpl &target = ConvertedNode(*this);
-    const auto image = [&](ELimit of) { return ImageOf(m_formulas, target.IntegerLimit(of)); };
-    const auto converted = ChooseLimit(*this, limit, image);
+    const TLimitImages images(m_formulas, target.IntegerLimit(ELimit::Min), target.IntegerLimit(ELimit::Max));
+    const auto converted = images.Get(limit, Text(EProperty::Slope));
     return converted ? *converted : TInteger::NaturalIntegerLimit(limit);
 }
 
@@ -92,16 +134,18 @@ double CConverterNode::DoReadFloat(bool ignoreCache) const {
     return m_formulas.Evaluate<double>(EProperty::FormulaFrom, ignoreCache, target);
 }
 
-void CConverterNode::DoWriteFloat(double value) {
-    ConvertedNode(*this).WriteFloat(m_formulas.Evaluate<double>(EProperty::FormulaTo, false, value));
+void CConverterNode::DoWriteFloat(double value, SWriting how) {
+    CNodeImpl &target = ConvertedNode(*this);
+    const double converted = m_formulas.Evaluate<double>(EProperty::FormulaTo, false, value);
+    target.WriteFloat(how.verify ? SnapToLimits(target, converted) : converted, how);
 }
 
 double CConverterNode::NaturalFloatLimit(ELimit limit) const {
     if (!HasLimits(*this, limit))
         return TFloat::NaturalFloatLimit(limit);
     const CNodeImpl &target = ConvertedNode(*this);
-    const auto image = [&](ELimit of) { return ImageOf(m_formulas, target.FloatLimit(of)); };
-    const auto converted = ChooseLimit(*this, limit, image);
+    const TLimitImages images(m_formulas, target.FloatLimit(ELimit::Min), target.FloatLimit(ELimit::Max));
+    const auto converted = images.Get(limit, Text(EProperty::Slope));
     return converted ? *converted : TFloat::NaturalFloatLimit(limit);
 }
 

@@ -48,7 +48,7 @@ public:
 protected:
     EAccessMode OwnAccessMode() const override { return Combine(RO, m_formulas.VariablesAccessMode()); }
     double DoReadFloat(bool ignoreCache) const override;
-    void DoWriteFloat(double value) override;
+    void DoWriteFloat(double value, SWriting how) override;
     ECachingMode DoCachingMode() const override { return m_formulas.CachingMode(); }
     bool DoIsCached() const override { return m_formulas.IsCached(); }
 
@@ -65,7 +65,7 @@ public:
 protected:
     EAccessMode OwnAccessMode() const override;
     int64_t DoReadInteger(bool ignoreCache) const override;
-    void DoWriteInteger(int64_t value) override;
+    void DoWriteInteger(int64_t value, SWriting how) override;
     int64_t NaturalIntegerLimit(ELimit limit) const override;
     ECachingMode DoCachingMode() const override { return m_formulas.CachingMode(); }
     bool DoIsCached() const override { return m_formulas.IsCached(); }
@@ -82,7 +82,7 @@ public:
 protected:
     EAccessMode OwnAccessMode() const override;
     double DoReadFloat(bool ignoreCache) const override;
-    void DoWriteFloat(double value) override;
+    void DoWriteFloat(double value, SWriting how) override;
     double NaturalFloatLimit(ELimit limit) const override;
     ECachingMode DoCachingMode() const override { return m_formulas.CachingMode(); }
     bool DoIsCached() const override { return m_formulas.IsCached(); }

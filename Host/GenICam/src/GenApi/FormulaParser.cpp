@@ -3,7 +3,6 @@
 #include "Text.h"
 
 #include <algorithm>
-#include <cmath>
 #include <unordered_map>
 
 namespace GenApi {
@@ -62,7 +61,8 @@ constexpr SFunction functions[] = {
 /// Precedence climbing that emits code for a stack machine as it goes.
 class CFormulaParser {
 public:
-    CFormulaParser(std::string_view text, EFormulaKind kind, std::string_view owner) : m_lexer(text), m_kind(kind) {
+    CFormulaParser(std::string_view text, EFormulaKind kind, std::string_view owner) : m_lexer(text) {
+        m_formula.kind = kind;
         m_formula.text = text;
         m_formula.owner = owner;
         Advance();
@@ -109,7 +109,6 @@ private:
     void LandHere(std::size_t jump) { m_formula.code[jump].operand = static_cast<uint32_t>(m_formula.code.size()); }
 
     CFormulaLexer m_lexer;
-    EFormulaKind m_kind;
     SToken m_token{};
     SFormula m_formula;
     std::unordered_map<std::string_view, std::size_t> m_variables;
@@ -211,15 +210,10 @@ void CFormulaParser::ParsePrimary() {
 }
 
 void CFormulaParser::ParseNumber() {
-    auto integer = ParseInteger(m_token.text);
-    const auto real = ParseFloat(m_token.text);
-    // Files write 1.0 or 1e3 in integer formulas, too.
-    constexpr double exactIntegers = 9007199254740992.0; // 2^53
-    if (!integer && real && std::abs(*real) < exactIntegers && std::trunc(*real) == *real)
-        integer = static_cast<int64_t>(*real);
-    if (!real || (m_kind == EFormulaKind::Integer && !integer))
-        Fail(m_kind == EFormulaKind::Integer ? "no integer" : "no number");
-    m_formula.constants.push_back({integer.value_or(0), *real});
+    const auto number = ParseFormulaNumber(m_token.text, m_formula.kind);
+    if (!number)
+        Fail("no number");
+    m_formula.constants.push_back(*number);
     Emit(EFormulaOp::Constant, m_formula.constants.size() - 1);
     Advance();
 }
@@ -270,6 +264,16 @@ SFormula CompileFormula(std::string_view text, EFormulaKind kind, std::string_vi
         throw RUNTIME_EXCEPTION("Node '%.*s': the formula is longer than %zu characters",
                                 static_cast<int>(owner.size()), owner.data(), maxFormulaLength);
     return CFormulaParser(text, kind, owner).Parse();
+}
+
+/// Hexadecimal numbers are masks as often as not, so they are two's complement in both kinds of formula.
+std::optional<FormulaNumber> ParseFormulaNumber(std::string_view text, EFormulaKind kind) {
+    const auto integer = ParseInteger(text);
+    const auto real = ParseFloat(text);
+    const bool isMask = text.find_first_of("xX") != std::string_view::npos;
+    if (integer && (isMask || kind == EFormulaKind::Integer))
+        return *integer;
+    return real && !isMask ? std::optional<FormulaNumber>(*real) : std::nullopt;
 }
 
 bool IsFormulaConstant(std::string_view name, double &value) {

@@ -1,7 +1,6 @@
 #include "FormulaSet.h"
 
 #include "EnumerationNode.h"
-#include "Text.h"
 
 namespace GenApi {
 
@@ -10,55 +9,47 @@ namespace {
 constexpr unsigned maxExpressionDepth = 50;
 constexpr std::string_view entrySuffix = "Entry.";
 
-int64_t ReadAs(const CNodeImpl &node, bool ignoreCache, int64_t) { return node.ReadInteger(ignoreCache); }
-double ReadAs(const CNodeImpl &node, bool ignoreCache, double) { return node.ReadFloat(ignoreCache); }
-int64_t LimitAs(const CNodeImpl &node, ELimit limit, int64_t) { return node.IntegerLimit(limit); }
-double LimitAs(const CNodeImpl &node, ELimit limit, double) { return node.FloatLimit(limit); }
-int64_t LiteralAs(const CNodeImpl &node, const SProperty &property, int64_t) { return node.IntegerOf(property); }
-double LiteralAs(const CNodeImpl &node, const SProperty &property, double) { return node.FloatOf(property); }
-
 } // namespace
 
 /// One evaluation: each name is looked up at most once, whatever the number of its uses.
-template <class Number> class CFormulaSet::TEvaluation {
+class CFormulaSet::CEvaluation {
 public:
-    TEvaluation(CFormulaSet &set, bool ignoreCache, Number input)
+    CEvaluation(CFormulaSet &set, bool ignoreCache, FormulaNumber input)
         : m_set(set), m_ignoreCache(ignoreCache), m_input(input) {}
 
-    Number Run(const SBoundFormula &bound) {
+    FormulaNumber Run(const SBoundFormula &bound) {
         CVariables variables(*this, bound);
-        return EvaluateFormula<Number>(bound.formula, variables);
+        return EvaluateFormula(bound.formula, variables);
     }
 
 private:
-    class CVariables : public IFormulaVariables<Number> {
+    class CVariables : public IFormulaVariables {
     public:
-        CVariables(TEvaluation &evaluation, const SBoundFormula &bound) : m_evaluation(evaluation), m_bound(bound) {}
-        Number Get(std::size_t variable) override { return m_evaluation.ValueOf(m_bound.bindings[variable]); }
+        CVariables(CEvaluation &evaluation, const SBoundFormula &bound) : m_evaluation(evaluation), m_bound(bound) {}
+        FormulaNumber Get(std::size_t variable) override { return m_evaluation.ValueOf(m_bound.bindings[variable]); }
 
     private:
-        TEvaluation &m_evaluation;
+        CEvaluation &m_evaluation;
         const SBoundFormula &m_bound;
     };
 
-    Number ValueOf(std::size_t index) {
+    FormulaNumber ValueOf(std::size_t index) {
         // Compiling an expression may have added bindings.
         m_known.resize(m_set.m_bindings.size());
         if (!m_known[index]) {
-            const Number value = Find(m_set.m_bindings[index]);
+            const FormulaNumber value = Find(m_set.m_bindings[index]);
             m_known.resize(m_set.m_bindings.size());
             m_known[index] = value;
         }
         return *m_known[index];
     }
 
-    Number Find(const SBinding binding) {
+    FormulaNumber Find(const SBinding binding) {
         switch (binding.meaning) {
         case EMeaning::Input:
             return m_input;
         case EMeaning::Constant:
-            return binding.property != nullptr ? LiteralAs(m_set.m_node, *binding.property, Number{})
-                                               : static_cast<Number>(binding.constant);
+            return binding.property != nullptr ? Literal(*binding.property) : binding.constant;
         case EMeaning::Expression:
             return RunExpression(*binding.property);
         default:
@@ -66,44 +57,57 @@ private:
         }
     }
 
-    Number FromNode(const SBinding &binding, const CNodeImpl &node) {
+    FormulaNumber FromNode(const SBinding &binding, const CNodeImpl &node) {
         switch (binding.meaning) {
         case EMeaning::Min:
-            return LimitAs(node, ELimit::Min, Number{});
+            return Limit(node, ELimit::Min);
         case EMeaning::Max:
-            return LimitAs(node, ELimit::Max, Number{});
+            return Limit(node, ELimit::Max);
         case EMeaning::Inc:
-            return LimitAs(node, ELimit::Inc, Number{});
+            return Limit(node, ELimit::Inc);
         case EMeaning::Entry:
-            return static_cast<Number>(EntryValue(node, binding.entry));
+            return EntryValue(node, binding.entry);
         default:
-            return ReadAs(node, m_ignoreCache, Number{});
+            return Value(node);
         }
     }
 
-    Number RunExpression(const SProperty &property) {
+    bool IsInteger() const { return m_set.m_kind == EFormulaKind::Integer; }
+    FormulaNumber Value(const CNodeImpl &node) const {
+        return IsInteger() ? FormulaNumber(node.ReadInteger(m_ignoreCache)) : node.ReadFloat(m_ignoreCache);
+    }
+    FormulaNumber Limit(const CNodeImpl &node, ELimit limit) const {
+        return IsInteger() ? FormulaNumber(node.IntegerLimit(limit)) : node.FloatLimit(limit);
+    }
+    FormulaNumber Literal(const SProperty &constant) const {
+        const auto number = ParseFormulaNumber(constant.Text(), m_set.m_kind);
+        return number ? *number : m_set.m_node.FloatOf(constant); // which throws
+    }
+
+    FormulaNumber RunExpression(const SProperty &property) {
         if (++m_depth > maxExpressionDepth)
             throw RUNTIME_EXCEPTION("Node '%s': expression '%.*s' depends on itself or is nested too deeply",
-                                    m_set.m_node.NameText(), static_cast<int>(property.attribute.size()),
-                                    property.attribute.data());
-        const Number value = Run(m_set.Compiled(property));
+                                    m_set.m_node.NameText(), static_cast<int>(property.Attribute().size()),
+                                    property.Attribute().data());
+        const FormulaNumber value = Run(m_set.Compiled(property));
         --m_depth;
         return value;
     }
 
-    int64_t EntryValue(const CNodeImpl &node, std::string_view entryName) const {
+    /// What the enumeration itself would be read as if this were its present entry.
+    FormulaNumber EntryValue(const CNodeImpl &node, std::string_view entryName) const {
         const auto *const enumeration = dynamic_cast<const CEnumerationNode *>(&node);
         const CEnumEntryNode *const entry = enumeration != nullptr ? enumeration->EntryNamed(entryName) : nullptr;
         if (entry == nullptr)
             throw RUNTIME_EXCEPTION("Node '%s': node '%s' has no entry '%.*s'", m_set.m_node.NameText(),
                                     node.NameText(), static_cast<int>(entryName.size()), entryName.data());
-        return entry->Value();
+        return IsInteger() ? FormulaNumber(entry->Value()) : entry->NumericValue();
     }
 
     CFormulaSet &m_set;
     bool m_ignoreCache;
-    Number m_input;
-    std::vector<std::optional<Number>> m_known;
+    FormulaNumber m_input;
+    std::vector<std::optional<FormulaNumber>> m_known;
     unsigned m_depth = 0;
 };
 
@@ -111,7 +115,12 @@ template <class Number> Number CFormulaSet::Evaluate(EProperty formula, bool ign
     const SProperty *const property = m_node.Find(formula);
     if (property == nullptr)
         throw RUNTIME_EXCEPTION("Node '%s' has no '%s'", m_node.NameText(), NameOf(formula).data());
-    return TEvaluation<Number>(*this, ignoreCache, input).Run(Compiled(*property));
+    const SBoundFormula &bound = Compiled(*property);
+    const FormulaNumber result = CEvaluation(*this, ignoreCache, input).Run(bound);
+    if constexpr (std::is_same_v<Number, double>)
+        return ToReal(result);
+    else
+        return ToInteger(result, bound.formula);
 }
 
 template int64_t CFormulaSet::Evaluate(EProperty, bool, int64_t);
@@ -158,7 +167,7 @@ const SProperty *CFormulaSet::FindNamed(std::string_view name) const {
     for (const SProperty &property : m_node)
         if ((property.id == EProperty::pVariable || property.id == EProperty::Constant ||
              property.id == EProperty::Expression) &&
-            property.attribute == name)
+            property.Attribute() == name)
             return &property;
     return nullptr;
 }
@@ -169,8 +178,8 @@ CFormulaSet::SBinding CFormulaSet::BindingOf(const SProperty &property) {
         return {EMeaning::Constant, &property, {}, 0};
     if (property.id == EProperty::Expression)
         return {EMeaning::Expression, &property, {}, 0};
-    const std::size_t dot = property.attribute.find('.');
-    return WithSuffix(property, dot != std::string_view::npos ? property.attribute.substr(dot + 1) : "Value");
+    const std::size_t dot = property.Attribute().find('.');
+    return WithSuffix(property, dot != std::string_view::npos ? property.Attribute().substr(dot + 1) : "Value");
 }
 
 CFormulaSet::SBinding CFormulaSet::WithSuffix(const SProperty &variable, std::string_view suffix) {

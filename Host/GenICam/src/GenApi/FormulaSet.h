@@ -25,7 +25,7 @@ public:
     bool IsCached() const;
 
 private:
-    template <class Number> class TEvaluation;
+    class CEvaluation;
 
     enum class EMeaning : uint8_t { Value, Min, Max, Inc, Entry, Constant, Expression, Input };
 

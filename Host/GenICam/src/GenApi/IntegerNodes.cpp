@@ -55,26 +55,29 @@ bool Fits(int64_t value, unsigned width) {
 
 } // namespace
 
-/// The other bits keep their value. Those of a register that cannot be read become zero.
-void CIntRegNode::DoWriteInteger(int64_t value) {
+/// The other bits keep the value they have in the device, not one that was read or written before: a bit that the
+/// device has cleared since would start its command again. Those of a register that cannot be read become zero.
+void CIntRegNode::DoWriteInteger(int64_t value, SWriting how) {
     const SField field = Field();
     if (!Fits(value, field.width))
         throw OUT_OF_RANGE_EXCEPTION("Node '%s': %lld does not fit into %u bits", NameText(),
                                      static_cast<long long>(value), field.width);
     const uint64_t mask = field.Mask() << field.shift;
-    const bool hasOtherBits = field.width < 8 * field.registerLength;
-    const uint64_t others = hasOtherBits && IsRawReadable() ? ReadRaw(field.registerLength, false) & ~mask : 0;
-    WriteRaw(others | (static_cast<uint64_t>(value) << field.shift & mask), field.registerLength);
+    const bool readsOthers = !how.isRehearsal && field.width < 8 * field.registerLength && IsRawReadable();
+    const uint64_t others = readsOthers ? ReadRaw(field.registerLength, true) & ~mask : 0;
+    WriteRaw(others | (static_cast<uint64_t>(value) << field.shift & mask), field.registerLength, how);
 }
 
-/// An unsigned field of 64 bits is read as two's complement, so every value can occur.
+/// An unsigned field of 64 bits is read as two's complement, but its limits are those of a number without sign, so that
+/// converters above it have limits as well.
 int64_t CIntRegNode::NaturalIntegerLimit(ELimit limit) const {
     const SField field = Field();
-    if (limit == ELimit::Inc || field.width == 64)
+    const bool isUnsignedMinimum = limit == ELimit::Min && !IsSigned();
+    if (limit == ELimit::Inc || (field.width == 64 && !isUnsignedMinimum))
         return TInteger::NaturalIntegerLimit(limit);
     const auto highest = static_cast<int64_t>(field.Mask());
     if (!IsSigned())
-        return limit == ELimit::Min ? 0 : highest;
+        return isUnsignedMinimum ? 0 : highest;
     return limit == ELimit::Min ? -(highest / 2) - 1 : highest / 2;
 }
 

@@ -14,7 +14,7 @@ public:
 protected:
     EAccessMode OwnAccessMode() const override { return m_source.AccessMode(); }
     int64_t DoReadInteger(bool ignoreCache) const override { return m_source.Read(ignoreCache); }
-    void DoWriteInteger(int64_t value) override { m_source.Write(value); }
+    void DoWriteInteger(int64_t value, SWriting how) override { m_source.Write(value, how); }
     int64_t NaturalIntegerLimit(ELimit limit) const override;
     ECachingMode DoCachingMode() const override { return m_source.CachingMode(); }
     bool DoIsCached() const override { return m_source.IsCached(); }
@@ -31,7 +31,7 @@ public:
 
 protected:
     int64_t DoReadInteger(bool ignoreCache) const override;
-    void DoWriteInteger(int64_t value) override;
+    void DoWriteInteger(int64_t value, SWriting how) override;
     int64_t NaturalIntegerLimit(ELimit limit) const override;
 
 private:

@@ -65,8 +65,7 @@ INodeMap *CNodeImpl::GetNodeMap() const { return &m_map; }
 
 void CNodeImpl::InvalidateNode() {
     CUpdate update(m_map);
-    DropCache();
-    m_map.Changed(*this);
+    m_map.Invalidated(*this);
 }
 
 ECachingMode CNodeImpl::GetCachingMode() const {
@@ -96,8 +95,8 @@ bool CNodeImpl::GetProperty(const gcstring &PropertyName, gcstring &ValueStr, gc
             continue;
         const CNodeImpl *const target = m_map.At(property.target);
         const char *const separator = isGiven ? "\t" : "";
-        ValueStr += separator + std::string(target != nullptr ? target->Name() : property.text);
-        AttributeStr += separator + std::string(property.attribute);
+        ValueStr += separator + std::string(target != nullptr ? target->Name() : property.Text());
+        AttributeStr += separator + std::string(property.Attribute());
         isGiven = true;
     }
     return isGiven;
@@ -208,15 +207,15 @@ const SProperty *CNodeImpl::Find(EProperty id) const {
 
 std::string_view CNodeImpl::Text(EProperty id, std::string_view fallback) const {
     const SProperty *const property = Find(id);
-    return property != nullptr ? property->text : fallback;
+    return property != nullptr ? property->Text() : fallback;
 }
 
 CNodeImpl &CNodeImpl::Target(const SProperty &property) const {
     CNodeImpl *const target = m_map.At(property.target);
     if (target == nullptr)
         throw RUNTIME_EXCEPTION("Node '%s' refers in '%s' to the node '%.*s', which does not exist", NameText(),
-                                NameOf(property.id).data(), static_cast<int>(property.text.size()),
-                                property.text.data());
+                                NameOf(property.id).data(), static_cast<int>(property.Text().size()),
+                                property.Text().data());
     return *target;
 }
 
@@ -228,19 +227,21 @@ CNodeImpl *CNodeImpl::TargetOf(EProperty id) const {
 int64_t CNodeImpl::IntegerOf(const SProperty &property) const {
     if (RelationOf(property.id) != ERelation::None)
         return Target(property).ReadInteger(false);
-    if (const auto value = ParseInteger(property.text))
+    if (const auto value = ParseInteger(property.Text()))
         return *value;
     throw RUNTIME_EXCEPTION("Node '%s': '%.*s' in '%s' is no integer", NameText(),
-                            static_cast<int>(property.text.size()), property.text.data(), NameOf(property.id).data());
+                            static_cast<int>(property.Text().size()), property.Text().data(),
+                            NameOf(property.id).data());
 }
 
 double CNodeImpl::FloatOf(const SProperty &property) const {
     if (RelationOf(property.id) != ERelation::None)
         return Target(property).ReadFloat(false);
-    if (const auto value = ParseFloat(property.text))
+    if (const auto value = ParseFloat(property.Text()))
         return *value;
     throw RUNTIME_EXCEPTION("Node '%s': '%.*s' in '%s' is no number", NameText(),
-                            static_cast<int>(property.text.size()), property.text.data(), NameOf(property.id).data());
+                            static_cast<int>(property.Text().size()), property.Text().data(),
+                            NameOf(property.id).data());
 }
 
 std::optional<int64_t> CNodeImpl::IntegerProperty(EProperty literal, EProperty reference) const {

@@ -15,6 +15,17 @@ class CNodeMapImpl;
 
 enum class ELimit : uint8_t { Min, Max, Inc };
 
+/// How a value is written along a chain of nodes.
+struct SWriting {
+    /// Each node of the chain checks the limits that hold for it.
+    bool verify = false;
+    /// Nothing is written, but whatever would keep a node from writing is thrown.
+    bool isRehearsal = false;
+
+    /// For a value that the file gives: no limit of the file's speaks against it.
+    SWriting Unverified() const { return {false, isRehearsal}; }
+};
+
 /// What all nodes share, and how nodes use each other.
 ///
 /// A node reads its properties from the description whenever it needs them; it keeps only what changes at run time. The
@@ -95,8 +106,8 @@ public:
     int64_t ReadInteger(bool ignoreCache) const;
     double ReadFloat(bool ignoreCache) const;
     std::string ReadText(bool ignoreCache) const;
-    void WriteInteger(int64_t value);
-    void WriteFloat(double value);
+    void WriteInteger(int64_t value, SWriting how);
+    void WriteFloat(double value, SWriting how);
     void WriteText(const std::string &text);
     int64_t IntegerLimit(ELimit limit) const;
     double FloatLimit(ELimit limit) const;
@@ -108,6 +119,11 @@ public:
     bool IsCached() const;
     ERepresentation Representation() const;
     virtual void DropCache() {}
+    /// The node's polling time is over. To be called within a CUpdate.
+    virtual void Polled();
+    bool IsPollingBlocked() const;
+    /// \throws RuntimeException when one of the node's error indicators is not zero.
+    void CheckErrors() const;
 
     bool IsEvaluating(EEvaluated what) const { return (m_evaluating & static_cast<uint16_t>(what)) != 0; }
     const CCallbackList &Callbacks() const { return m_callbacks; }
@@ -118,8 +134,14 @@ protected:
     virtual int64_t DoReadInteger(bool ignoreCache) const;
     virtual double DoReadFloat(bool ignoreCache) const;
     virtual std::string DoReadText(bool ignoreCache) const;
-    virtual void DoWriteInteger(int64_t value);
-    virtual void DoWriteFloat(double value);
+    /// Whether the node writes doubles, not integers.
+    virtual bool IsReal() const { return false; }
+    virtual void DoWriteInteger(int64_t value, SWriting how);
+    virtual void DoWriteFloat(double value, SWriting how);
+    /// The integer to write for a double.
+    virtual int64_t IntegerFor(double value) const { return RoundToInteger(value); }
+    /// \throws an exception that tells why the value is not allowed.
+    virtual void VerifyInteger(int64_t value) const;
     virtual void DoWriteText(const std::string &text);
     /// The limit the file gives or else the natural one.
     virtual int64_t DoIntegerLimit(ELimit limit) const;
@@ -127,6 +149,8 @@ protected:
     /// Limit where the file gives none.
     virtual int64_t NaturalIntegerLimit(ELimit limit) const;
     std::optional<double> GivenFloatLimit(ELimit limit) const;
+    /// False when the node that a limit is to be read from cannot be read; then the natural limit holds.
+    bool IsLimitKnown(ELimit limit) const;
     virtual int64_t DoMaxTextLength() const;
     virtual ECachingMode DoCachingMode() const { return WriteThrough; }
     virtual bool DoIsCached() const { return true; }

@@ -47,6 +47,8 @@ std::unique_ptr<CNodeImpl> MakeNode(CNodeMapImpl &map, int32_t index, ENodeType 
         return std::make_unique<CStringRegNode>(map, index);
     case ENodeType::Register:
         return std::make_unique<CRegisterNode>(map, index);
+    case ENodeType::Unavailable:
+        return std::make_unique<CUnavailableNode>(map, index);
     case ENodeType::Node:
         break;
     }

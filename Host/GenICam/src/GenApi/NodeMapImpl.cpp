@@ -22,13 +22,13 @@ bool IsEssential(ERelation relation) {
 
 void TraceUnresolved(const SNodeDescription &node, const SProperty &property) {
     TraceWarning("Camera description: node '%s' refers to '%.*s', which does not exist", node.name.data(),
-                 static_cast<int>(property.text.size()), property.text.data());
+                 static_cast<int>(property.Text().size()), property.Text().data());
 }
 
 } // namespace
 
 CNodeMapImpl::CNodeMapImpl(std::unique_ptr<SDescription> description, const gcstring &deviceName)
-    : m_description(std::move(description)), m_deviceName(deviceName) {
+    : m_description(std::move(description)), m_deviceName(deviceName), m_names(m_description->nodes) {
     LinkReferences();
     m_nodes.reserve(m_description->nodes.size());
     for (std::size_t i = 0; i < m_description->nodes.size(); ++i)
@@ -39,12 +39,10 @@ CNodeMapImpl::~CNodeMapImpl() = default;
 
 void CNodeMapImpl::LinkReferences() {
     unsigned findings = 0;
-    m_names.reserve(m_description->nodes.size());
-    for (std::size_t i = 0; i < m_description->nodes.size(); ++i) {
-        const std::string_view name = m_description->nodes[i].name;
-        if (!m_names.emplace(name, static_cast<int32_t>(i)).second && findings++ < MaxTracedFindings)
-            TraceWarning("Camera description: node '%s' is there twice, the first counts", name.data());
-    }
+    for (std::size_t i = 0; i < m_description->nodes.size(); ++i)
+        if (!m_names.Add(static_cast<int32_t>(i)) && findings++ < MaxTracedFindings)
+            TraceWarning("Camera description: node '%s' is there twice, the first counts",
+                         m_description->nodes[i].name.data());
     for (SNodeDescription &node : m_description->nodes)
         for (uint32_t p = node.firstProperty; p < node.firstProperty + node.propertyCount; ++p)
             if (!Link(m_description->properties[p])) {
@@ -58,17 +56,11 @@ void CNodeMapImpl::LinkReferences() {
 bool CNodeMapImpl::Link(SProperty &property) const {
     if (RelationOf(property.id) == ERelation::None || property.target != NoNode)
         return true;
-    const auto found = m_names.find(property.text);
-    if (found == m_names.end())
-        return false;
-    property.target = found->second;
-    return true;
+    property.target = m_names.Find(property.Text());
+    return property.target != NoNode;
 }
 
-CNodeImpl *CNodeMapImpl::Find(std::string_view name) const {
-    const auto found = m_names.find(name);
-    return found != m_names.end() ? At(found->second) : nullptr;
-}
+CNodeImpl *CNodeMapImpl::Find(std::string_view name) const { return At(m_names.Find(name)); }
 
 void CNodeMapImpl::GetNodes(NodeList_t &Nodes) const {
     Nodes.clear();
@@ -86,7 +78,7 @@ INode *CNodeMapImpl::GetNode(const gcstring &Name) const {
 
 void CNodeMapImpl::InvalidateNodes() const {
     CUpdate update(*this);
-    ++m_evaluation.epoch;
+    m_evaluation.Advance();
     for (const auto &node : m_nodes) {
         node->DropCache();
         update.Add(*node);
@@ -115,11 +107,10 @@ void CNodeMapImpl::Poll(int64_t ElapsedTime) {
         m_polledNodes = FindPolledNodes();
     for (SPolledNode &polled : *m_polledNodes) {
         polled.elapsed += ElapsedTime;
-        if (polled.elapsed < polled.period)
+        if (polled.elapsed < polled.period || polled.node->IsPollingBlocked())
             continue;
         polled.elapsed = 0;
-        polled.node->DropCache();
-        Changed(*polled.node);
+        polled.node->Polled();
     }
 }
 
@@ -146,10 +137,15 @@ std::vector<CNodeImpl *> CNodeMapImpl::DependentsOf(const CNodeImpl &node) const
     return dependents;
 }
 
-void CNodeMapImpl::Changed(const CNodeImpl &node) const {
-    ++m_evaluation.epoch;
-    m_collector->Add(node);
-    for (const SDependent &dependent : Dependencies().DependentsOf(node.Index())) {
+void CNodeMapImpl::Invalidated(CNodeImpl &node) const {
+    node.DropCache();
+    Spread(node, true);
+}
+
+void CNodeMapImpl::Spread(const CNodeImpl &origin, bool isInvalidated) const {
+    m_evaluation.Advance();
+    m_collector->Add(origin);
+    for (const SDependent &dependent : Dependencies().DependentsOf(origin.Index(), isInvalidated)) {
         if (dependent.isStale)
             At(dependent.node)->DropCache();
         m_collector->Add(*At(dependent.node));

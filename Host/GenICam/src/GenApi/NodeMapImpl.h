@@ -3,14 +3,13 @@
 #include "DependencyGraph.h"
 #include "Description.h"
 #include "Evaluation.h"
+#include "NameIndex.h"
 #include "NodeImpl.h"
 #include "Update.h"
 
 #include "GenApi/IDestroy.h"
 #include "GenApi/IDeviceInfo.h"
 #include "GenApi/INodeMap.h"
-
-#include <unordered_map>
 
 namespace GenApi {
 
@@ -53,7 +52,9 @@ public:
     /// Nodes that are stale when \p node changes.
     std::vector<CNodeImpl *> DependentsOf(const CNodeImpl &node) const;
     /// To be called within a CUpdate: drops what dependent nodes keep, and notes all of them for their callbacks.
-    void Changed(const CNodeImpl &node) const;
+    void Changed(const CNodeImpl &node) const { Spread(node, false); }
+    /// The same for a node whose value is no longer known: drops what it and the registers below it keep as well.
+    void Invalidated(CNodeImpl &node) const;
     /// Whether a category lists the node.
     bool IsFeature(const CNodeImpl &node) const;
     /// The update that changes are reported to. \returns the one before.
@@ -67,13 +68,14 @@ private:
     };
 
     void LinkReferences();
+    void Spread(const CNodeImpl &origin, bool isInvalidated) const;
     bool Link(SProperty &property) const;
     std::vector<SPolledNode> FindPolledNodes() const;
     CDependencyGraph &Dependencies() const;
 
     std::unique_ptr<SDescription> m_description;
     gcstring m_deviceName;
-    std::unordered_map<std::string_view, int32_t> m_names;
+    CNameIndex m_names;
     mutable CLock m_lock;
     mutable SEvaluation m_evaluation;
     mutable CUpdate *m_collector = nullptr;

@@ -2,6 +2,8 @@
 
 #include "EnumText.h"
 #include "NodeMapImpl.h"
+#include "Text.h"
+#include "ValueOperations.h"
 
 #include <cmath>
 #include <limits>
@@ -47,7 +49,7 @@ EAccessMode CNodeImpl::AccessMode() const {
     if (IsEvaluating(EEvaluated::Access))
         return RW;
     const SEvaluation &evaluation = m_map.Evaluation();
-    if (evaluation.depth > 0 && m_accessModeEpoch == evaluation.epoch)
+    if (evaluation.IsUnderWay() && m_accessModeEpoch == evaluation.epoch)
         return m_knownAccessMode;
     const CEvaluationScope scope(*this, EEvaluated::Access);
     m_knownAccessMode = DetermineAccessMode();
@@ -60,7 +62,7 @@ EAccessMode CNodeImpl::DetermineAccessMode() const {
         return NI;
     EAccessMode mode = Combine(OwnAccessMode(), m_imposedAccessMode);
     if (const SProperty *const imposed = Find(EProperty::ImposedAccessMode))
-        mode = Combine(mode, ParseAccessMode(imposed->text));
+        mode = Combine(mode, ParseAccessMode(imposed->Text()));
     if (mode == NI || !Condition(EProperty::pIsImplemented, true, false))
         return NI;
     if (mode == NA || !Condition(EProperty::pIsAvailable, true, false))
@@ -76,6 +78,16 @@ bool CNodeImpl::Condition(EProperty id, bool absent, bool unreadable) const {
     const CNodeImpl &condition = Target(*property);
     return IsReadable(condition.AccessMode()) ? condition.ReadInteger(false) != 0 : unreadable;
 }
+
+bool CNodeImpl::IsPollingBlocked() const {
+    try {
+        return Condition(EProperty::pBlockPolling, false, false);
+    } catch (const GenICam::GenericException &) {
+        return false;
+    }
+}
+
+void CNodeImpl::Polled() { m_map.Invalidated(*this); }
 
 EAccessMode CNodeImpl::SourceAccessMode(const SProperty &property) const {
     const EAccessMode mode = Target(property).AccessMode();
@@ -122,15 +134,27 @@ std::string CNodeImpl::ReadText(bool ignoreCache) const {
     return DoReadText(ignoreCache);
 }
 
-void CNodeImpl::WriteInteger(int64_t value) {
+/// Each node checks and writes its own kind of number: a double that is an integer node's maximum but for a rounding
+/// error is within its limits.
+void CNodeImpl::WriteInteger(int64_t value, SWriting how) {
+    if (IsReal())
+        return WriteFloat(static_cast<double>(value), how);
     const CEvaluationScope scope(*this, EEvaluated::Write);
-    DoWriteInteger(value);
+    if (how.verify)
+        VerifyInteger(value);
+    DoWriteInteger(value, how);
 }
 
-void CNodeImpl::WriteFloat(double value) {
+void CNodeImpl::WriteFloat(double value, SWriting how) {
+    if (!IsReal())
+        return WriteInteger(IntegerFor(value), how);
     const CEvaluationScope scope(*this, EEvaluated::Write);
-    DoWriteFloat(value);
+    if (how.verify)
+        CheckFloat(*this, value);
+    DoWriteFloat(value, how);
 }
+
+void CNodeImpl::VerifyInteger(int64_t value) const { CheckInteger(*this, value); }
 
 void CNodeImpl::WriteText(const std::string &text) {
     const CEvaluationScope scope(*this, EEvaluated::Write);
@@ -152,6 +176,17 @@ int64_t CNodeImpl::MaxTextLength() const {
     return DoMaxTextLength();
 }
 
+void CNodeImpl::CheckErrors() const {
+    for (const SProperty &property : *this) {
+        if (property.id != EProperty::pError)
+            continue;
+        const CNodeImpl &error = Target(property);
+        if (IsReadable(error.AccessMode()) && error.ReadInteger(true) != 0)
+            throw RUNTIME_EXCEPTION("Node '%s': the device reports error %lld in '%s'", NameText(),
+                                    static_cast<long long>(error.ReadInteger(false)), error.NameText());
+    }
+}
+
 ECachingMode CNodeImpl::CachingMode() const {
     const CEvaluationScope scope(*this, EEvaluated::CachingMode);
     return DoCachingMode();
@@ -165,7 +200,7 @@ bool CNodeImpl::IsCached() const {
 ERepresentation CNodeImpl::Representation() const {
     const CEvaluationScope scope(*this, EEvaluated::Representation);
     const SProperty *const given = Find(EProperty::Representation);
-    return given != nullptr ? ParseRepresentation(given->text) : NaturalRepresentation();
+    return given != nullptr ? ParseRepresentation(given->Text()) : NaturalRepresentation();
 }
 
 int64_t CNodeImpl::DoReadInteger(bool) const { throw RUNTIME_EXCEPTION("Node '%s' has no numeric value", NameText()); }
@@ -174,9 +209,11 @@ double CNodeImpl::DoReadFloat(bool ignoreCache) const { return static_cast<doubl
 
 std::string CNodeImpl::DoReadText(bool) const { throw RUNTIME_EXCEPTION("Node '%s' has no text value", NameText()); }
 
-void CNodeImpl::DoWriteInteger(int64_t) { throw RUNTIME_EXCEPTION("Node '%s' takes no numeric value", NameText()); }
+void CNodeImpl::DoWriteInteger(int64_t, SWriting) {
+    throw RUNTIME_EXCEPTION("Node '%s' takes no numeric value", NameText());
+}
 
-void CNodeImpl::DoWriteFloat(double value) { DoWriteInteger(RoundToInteger(value)); }
+void CNodeImpl::DoWriteFloat(double value, SWriting how) { DoWriteInteger(IntegerFor(value), how); }
 
 void CNodeImpl::DoWriteText(const std::string &) {
     throw RUNTIME_EXCEPTION("Node '%s' takes no text value", NameText());
@@ -184,15 +221,24 @@ void CNodeImpl::DoWriteText(const std::string &) {
 
 int64_t CNodeImpl::DoIntegerLimit(ELimit limit) const {
     const auto [literal, reference] = PropertiesOf(limit);
-    const auto given = IntegerProperty(literal, reference);
+    if (limit == ELimit::Max)
+        if (const auto maximum = ParseMaximum(Text(EProperty::Max)))
+            return *maximum;
+    const auto given = IsLimitKnown(limit) ? IntegerProperty(literal, reference) : std::nullopt;
     return given ? *given : NaturalIntegerLimit(limit);
 }
 
 double CNodeImpl::DoFloatLimit(ELimit limit) const { return static_cast<double>(DoIntegerLimit(limit)); }
 
+bool CNodeImpl::IsLimitKnown(ELimit limit) const {
+    const auto [literal, reference] = PropertiesOf(limit);
+    const SProperty *const property = Has(literal) ? nullptr : Find(reference);
+    return property == nullptr || IsReadable(Target(*property).AccessMode());
+}
+
 std::optional<double> CNodeImpl::GivenFloatLimit(ELimit limit) const {
     const auto [literal, reference] = PropertiesOf(limit);
-    return FloatProperty(literal, reference);
+    return IsLimitKnown(limit) ? FloatProperty(literal, reference) : std::nullopt;
 }
 
 int64_t CNodeImpl::NaturalIntegerLimit(ELimit limit) const {

@@ -28,13 +28,15 @@ void CBooleanNode::FromString(const gcstring &ValueStr, bool Verify) {
 
 bool CBooleanNode::IsValueCacheValid() const { return GetIsCached(*this); }
 
-void CBooleanNode::SetValue(bool Value, bool) { SetInteger(*this, Value ? 1 : 0, false); }
+void CBooleanNode::SetValue(bool Value, bool Verify) { SetInteger(*this, Value ? 1 : 0, Verify); }
 
 bool CBooleanNode::GetValue(bool, bool IgnoreCache) const { return GetInteger(*this, false, IgnoreCache) != 0; }
 
 int64_t CBooleanNode::DoReadInteger(bool ignoreCache) const { return m_source.Read(ignoreCache) == OnValue() ? 1 : 0; }
 
-void CBooleanNode::DoWriteInteger(int64_t value) { m_source.Write(value != 0 ? OnValue() : OffValue()); }
+void CBooleanNode::DoWriteInteger(int64_t value, SWriting how) {
+    m_source.Write(value != 0 ? OnValue() : OffValue(), how.Unverified());
+}
 
 int64_t CBooleanNode::OnValue() const {
     const SProperty *const given = Find(EProperty::OnValue);
@@ -57,11 +59,13 @@ void CCommandNode::FromString(const gcstring &ValueStr, bool Verify) {
     Execute(Verify);
 }
 
-void CCommandNode::Execute(bool) {
+void CCommandNode::Execute(bool Verify) {
     CUpdate update(Map());
     CheckWritable();
-    WriteInteger(CommandValue());
+    WriteInteger(CommandValue(), {});
     m_isRunning = true;
+    if (Verify)
+        CheckErrors();
 }
 
 bool CCommandNode::IsDone(bool) {

@@ -11,6 +11,16 @@
 
 namespace GenApi {
 
+/// A SmartFeature, ConfRom, IntKey and the like: finds its address or value by a key in the configuration ROM of an
+/// IEEE 1394 camera. Without one nothing can be found, nor does what refers to it work.
+class CUnavailableNode : public CNodeImpl {
+public:
+    using CNodeImpl::CNodeImpl;
+
+protected:
+    EAccessMode OwnAccessMode() const override { return NA; }
+};
+
 /// The Category node type.
 class CCategoryNode : public CNodeImpl, public ICategory {
 public:
@@ -41,7 +51,7 @@ protected:
     EAccessMode OwnAccessMode() const override { return m_source.AccessMode(); }
     /// Other nodes see 0 and 1.
     int64_t DoReadInteger(bool ignoreCache) const override;
-    void DoWriteInteger(int64_t value) override;
+    void DoWriteInteger(int64_t value, SWriting how) override;
     int64_t NaturalIntegerLimit(ELimit limit) const override { return limit == ELimit::Min ? 0 : 1; }
     ECachingMode DoCachingMode() const override { return m_source.CachingMode(); }
     bool DoIsCached() const override { return m_source.IsCached(); }
@@ -65,11 +75,16 @@ public:
     bool IsValueCacheValid() const override { return false; }
     void Execute(bool Verify) override;
     bool IsDone(bool Verify) override;
+    /// There is something to find out only while the command runs.
+    void Polled() override {
+        if (m_isRunning)
+            CNodeImpl::Polled();
+    }
 
 protected:
     EAccessMode OwnAccessMode() const override { return m_source.AccessMode(); }
     int64_t DoReadInteger(bool ignoreCache) const override { return m_source.Read(ignoreCache); }
-    void DoWriteInteger(int64_t value) override { m_source.Write(value); }
+    void DoWriteInteger(int64_t value, SWriting how) override { m_source.Write(value, how); }
     ECachingMode DoCachingMode() const override { return NoCache; }
 
 private:

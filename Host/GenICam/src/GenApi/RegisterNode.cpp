@@ -18,12 +18,12 @@ constexpr int64_t defaultLength = 4;
 } // namespace
 
 bool CRegisterNode::IsValueCacheValid() const {
-    const AutoLock lock(Map().GetLock());
+    const COperation operation(Map());
     return IsCached();
 }
 
 gcstring CRegisterNode::ToString(bool, bool IgnoreCache) {
-    const AutoLock lock(Map().GetLock());
+    const COperation operation(Map());
     CheckReadable();
     return FormatBytes(ReadBytes(IgnoreCache));
 }
@@ -46,7 +46,7 @@ void CRegisterNode::Set(const uint8_t *pBuffer, int64_t Length, bool) {
 }
 
 void CRegisterNode::Get(uint8_t *pBuffer, int64_t Length, bool, bool IgnoreCache) {
-    const AutoLock lock(Map().GetLock());
+    const COperation operation(Map());
     CheckReadable();
     const CRegisterCache::Bytes bytes = ReadBytes(IgnoreCache);
     if (Length < static_cast<int64_t>(bytes.size()))
@@ -56,12 +56,12 @@ void CRegisterNode::Get(uint8_t *pBuffer, int64_t Length, bool, bool IgnoreCache
 }
 
 int64_t CRegisterNode::GetLength() {
-    const AutoLock lock(Map().GetLock());
+    const COperation operation(Map());
     return static_cast<int64_t>(Length());
 }
 
 int64_t CRegisterNode::GetAddress() {
-    const AutoLock lock(Map().GetLock());
+    const COperation operation(Map());
     return Address();
 }
 
@@ -70,8 +70,15 @@ void CRegisterNode::DropCache() {
         port->Cache().DropOwner(Index());
 }
 
+/// Not implemented without a port, and no better than the node that gives the address.
 EAccessMode CRegisterNode::OwnAccessMode() const {
-    return Combine(ParseAccessMode(Text(EProperty::AccessMode)), Port().AccessMode());
+    if (!Has(EProperty::pPort))
+        return NI;
+    EAccessMode mode = Combine(ParseAccessMode(Text(EProperty::AccessMode)), Port().AccessMode());
+    for (const SProperty &property : *this)
+        if (property.id == EProperty::pAddress)
+            mode = Combine(mode, SourceAccessMode(property));
+    return mode;
 }
 
 bool CRegisterNode::IsRawReadable() const { return IsReadable(OwnAccessMode()); }
@@ -91,8 +98,8 @@ CPortNode &CRegisterNode::Port() const {
         throw RUNTIME_EXCEPTION("Node '%s' has no port", NameText());
     auto *const port = dynamic_cast<CPortNode *>(&Target(*property));
     if (port == nullptr)
-        throw RUNTIME_EXCEPTION("Node '%s': '%.*s' is no port", NameText(), static_cast<int>(property->text.size()),
-                                property->text.data());
+        throw RUNTIME_EXCEPTION("Node '%s': '%.*s' is no port", NameText(), static_cast<int>(property->Text().size()),
+                                property->Text().data());
     return *port;
 }
 
@@ -124,7 +131,7 @@ int64_t CRegisterNode::IndexOffset(const SProperty &index) const {
     uint64_t step = 0;
     if (next != end() && next->id == EProperty::pOffset)
         step = static_cast<uint64_t>(IntegerOf(*next));
-    else if (const auto offset = ParseInteger(index.attribute))
+    else if (const auto offset = ParseInteger(index.Attribute()))
         step = static_cast<uint64_t>(*offset);
     else
         step = Length();
@@ -148,20 +155,21 @@ CRegisterCache::Bytes CRegisterNode::ReadBytes(bool ignoreCache) const {
     const std::size_t length = Length();
     const int64_t address = Address();
     CPortNode &port = Port();
-    const bool isCachable = DoCachingMode() != NoCache;
-    if (isCachable && !ignoreCache)
-        if (const CRegisterCache::Bytes *const line = port.Cache().Find(Index(), address, length))
+    CRegisterCache &cache = DoCachingMode() != NoCache ? port.Cache() : Map().Evaluation().reads;
+    if (!ignoreCache)
+        if (const CRegisterCache::Bytes *const line = cache.Find(Index(), address, length))
             return *line;
     CRegisterCache::Bytes bytes(length);
     port.ReadBytes(bytes.data(), address, length);
-    if (isCachable)
-        port.Cache().Store(Index(), address, bytes);
+    cache.Store(Index(), address, bytes);
     return bytes;
 }
 
-void CRegisterNode::WriteBytes(CRegisterCache::Bytes bytes) {
+void CRegisterNode::WriteBytes(CRegisterCache::Bytes bytes, SWriting how) {
     const int64_t address = Address();
     CPortNode &port = Port();
+    if (how.isRehearsal)
+        return;
     try {
         port.WriteBytes(bytes.data(), address, bytes.size());
     } catch (...) {
@@ -189,7 +197,7 @@ uint64_t CRegisterNode::ReadRaw(std::size_t length, bool ignoreCache) const {
     return value;
 }
 
-void CRegisterNode::WriteRaw(uint64_t value, std::size_t length) {
+void CRegisterNode::WriteRaw(uint64_t value, std::size_t length, SWriting how) {
     CRegisterCache::Bytes bytes(length);
     for (uint8_t &byte : bytes) {
         byte = static_cast<uint8_t>(value);
@@ -197,7 +205,7 @@ void CRegisterNode::WriteRaw(uint64_t value, std::size_t length) {
     }
     if (IsBigEndian())
         std::reverse(bytes.begin(), bytes.end());
-    WriteBytes(std::move(bytes));
+    WriteBytes(std::move(bytes), how);
 }
 
 } // namespace GenApi

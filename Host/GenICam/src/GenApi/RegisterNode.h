@@ -34,10 +34,10 @@ protected:
     /// In bytes. \throws RuntimeException when it is not between 1 and 16 MiB.
     std::size_t Length() const;
     CRegisterCache::Bytes ReadBytes(bool ignoreCache) const;
-    void WriteBytes(CRegisterCache::Bytes bytes);
+    void WriteBytes(CRegisterCache::Bytes bytes, SWriting how = {});
     /// The register as a number of 1 to 8 bytes, its most significant byte first or last as the file says.
     uint64_t ReadRaw(std::size_t length, bool ignoreCache) const;
-    void WriteRaw(uint64_t value, std::size_t length);
+    void WriteRaw(uint64_t value, std::size_t length, SWriting how);
     bool IsBigEndian() const;
     /// True when the register itself and its port can be read.
     bool IsRawReadable() const;

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <locale>
+#include <sstream>
 
 namespace GenApi {
 
@@ -51,6 +53,15 @@ std::optional<int64_t> ParseGroups(std::string_view text, char separator, int gr
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     return static_cast<int64_t>(value);
+}
+
+/// What is beyond double becomes the largest double, or zero. Streams know that and take no notice of the locale here.
+double NearestDouble(std::string_view digits) {
+    std::istringstream text{std::string(digits)};
+    text.imbue(std::locale::classic());
+    double value = 0;
+    text >> value;
+    return value;
 }
 
 std::string FormatGroups(int64_t value, bool hexadecimal, char separator, int groups) {
@@ -100,19 +111,38 @@ std::optional<double> ParseFloat(std::string_view text) {
     text = Trim(text);
     std::string_view digits = text;
     const bool negative = TakeSign(digits);
-    if (TakeHexPrefix(digits)) {
-        const auto integer = ParseInteger(text);
-        return integer ? std::optional(static_cast<double>(*integer)) : std::nullopt;
-    }
-    // from_chars would take a second sign.
-    if (digits.empty() || digits.front() == '-')
-        return std::nullopt;
     double value = 0;
-    const char *end = digits.data() + digits.size();
-    const auto result = std::from_chars(digits.data(), end, value);
-    if (result.ec != std::errc() || result.ptr != end)
-        return std::nullopt;
+    if (TakeHexPrefix(digits)) {
+        const auto magnitude = ParseMagnitude(digits, 16);
+        if (!magnitude)
+            return std::nullopt;
+        value = static_cast<double>(*magnitude);
+    } else {
+        // from_chars would take a second sign.
+        if (digits.empty() || digits.front() == '-')
+            return std::nullopt;
+        const char *end = digits.data() + digits.size();
+        const auto result = std::from_chars(digits.data(), end, value);
+        if (result.ec == std::errc::invalid_argument || result.ptr != end)
+            return std::nullopt;
+        if (result.ec == std::errc::result_out_of_range)
+            value = NearestDouble(digits);
+    }
     return negative ? -value : value;
+}
+
+int64_t ClampToInteger(double value) {
+    constexpr double limit = 9223372036854775808.0; // 2^63
+    if (!(value > -limit))
+        return std::numeric_limits<int64_t>::min();
+    return value >= limit ? std::numeric_limits<int64_t>::max() : static_cast<int64_t>(value);
+}
+
+std::optional<int64_t> ParseMaximum(std::string_view text) {
+    const auto real = ParseFloat(text);
+    const auto integer = ParseInteger(text);
+    const bool isBeyond = real && (!integer || (*real > 0 && *integer < 0));
+    return isBeyond ? std::optional(ClampToInteger(std::floor(*real))) : integer;
 }
 
 std::string FormatInteger(int64_t value, ERepresentation representation) {

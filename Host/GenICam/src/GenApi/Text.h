@@ -17,8 +17,14 @@ bool IsYes(std::string_view text);
 
 /// Decimal or 0x-hexadecimal with an optional sign. Values above INT64_MAX up to UINT64_MAX become two's complement.
 std::optional<int64_t> ParseInteger(std::string_view text);
-/// Decimal or scientific, "INF", "-INF", "NaN", or a hexadecimal integer as above.
+/// Decimal or scientific, "INF", "-INF", "NaN", or a hexadecimal integer without two's complement. What is beyond
+/// double becomes the largest double or zero.
 std::optional<double> ParseFloat(std::string_view text);
+/// A highest value: as an integer above, but numbers without sign never become negative, and fractions are cut off.
+/// What is beyond 64 bits ("0xFFFFFFFFFFFFFFFF" in files that want to say "no limit") becomes INT64_MAX.
+std::optional<int64_t> ParseMaximum(std::string_view text);
+/// Cuts off fractions; numbers beyond 64 bits become the nearest integer there is, NaN the lowest.
+int64_t ClampToInteger(double value);
 
 /// In the form its representation asks for: hexadecimal, dotted IPv4 address, colon-separated MAC address or decimal.
 std::string FormatInteger(int64_t value, ERepresentation representation);

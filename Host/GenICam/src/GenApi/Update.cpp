@@ -20,9 +20,13 @@ CUpdate::CUpdate(const CNodeMapImpl &map) : m_map(map) {
         t_innermost = this;
     }
     m_previousCollector = m_map.SetCollector(m_isOutermost ? this : outermost);
+    if (m_map.Evaluation().operations++ == 0)
+        m_map.Evaluation().Advance();
 }
 
 CUpdate::~CUpdate() {
+    // What callbacks do are operations of their own, which see the device as it is then.
+    --m_map.Evaluation().operations;
     std::vector<CallbackPtr> outside;
     if (m_isOutermost)
         outside = FireInsideLock();

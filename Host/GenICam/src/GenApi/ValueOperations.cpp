@@ -42,6 +42,8 @@ void CheckStep(const CNodeImpl &node, int64_t value, int64_t minimum) {
                                      static_cast<long long>(step));
 }
 
+} // namespace
+
 void CheckInteger(const CNodeImpl &node, int64_t value) {
     const int64_t minimum = node.IntegerLimit(ELimit::Min);
     const int64_t maximum = node.IntegerLimit(ELimit::Max);
@@ -66,10 +68,8 @@ void CheckFloat(const CNodeImpl &node, double value) {
         throw OUT_OF_RANGE_EXCEPTION("Node '%s': value %g is not in the list of valid values", node.NameText(), value);
 }
 
-} // namespace
-
 int64_t GetInteger(const CNodeImpl &node, bool verify, bool ignoreCache) {
-    const AutoLock lock(node.Map().GetLock());
+    const COperation operation(node.Map());
     node.CheckReadable();
     const int64_t value = node.ReadInteger(ignoreCache);
     if (verify)
@@ -80,19 +80,19 @@ int64_t GetInteger(const CNodeImpl &node, bool verify, bool ignoreCache) {
 void SetInteger(CNodeImpl &node, int64_t value, bool verify) {
     CUpdate update(node.Map());
     node.CheckWritable();
+    node.WriteInteger(value, {verify});
     if (verify)
-        CheckInteger(node, value);
-    node.WriteInteger(value);
+        node.CheckErrors();
 }
 
 int64_t GetIntegerLimit(const CNodeImpl &node, ELimit limit) {
-    const AutoLock lock(node.Map().GetLock());
+    const COperation operation(node.Map());
     const int64_t value = node.IntegerLimit(limit);
     return limit == ELimit::Inc ? std::max<int64_t>(value, 1) : value;
 }
 
 std::vector<int64_t> ValidIntegers(const CNodeImpl &node, bool bounded) {
-    const AutoLock lock(node.Map().GetLock());
+    const COperation operation(node.Map());
     auto values = ParseList<int64_t>(node.Text(EProperty::ValidValueSet), ParseInteger);
     if (bounded)
         KeepWithin(values, node.IntegerLimit(ELimit::Min), node.IntegerLimit(ELimit::Max));
@@ -100,7 +100,7 @@ std::vector<int64_t> ValidIntegers(const CNodeImpl &node, bool bounded) {
 }
 
 double GetFloat(const CNodeImpl &node, bool verify, bool ignoreCache) {
-    const AutoLock lock(node.Map().GetLock());
+    const COperation operation(node.Map());
     node.CheckReadable();
     const double value = node.ReadFloat(ignoreCache);
     if (verify)
@@ -111,18 +111,18 @@ double GetFloat(const CNodeImpl &node, bool verify, bool ignoreCache) {
 void SetFloat(CNodeImpl &node, double value, bool verify) {
     CUpdate update(node.Map());
     node.CheckWritable();
+    node.WriteFloat(value, {verify});
     if (verify)
-        CheckFloat(node, value);
-    node.WriteFloat(value);
+        node.CheckErrors();
 }
 
 double GetFloatLimit(const CNodeImpl &node, ELimit limit) {
-    const AutoLock lock(node.Map().GetLock());
+    const COperation operation(node.Map());
     return node.FloatLimit(limit);
 }
 
 std::vector<double> ValidFloats(const CNodeImpl &node, bool bounded) {
-    const AutoLock lock(node.Map().GetLock());
+    const COperation operation(node.Map());
     auto values = ParseList<double>(node.Text(EProperty::ValidValueSet), ParseFloat);
     if (bounded)
         KeepWithin(values, node.FloatLimit(ELimit::Min), node.FloatLimit(ELimit::Max));
@@ -130,7 +130,7 @@ std::vector<double> ValidFloats(const CNodeImpl &node, bool bounded) {
 }
 
 std::string GetText(const CNodeImpl &node, bool ignoreCache) {
-    const AutoLock lock(node.Map().GetLock());
+    const COperation operation(node.Map());
     node.CheckReadable();
     return node.ReadText(ignoreCache);
 }
@@ -143,15 +143,17 @@ void SetText(CNodeImpl &node, const std::string &text, bool verify) {
         throw OUT_OF_RANGE_EXCEPTION("Node '%s': a text of %zu bytes is longer than the %lld allowed", node.NameText(),
                                      text.size(), static_cast<long long>(longest));
     node.WriteText(text);
+    if (verify)
+        node.CheckErrors();
 }
 
 bool GetIsCached(const CNodeImpl &node) {
-    const AutoLock lock(node.Map().GetLock());
+    const COperation operation(node.Map());
     return node.IsCached();
 }
 
 ERepresentation GetRepresentation(const CNodeImpl &node) {
-    const AutoLock lock(node.Map().GetLock());
+    const COperation operation(node.Map());
     return node.Representation();
 }
 

@@ -7,6 +7,11 @@ namespace GenApi {
 /// The public operations on values, the same for all node types: each takes the lock, checks the access mode and, on
 /// demand, the limits, and lets changes fire their callbacks.
 
+/// \throws OutOfRangeException when the value is outside the node's limits or not in its list of valid values; the
+/// integer one also when it is not on one of the node's steps.
+void CheckInteger(const CNodeImpl &node, int64_t value);
+void CheckFloat(const CNodeImpl &node, double value);
+
 int64_t GetInteger(const CNodeImpl &node, bool verify, bool ignoreCache);
 void SetInteger(CNodeImpl &node, int64_t value, bool verify);
 int64_t GetIntegerLimit(const CNodeImpl &node, ELimit limit);

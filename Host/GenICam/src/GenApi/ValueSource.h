@@ -32,17 +32,12 @@ public:
         return written != m_variables.end() ? written->second : ReadLiteral(place);
     }
 
-    void Write(Number value) {
-        const SProperty &place = CheckedPlace();
-        if (IsReference(place)) {
-            WriteNode(m_node.Target(place), value);
-        } else {
-            m_variables[&place] = value;
-            m_node.Map().Changed(m_node);
-        }
-        for (const SProperty &property : m_node)
-            if (property.id == EProperty::pValueCopy)
-                WriteNode(m_node.Target(property), value);
+    /// Where there are copies the write is rehearsed first, so that a copy that cannot be written leaves nothing half
+    /// written.
+    void Write(Number value, SWriting how) {
+        if (m_node.Has(EProperty::pValueCopy) && !how.isRehearsal)
+            WriteAll(value, {how.verify, true});
+        WriteAll(value, how);
     }
 
     /// The other node that holds the value, or null.
@@ -65,6 +60,28 @@ public:
     }
 
 private:
+    void WriteAll(Number value, SWriting how) {
+        const SProperty &place = CheckedPlace();
+        if (IsReference(place))
+            WriteNode(m_node.Target(place), value, how);
+        else if (!how.isRehearsal)
+            Keep(place, value);
+        for (const SProperty &property : m_node)
+            if (property.id == EProperty::pValueCopy)
+                WriteCopy(m_node.Target(property), value, how);
+    }
+
+    void Keep(const SProperty &place, Number value) {
+        m_variables[&place] = value;
+        m_node.Map().Changed(m_node);
+    }
+
+    static void WriteCopy(CNodeImpl &copy, Number value, SWriting how) {
+        if (how.isRehearsal)
+            copy.CheckWritable();
+        WriteNode(copy, value, how);
+    }
+
     static bool IsReference(const SProperty &place) { return RelationOf(place.id) != ERelation::None; }
 
     /// Null when there is none, or none is known because the index cannot be read.
@@ -78,7 +95,7 @@ private:
     const SProperty *IndexedPlace(int64_t index) const {
         for (const SProperty &property : m_node)
             if ((property.id == EProperty::ValueIndexed || property.id == EProperty::pValueIndexed) &&
-                ParseInteger(property.attribute) == index)
+                ParseInteger(property.Attribute()) == index)
                 return &property;
         const SProperty *const reference = m_node.Find(EProperty::pValueDefault);
         return reference != nullptr ? reference : m_node.Find(EProperty::ValueDefault);
@@ -103,11 +120,11 @@ private:
         else
             return node.ReadInteger(ignoreCache);
     }
-    static void WriteNode(CNodeImpl &node, Number value) {
+    static void WriteNode(CNodeImpl &node, Number value, SWriting how) {
         if constexpr (std::is_same_v<Number, double>)
-            node.WriteFloat(value);
+            node.WriteFloat(value, how);
         else
-            node.WriteInteger(value);
+            node.WriteInteger(value, how);
     }
 
     CNodeImpl &m_node;

@@ -17,9 +17,9 @@ using ElementsByName = std::unordered_map<std::string, pugi::xml_node>;
 std::string NameOf(pugi::xml_node element) { return element.attribute("Name").value(); }
 
 /// The entries of a StructReg stand for themselves. Where names repeat the first counts.
-ElementsByName IndexElements(const pugi::xml_document &document) {
+ElementsByName IndexElements(const SXmlDocument &document) {
     ElementsByName elements;
-    ForEachNodeElement(document.child(rootElement), [&](pugi::xml_node element) {
+    ForEachNodeElement(document.tree.child(rootElement), [&](pugi::xml_node element) {
         if (std::string_view(element.name()) != "StructReg")
             elements.emplace(NameOf(element), element);
         for (const pugi::xml_node entry : element.children("StructEntry"))
@@ -88,10 +88,13 @@ std::set<pugi::xml_node> Reachable(const ElementsByName &elements, const std::st
 
 } // namespace
 
-void InjectXml(pugi::xml_document &target, const pugi::xml_document &injected) {
+void InjectXml(SXmlDocument &target, const SXmlDocument &injected) {
+    CheckDepth(target.tree);
+    CheckDepth(injected.tree);
+    target.hasTextInTree = true;
     ElementsByName known = IndexElements(target);
-    pugi::xml_node root = target.child(rootElement);
-    ForEachNodeElement(injected.child(rootElement), [&](pugi::xml_node element) {
+    pugi::xml_node root = target.tree.child(rootElement);
+    ForEachNodeElement(injected.tree.child(rootElement), [&](pugi::xml_node element) {
         const auto found = known.find(NameOf(element));
         if (found == known.end() || NameOf(element).empty())
             root.append_copy(element);
@@ -100,13 +103,13 @@ void InjectXml(pugi::xml_document &target, const pugi::xml_document &injected) {
     });
 }
 
-XmlDocument ExtractXml(const pugi::xml_document &document, const gcstring &rootName) {
+XmlDocument ExtractXml(const SXmlDocument &document, const gcstring &rootName) {
     const std::set<pugi::xml_node> reached = Reachable(IndexElements(document), rootName.c_str());
     if (reached.empty())
         throw RUNTIME_EXCEPTION("The camera description has no node '%s'", rootName.c_str());
-    auto extract = std::make_shared<pugi::xml_document>();
-    const pugi::xml_node root = document.child(rootElement);
-    pugi::xml_node copy = extract->append_child(rootElement);
+    auto extract = std::make_shared<SXmlDocument>();
+    const pugi::xml_node root = document.tree.child(rootElement);
+    pugi::xml_node copy = extract->tree.append_child(rootElement);
     for (const pugi::xml_attribute attribute : root.attributes())
         copy.append_copy(attribute);
     ForEachNodeElement(root, [&](pugi::xml_node element) {
@@ -116,9 +119,9 @@ XmlDocument ExtractXml(const pugi::xml_document &document, const gcstring &rootN
     return extract;
 }
 
-std::string PrintXml(const pugi::xml_document &document) {
+std::string PrintXml(const SXmlDocument &document) {
     std::ostringstream text;
-    document.save(text, "  ", pugi::format_default, pugi::encoding_utf8);
+    document.tree.save(text, "  ", pugi::format_default, pugi::encoding_utf8);
     return text.str();
 }
 

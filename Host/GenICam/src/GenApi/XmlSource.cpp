@@ -26,48 +26,64 @@ std::string_view StripSurroundings(std::string_view bytes) {
     return start == std::string_view::npos ? bytes : bytes.substr(start);
 }
 
-/// Counts blocks in a byte, which compiles to wide vector additions: as fast as memory can be read.
-std::size_t CountOf(char wanted, std::string_view bytes) {
+struct SAmount {
+    std::size_t tags = 0;
+    std::size_t attributes = 0;
+};
+
+/// Counts blocks in bytes, which compiles to wide vector additions: as fast as memory can be read.
+SAmount AmountIn(std::string_view bytes) {
     constexpr std::size_t blockSize = 255;
-    std::size_t count = 0;
+    SAmount amount;
     for (; !bytes.empty(); bytes.remove_prefix(std::min(blockSize, bytes.size()))) {
-        uint8_t inBlock = 0;
-        for (const char ch : bytes.substr(0, blockSize))
-            inBlock = static_cast<uint8_t>(inBlock + (ch == wanted ? 1 : 0));
-        count += inBlock;
+        uint8_t tags = 0;
+        uint8_t attributes = 0;
+        for (const char ch : bytes.substr(0, blockSize)) {
+            tags = static_cast<uint8_t>(tags + (ch == '<' ? 1 : 0));
+            attributes = static_cast<uint8_t>(attributes + (ch == '=' ? 1 : 0));
+        }
+        amount.tags += tags;
+        amount.attributes += attributes;
     }
-    return count;
+    return amount;
 }
 
-void CheckAmount(std::string_view bytes) {
+void CheckAmount(std::string_view bytes, const SAmount &amount) {
     if (bytes.size() > MaxXmlBytes)
         throw RUNTIME_EXCEPTION("The camera description has %zu bytes, more than the %zu allowed", bytes.size(),
                                 MaxXmlBytes);
-    const std::size_t tags = CountOf('<', bytes);
-    const std::size_t attributes = CountOf('=', bytes);
-    if (tags > maxTags || attributes > maxTags)
-        throw RUNTIME_EXCEPTION("The camera description has too many elements (%zu tags, %zu attributes)", tags,
-                                attributes);
+    if (amount.tags > maxTags || amount.attributes > maxTags)
+        throw RUNTIME_EXCEPTION("The camera description has too many elements (%zu tags, %zu attributes)", amount.tags,
+                                amount.attributes);
 }
 
-/// Work on the document is recursive in places.
 class CDepthLimit : public pugi::xml_tree_walker {
 public:
-    bool for_each(pugi::xml_node &) override { return depth() < maxDepth; }
-
-    static constexpr int maxDepth = 256;
+    bool for_each(pugi::xml_node &) override { return depth() < MaxXmlDepth; }
 };
-
-void CheckDepth(pugi::xml_document &document) {
-    CDepthLimit limit;
-    if (!document.traverse(limit))
-        throw RUNTIME_EXCEPTION("The camera description nests elements more than %d deep", CDepthLimit::maxDepth);
-}
 
 void RefuseDoctype(const pugi::xml_document &document) {
     for (const pugi::xml_node node : document.children())
         if (node.type() == pugi::node_doctype)
             throw RUNTIME_EXCEPTION("The camera description has a DOCTYPE, which is not allowed");
+}
+
+/// Some files qualify all elements, as in "gc:RegisterDescription".
+class CPrefixRemover : public pugi::xml_tree_walker {
+public:
+    bool for_each(pugi::xml_node &node) override {
+        const std::string_view name = node.name();
+        if (const std::size_t colon = name.find(':'); colon != std::string_view::npos)
+            node.set_name(std::string(name.substr(colon + 1)).c_str());
+        return true;
+    }
+};
+
+void RemovePrefixes(pugi::xml_document &document) {
+    if (std::string_view(document.document_element().name()).find(':') == std::string_view::npos)
+        return;
+    CPrefixRemover remover;
+    document.traverse(remover);
 }
 
 } // namespace
@@ -84,19 +100,36 @@ std::string ReadDescriptionFile(const gcstring &fileName) {
     return bytes;
 }
 
+std::shared_ptr<const void> TextBehind(const XmlDocument &document) {
+    return document->hasTextInTree ? std::shared_ptr<const void>(document) : document->text;
+}
+
+void RefuseDepth() { throw RUNTIME_EXCEPTION("The camera description nests elements more than %d deep", MaxXmlDepth); }
+
+void CheckDepth(pugi::xml_node element) {
+    CDepthLimit limit;
+    if (!element.traverse(limit))
+        RefuseDepth();
+}
+
 XmlDocument ParseXml(std::string_view bytes) {
     const std::string_view xml = StripSurroundings(bytes);
-    CheckAmount(xml);
-    auto document = std::make_shared<pugi::xml_document>();
+    const SAmount amount = AmountIn(xml);
+    CheckAmount(xml, amount);
+    auto document = std::make_shared<SXmlDocument>();
+    document->tags = amount.tags;
+    document->text.reset(new char[xml.size()]);
+    std::copy(xml.begin(), xml.end(), document->text.get());
     constexpr unsigned options = pugi::parse_default | pugi::parse_doctype | pugi::parse_embed_pcdata;
-    const pugi::xml_parse_result result = document->load_buffer(xml.data(), xml.size(), options);
+    const pugi::xml_parse_result result = document->tree.load_buffer_inplace(document->text.get(), xml.size(), options);
     if (!result)
         throw RUNTIME_EXCEPTION("The camera description is no well-formed XML: %s at offset %td", result.description(),
                                 xml.data() - bytes.data() + result.offset);
-    RefuseDoctype(*document);
-    CheckDepth(*document);
-    if (!document->child("RegisterDescription"))
+    RefuseDoctype(document->tree);
+    RemovePrefixes(document->tree);
+    if (!document->tree.child("RegisterDescription"))
         throw RUNTIME_EXCEPTION("The camera description has no root element 'RegisterDescription'");
+    document->hasTextInTree = result.encoding != pugi::encoding_utf8;
     return document;
 }
 
