@@ -2,7 +2,8 @@
 
 #include "ExitCode.h"
 #include "Json.h"
-#include "commissioning/AddressText.h"
+#include "commissioning/AddressRules.h"
+#include "commissioning/Parsing.h"
 
 #include <CLI/CLI.hpp>
 
@@ -157,17 +158,17 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
 
     void readAddresses() {
         const std::size_t slash = m_Address.find('/');
-        m_Arguments.address = addressOf("ADDRESS", m_Address.substr(0, slash), parseAddress);
-        m_Arguments.mask = addressOf("--mask", m_Mask, parseMask);
-        m_Arguments.gateway = addressOf("--gateway", m_Gateway, parseAddress);
+        m_Arguments.address = addressOf("ADDRESS", m_Address.substr(0, slash), addressFrom);
+        m_Arguments.mask = addressOf("--mask", m_Mask, maskFrom);
+        m_Arguments.gateway = addressOf("--gateway", m_Gateway, addressFrom);
         if (slash != std::string::npos) {
-            const auto prefix = addressOf("ADDRESS/PREFIX", m_Address.substr(slash), parseMask);
+            const auto prefix = addressOf("ADDRESS/PREFIX", m_Address.substr(slash), maskFrom);
             if (m_Arguments.mask && m_Arguments.mask != prefix)
                 throw CLI::ValidationError("--mask", "is not the same as the prefix");
             m_Arguments.mask = prefix;
         }
         for (const std::string &text : m_Ask)
-            m_Arguments.ask.push_back(*addressOf("--ask", text, parseAddress));
+            m_Arguments.ask.push_back(*addressOf("--ask", text, addressFrom));
         if (!m_Camera.empty())
             m_Arguments.cameras = {m_Camera};
         if (!m_Mode.empty())

@@ -1,6 +1,7 @@
 #include "Json.h"
 
 #include "commissioning/AddressText.h"
+#include "commissioning/Words.h"
 
 using namespace commissioning;
 
@@ -26,15 +27,12 @@ template <typename Values, typename Convert> Json arrayOf(const Values &values, 
 
 Json adapterJson(const Adapter &adapter) {
     return {{"name", adapter.name},
-            {"mac", textOrNull(macWithColons(adapter.mac))},
+            {"mac", textOrNull(macText(adapter.mac))},
             {"kind", toText(adapter.kind)},
             {"up", adapter.isUp},
             {"carrier", adapter.hasCarrier},
             {"mtu", adapter.mtu},
-            {"addresses", arrayOf(adapter.addresses,
-                                  [](const AdapterAddress &entry) {
-                                      return toText(entry.address) + '/' + std::to_string(prefixLength(entry.mask));
-                                  })},
+            {"addresses", arrayOf(adapter.addresses, [](const AdapterAddress &entry) { return toText(entry); })},
             {"rp_filter", adapter.rpFilter},
             {"speed", orNull(adapter.speed_Mbit_s)}};
 }
@@ -50,7 +48,7 @@ Json storedJson(const StoredAddresses &stored) {
 }
 
 Json cameraJson(const Camera &camera) {
-    return {{"mac", macWithColons(camera.mac)},
+    return {{"mac", macText(camera.mac)},
             {"vendor", camera.vendor},
             {"model", camera.model},
             {"serial", camera.serial},
@@ -75,7 +73,7 @@ Json findingJson(const Finding &finding) {
     return {{"code", finding.code},
             {"severity", toText(finding.severity)},
             {"adapter", textOrNull(finding.adapter)},
-            {"camera", textOrNull(macWithColons(finding.camera))},
+            {"camera", textOrNull(macText(finding.camera))},
             {"evidence", evidence},
             {"text", finding.text},
             {"remedies", finding.remedies}};

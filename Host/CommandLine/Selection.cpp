@@ -1,14 +1,15 @@
 #include "Selection.h"
 
-#include "commissioning/AddressText.h"
+#include "commissioning/AddressRules.h"
+#include "commissioning/Parsing.h"
 
 using namespace commissioning;
 
 namespace commandline {
 
 std::vector<const Camera *> camerasNamed(const std::string &text, const Inventory &inventory) {
-    const std::string mac = parseMac(text);
-    const std::optional<Address> address = parseAddress(text);
+    const std::string mac = macFrom(text);
+    const std::optional<Address> address = addressFrom(text);
     std::vector<const Camera *> byMac;
     std::vector<const Camera *> others;
     for (const Camera &camera : inventory.cameras) {

@@ -55,7 +55,7 @@ void Desktop::open(const Cameras &onNic0, const Cameras &onNic1) {
 
 void Desktop::openWindow() {
     m_Window = std::make_unique<MainWnd>();
-    the<IpConfigurationWidget>("IpConfigurationWidget").setRediscoveryPatience({6, 100});
+    the<IpConfigurationWidget>("IpConfigurationWidget").setRediscoveryPatience({6, std::chrono::milliseconds(100)});
     window().show();
     const QString before = info(); // the window comes first, then the search
     EXPECT_EQ("<p>No devices found!</p>Click <b>Refresh</b> or press <b>F5</b> to search for devices.", before);

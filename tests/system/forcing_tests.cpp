@@ -76,7 +76,7 @@ TEST_F(Forcing, ByMacWithTheShortcut) {
     select(1);
     expect(titled(ForceByMacHeader), [&](QWidget &dialog) { complete(dialog, "025AE3000001", "192.168.10.79"); });
     press(Qt::Key_F, Qt::AltModifier | Qt::ShiftModifier | Qt::ControlModifier);
-    EXPECT_EQ("192.168.10.79 192.168.10.79", cell(1, IpAddress) + " " + text("editIpAddress"));
+    EXPECT_EQ("192.168.10.79 172.16.0.9", cell(1, IpAddress) + " " + text("editIpAddress")); // now and stored
 }
 
 TEST_F(Forcing, InvalidAddressesAreAskedForAgainAndCancelSendsNothing) {

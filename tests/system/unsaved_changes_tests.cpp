@@ -78,7 +78,7 @@ TEST_F(UnsavedChanges, OnRefresh) {
     expectBox(NotSavedRefresh, QMessageBox::Ok);
     nic0->cameras.clearRequests();
     refresh();
-    EXPECT_EQ("OK", cell(1, Status)); // as it was
+    EXPECT_EQ("In use", cell(1, Status)); // asked anew
 
     nic0->cameras.setHolder(camera(1).mac, {});
     expectSaveQuestion(QMessageBox::Yes);

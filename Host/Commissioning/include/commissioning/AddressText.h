@@ -2,34 +2,19 @@
 
 #include "commissioning/Inventory.h"
 
-#include <optional>
 #include <string>
 
 namespace commissioning {
 
-/// "192.168.1.20"
-std::string toText(Address address);
-/// Four decimal numbers and nothing else; none for any other text.
-std::optional<Address> parseAddress(const std::string &text);
-/// A mask as an address or as the length of a prefix, 0 to 32, that "/" may precede; none for any other text and for a
-/// mask with gaps.
-std::optional<Address> parseMask(const std::string &text);
-/// Number of leading ones. \param mask without gaps.
-int prefixLength(Address mask);
-Address maskOfPrefix(int length);
+std::string toText(Address address);         ///< "192.168.10.1"
+std::string toText(const AdapterAddress &a); ///< "192.168.10.1/24"
+/// "02:5A:E3:01:02:03" of twelve digits; any other text as it is.
+std::string macText(const std::string &mac);
 
-/// 12 hexadecimal digits in any spelling as upper-case digits without separators; empty for any other text.
-std::string parseMac(const std::string &text);
-/// "02:5A:E3:01:00:01" of 12 digits; any other text as it is.
-std::string macWithColons(const std::string &mac);
-
-/// "static", "dhcp" or "auto".
-const char *toText(Mode mode);
-/// "ok", "in-use", "not-reachable" or "unknown".
-const char *toText(Status status);
-/// "error", "warning" or "info".
-const char *toText(Severity severity);
-/// "physical", "bridge", "vlan", "virtual" or "wireless".
-const char *toText(LinkKind kind);
+unsigned prefixLength(Address mask); ///< number of its leading ones
+inline bool isInSubnet(Address address, const AdapterAddress &subnet) {
+    return ((address ^ subnet.address) & subnet.mask) == 0;
+}
+inline bool isLinkLocal(Address address) { return address >> 16 == 0xA9FE; }
 
 } // namespace commissioning

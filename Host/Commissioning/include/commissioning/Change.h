@@ -21,6 +21,8 @@ struct Change {
     bool addressDiffers = false;
     bool maskDiffers = false;
     bool gatewayDiffers = false;
+
+    bool hasAddressChanges() const { return addressDiffers || maskDiffers || gatewayDiffers; }
 };
 
 } // namespace commissioning

@@ -4,6 +4,7 @@
 #include "CorvoQtBase/GevGuiHelper.h"
 #include "Lanvane/AddressRules.h"
 #include "Lanvane/DeviceLister.h"
+#include "commissioning/DeviceInfos.h"
 
 #include <QApplication>
 #include <QHostAddress>
@@ -24,12 +25,7 @@ bool CompareDIByProps::operator()(const DIPtrAndIndexPair &a, const DIPtrAndInde
     return false;
 }
 
-EDeviceAccessiblityInfo GetAccessibility(const CDeviceInfo &device) {
-    bool isNumber = false;
-    const uint verdict = displayText(device, PropAccessible).toUInt(&isNumber);
-    return isNumber && verdict <= Accessibility_NotReachable ? static_cast<EDeviceAccessiblityInfo>(verdict)
-                                                             : Accessibility_Unknown;
-}
+EDeviceAccessiblityInfo GetAccessibility(const CDeviceInfo &device) { return commissioning::verdictOf(device); }
 
 QString FormatAccessibility(EDeviceAccessiblityInfo verdict) {
     switch (verdict) {

@@ -26,20 +26,17 @@ public:
 
     /// The result of the last discovery.
     const DeviceInfoList_t &devices() const { return m_lstDevices; }
+    /// For the operations, which keep it up to date.
+    DeviceInfoList_t &devices() { return m_lstDevices; }
 
     /// The transport layer that all listers share, created on demand. \throws RuntimeException
     Corvo::IGigETransportLayer &Tl();
 
-    /// Rebuilds the list by a discovery on all adapters, then probes all devices side by side. Blocks for about half a
-    /// second, and as much longer as one probe takes (0.6 s) when a device does not answer.
-    /// \throws GenericException what the transport layer raises; the list is then as it was or as far as it came.
+    /// Rebuilds the list by a search (commissioning::search).
+    /// \throws GenericException what the transport layer raises; the list is then as it was.
     void discoverAllDevices();
 
-    /// Patches the entries of a device without a discovery. A null text leaves its value alone.
-    ///
-    /// \param pstrIpConfig decimal number of the enabled modes (GEV_IP_CONFIG).
-    /// \param testAccessibility asks the device again whether it can be opened.
-    /// \return number of entries patched.
+    /// Patches the entries of a device without a discovery (commissioning::updateDeviceInfo).
     std::size_t updateDeviceInfo(const char *pstrMac, const char *pstrIpConfig, const char *pstrIpAddress,
                                  const char *pstrSubnetMask, const char *pstrDefaultGateway, bool testAccessibility);
 
@@ -58,10 +55,6 @@ public:
                                        const char *pszSeparator, bool allowDuplicates);
 
 private:
-    /// Called from several threads, each with a device of its own.
-    void testAccessibility(Corvo::CDeviceInfo &device);
-    void testAllAccessibilities();
-
     DeviceInfoList_t m_lstDevices;
 
     static Corvo::IGigETransportLayer *s_pTl;

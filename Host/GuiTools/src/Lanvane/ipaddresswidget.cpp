@@ -48,6 +48,11 @@ QString IpAddressWidget::headerText() const { return m_ui->lblHeader->text(); }
 
 void IpAddressWidget::setHeaderText(const QString &text) { m_ui->lblHeader->setText(text); }
 
+void IpAddressWidget::setReasonText(const QString &text) {
+    m_ui->lblReason->setText(text);
+    m_ui->lblReason->setVisible(!text.isEmpty());
+}
+
 QString IpAddressWidget::ipAddress() const { return m_ui->editIpAddress->text(); }
 
 void IpAddressWidget::setIpAddress(const QString &text) {

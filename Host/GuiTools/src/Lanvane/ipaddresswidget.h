@@ -34,6 +34,8 @@ public:
     /// Plain or rich text above the fields.
     QString headerText() const;
     void setHeaderText(const QString &text);
+    /// A plain text below the header: why the question is asked again, or what speaks against it. None when empty.
+    void setReasonText(const QString &text);
     QString ipAddress() const;
     void setIpAddress(const QString &text);
     QString subnetMask() const;

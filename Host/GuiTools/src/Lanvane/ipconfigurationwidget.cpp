@@ -87,7 +87,14 @@ void IpConfigurationWidget::fixupIpAddress(QString &address) { ::fixupIpAddress(
 void IpConfigurationWidget::fixupMacAddress(QString &mac) { ::fixupMacAddress(mac); }
 
 IpConfigurationWidget::IpConfigurationWidget(QWidget *parent)
-    : QWidget(parent), ui(std::make_unique<Ui::IpConfigurationWidget>()) {
+    : QWidget(parent), ui(std::make_unique<Ui::IpConfigurationWidget>()),
+      m_Interaction(
+          *this, [this](const char *context, const std::function<void()> &work) { guarded(context, work); },
+          [this](const QString &name) {
+              const QTreeWidgetItem *item = findAdapterTreeItem(name);
+              return item ? GetNetworkAdapterFromItemIndex(indexOf(item)) : nullptr;
+          },
+          [this](const QString &mac) { showPatchedInfo(mac); }) {
     ui->setupUi(this);
     m_pDeviceLister = std::make_unique<DeviceLister>();
     setUpTree();
@@ -234,9 +241,9 @@ void IpConfigurationWidget::doRefresh() {
     const CNetworkAdapter *adapter = GetSelectedNetworkAdapter();
     const QString adapterName = adapter ? adapter->name() : QString();
     if (checkSaveChanges() && !(device && writeConfiguration(*device))) {
-        QMessageBox::critical(this, windowTitle(),
-                              QStringLiteral("The configuration could not be saved.\nThe Refresh operation has been "
-                                             "canceled."));
+        showFailedSave(
+            QStringLiteral("The configuration could not be saved.\nThe Refresh operation has been canceled."),
+            QMessageBox::Ok);
         return;
     }
 

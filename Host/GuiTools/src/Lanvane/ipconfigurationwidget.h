@@ -3,7 +3,12 @@
 #include "Lanvane/DeviceDisplay.h"
 #include "Lanvane/DeviceLister.h"
 #include "Lanvane/NetworkAdapter.h"
+#include "Lanvane/WindowInteraction.h"
+#include "commissioning/Change.h"
+#include "commissioning/Connection.h"
+#include "commissioning/Result.h"
 
+#include <QMessageBox>
 #include <QWidget>
 
 #include <functional>
@@ -12,12 +17,6 @@
 
 class QIpNetmaskValidator;
 class QTreeWidgetItem;
-namespace Corvo {
-class ICorvoGigEDevice;
-}
-namespace GenICam {
-class GenericException;
-}
 namespace Ui {
 class IpConfigurationWidget;
 }
@@ -30,16 +29,10 @@ class IpConfigurationWidget : public QWidget {
 public:
     enum class AddressMode { None, Static, Dhcp, AutoIp };
 
-    /// How long a device may take to come back after its IP cycle was restarted.
-    struct RediscoveryPatience {
-        int rounds = 30;
-        int pause_ms = 2000; ///< before each round
-    };
-
     explicit IpConfigurationWidget(QWidget *parent = nullptr);
     ~IpConfigurationWidget() override;
 
-    void setRediscoveryPatience(const RediscoveryPatience &patience) { m_Patience = patience; }
+    void setRediscoveryPatience(const commissioning::RediscoveryPatience &patience) { m_Patience = patience; }
 
     static void fixupIpAddress(QString &address);
     static void fixupMacAddress(QString &mac);
@@ -80,11 +73,6 @@ private:
         QString ipAddress;
         QString netmask;
         QString defaultGateway;
-    };
-
-    struct OpenFailure {
-        QString text;
-        bool isAccessDenied = false;
     };
 
     // Construction
@@ -140,32 +128,29 @@ private:
     EditorContent editorContent() const;
     void clearEditFlags();
 
-    // Writing the configuration (IpConfigurationWriting.cpp)
+    // Writing the configuration: ways into the commissioning library (IpConfigurationWriting.cpp)
+    commissioning::Context operationContext();
+    /// What the editor asks for.
+    commissioning::Change changeFor(const Corvo::CQuorelGigEDeviceInfo &device) const;
+    /// How it ended is in m_LastSave.
     bool writeConfiguration(const Corvo::CQuorelGigEDeviceInfo &device);
     bool broadcastConfiguration(const QString &mac);
-    bool sendBroadcastConfiguration(const QString &mac);
     bool unicastConfiguration(const QString &oldIpAddress);
-    bool sendUnicastConfiguration(const QString &oldIpAddress);
-    void writeToOpenDevice(const QString &oldIpAddress, const QString &mac);
-    void storeMode(const QString &mac, AddressMode mode);
-    void storeAddresses(const QString &mac, const EditorContent &content);
-    bool hasAddressChanges() const;
-    /// Makes the device obtain its address anew. \returns whether it came back.
-    bool restartAndAwait(const QString &mac);
     bool waitForDevice(const QString &mac);
     void closeDevice();
+    /// \returns the button chosen.
+    int showFailedSave(const QString &text, QMessageBox::StandardButtons buttons);
+    /// What the user should know of a save that did not fail.
+    void showRemark();
     bool checkSaveChanges() const;
     void saveChangesOf(QTreeWidgetItem *item);
     bool saveBeforeClosing();
 
     // Temporary address (IpConfigurationForceIp.cpp)
+    /// What follows is about the selected device, or any on the selected adapter.
+    void aimAtSelection();
     bool forceIp(const QString &headerText, bool showMacAddress, QString *newIpAddress);
-    bool sendForceIp(const QString &mac, const EditorContent &addresses, QString *newIpAddress, bool *pRediscovered);
     bool openDevice(const QString &ipAddress);
-    bool tryOpenDevice(const QString &ipAddress, OpenFailure *pFailure);
-    Corvo::CQuorelGigEDeviceInfo deviceToOpen(const QString &ipAddress) const;
-    void createAndOpenDevice(const QString &ipAddress);
-    bool isInUseByAnother(const QString &ipAddress);
     QString validAddressesText() const;
 
     /// Runs a slot's work and reports what it throws.
@@ -182,13 +167,16 @@ private:
     bool m_isEditModeActive = false;
     bool m_isCustomNameDirty = false;
     std::unique_ptr<DeviceLister> m_pDeviceLister;
-    Corvo::ICorvoGigEDevice *m_pDevice = nullptr; ///< open; given back by closeDevice
-    CNetworkAdapterList m_NetworkAdapters;        ///< of the last refresh
+    commissioning::Connection m_Connection; ///< open only while something is written
+    WindowInteraction m_Interaction;
+    commissioning::Change m_Change; ///< what the running operation is about
+    commissioning::Result m_LastSave;
+    CNetworkAdapterList m_NetworkAdapters; ///< of the last refresh
     RowIcons m_Icons;
     EditorContent m_Loaded;
     QIpNetmaskValidator *m_pNetmaskValidator = nullptr; ///< owned by its line edit
     bool m_areColumnsSized = false;
-    RediscoveryPatience m_Patience;
+    commissioning::RediscoveryPatience m_Patience;
     int m_BusyDepth = 0; ///< operations that run; no other starts and the window stays meanwhile
 };
 

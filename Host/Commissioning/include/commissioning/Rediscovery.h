@@ -1,0 +1,21 @@
+#pragma once
+
+#include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
+#include "commissioning/Context.h"
+
+#include <optional>
+#include <string>
+
+namespace commissioning {
+
+/// The camera with a MAC, compared without regard to case, in one discovery.
+std::optional<Corvo::CQuorelGigEDeviceInfo> lookFor(const Context &context, const std::string &mac);
+
+/// Waits until a camera that has been restarted answers a discovery. \returns none when it does not come back.
+std::optional<Corvo::CQuorelGigEDeviceInfo> waitForDevice(const Context &context, const std::string &mac);
+
+/// Takes over what a discovery told of a camera into the list of what is known.
+/// \param testAgain asks the camera whether it can be opened.
+void follow(const Context &context, const Corvo::CQuorelGigEDeviceInfo &found, bool testAgain);
+
+} // namespace commissioning

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "MinimalCorvo/Container.h"
+#include "commissioning/Change.h"
+#include "commissioning/Inventory.h"
+
+#include <string>
+#include <vector>
+
+namespace commissioning {
+
+/// What an address is judged by.
+struct AddressSurroundings {
+    std::vector<AdapterAddress> own;                ///< every address of this host
+    std::vector<AdapterAddress> adapter;            ///< those of the adapter the camera is behind; empty when unknown
+    const Corvo::DeviceInfoList *devices = nullptr; ///< all known cameras; may be null
+    bool allowsForeignSubnet = false;
+};
+
+// Each gives the reason, as a sentence for people, or an empty text when nothing speaks against it.
+
+/// An address that would lose the camera or somebody else: of no use for a camera, this host's, the network's or the
+/// broadcast address, another camera's, or outside the adapter's subnets.
+/// \param mac of the camera that is to get it.
+std::string refusalOfAddress(Address address, Address mask, const std::string &mac, const AddressSurroundings &around);
+
+/// A change that cannot work: a camera somebody holds, a mode it lacks, an address as above.
+std::string refusalOf(const Change &change, const AddressSurroundings &around);
+
+} // namespace commissioning

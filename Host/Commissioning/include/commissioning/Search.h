@@ -1,0 +1,34 @@
+#pragma once
+
+#include "MinimalCorvo/Container.h"
+#include "MinimalCorvoGigETL/IGigETransportLayer.h"
+#include "commissioning/Inventory.h"
+
+#include <cstddef>
+
+namespace commissioning {
+
+// Any thread may call; a list of infos is used by one thread at a time. All throw what the transport layer raises.
+
+/// Every camera that answers on any adapter, one entry for each MAC, with the names of the adapters. Takes about 250
+/// ms.
+Corvo::DeviceInfoList discover(Corvo::IGigETransportLayer &layer);
+
+/// The same with verdicts and with what can be read without control: stored addresses and holder. All cameras are asked
+/// side by side; it takes about half a second, and as much longer as one probe (0.6 s) when a camera does not answer.
+Corvo::DeviceInfoList search(Corvo::IGigETransportLayer &layer);
+
+/// Asks one camera whether it can be opened and stores the verdict in its info.
+void testAccessibility(Corvo::IGigETransportLayer &layer, Corvo::CDeviceInfo &device);
+
+/// Patches the entries of a camera without a discovery. A null text leaves its value alone.
+/// \param ipConfig decimal number of the enabled modes (GEV_IP_CONFIG).
+/// \param testAgain asks the camera again whether it can be opened. \returns number of entries patched.
+std::size_t updateDeviceInfo(Corvo::IGigETransportLayer &layer, Corvo::DeviceInfoList &devices, const char *mac,
+                             const char *ipConfig, const char *ipAddress, const char *subnetMask,
+                             const char *defaultGateway, bool testAgain);
+
+/// The cameras of a search as plain values.
+Inventory inventoryOf(const Corvo::DeviceInfoList &devices);
+
+} // namespace commissioning

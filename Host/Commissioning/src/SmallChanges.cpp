@@ -1,0 +1,154 @@
+#include "commissioning/SmallChanges.h"
+
+#include "Base/GCException.h"
+#include "GenApi/GenApi.h"
+#include "MinimalCorvoGigETL/ControlChannelPtr.h"
+#include "MinimalCorvoGigETL/GxStatusException.h"
+#include "Registers.h"
+#include "commissioning/AddressText.h"
+#include "commissioning/Connection.h"
+#include "commissioning/DeviceInfos.h"
+#include "commissioning/ForceAddress.h"
+#include "commissioning/Rediscovery.h"
+
+#include <algorithm>
+#include <array>
+
+namespace commissioning {
+
+using namespace Corvo;
+
+namespace {
+
+constexpr std::size_t NameBytes = sizeof(GV_DEVICE_DESCRIPTION::UserDefinedName);
+
+Result refusal(const std::string &reason) {
+    Result result;
+    result.refused = true;
+    result.text = reason;
+    return result;
+}
+
+bool isHeld(const CDeviceInfo &device) { return cameraOf(device).status == Status::InUse; }
+
+constexpr char Held[] = "The camera is controlled by another application.";
+
+/// \returns false when there is no such feature that can be written.
+bool writeNameByFeature(ICorvoGigEDevice &device, const std::string &name) {
+    GenApi::INodeMap *const features = device.GetNodeMap();
+    const GenApi::CStringPtr feature(features ? features->GetNode("DeviceUserID") : nullptr);
+    if (!feature.IsValid() || !GenApi::IsWritable(feature->GetAccessMode()))
+        return false;
+    feature->SetValue(name);
+    return true;
+}
+
+void writeNameByRegister(const CQuorelGigEDeviceInfo &device, const std::string &name) {
+    constexpr char failure[] = "Failed to write the name: ";
+    std::array<char, NameBytes> field{};
+    std::copy(name.begin(), name.end(), field.begin());
+    ControlChannelPtr channel;
+    THROW_IF_GX_FAILED(OpenControlChannel(device, GEV_CONTROL_ACCESS, &channel), "%s", failure);
+    THROW_IF_GX_FAILED(channel->WriteMem(GEV_REG_USER_DEFINED_NAME, field.data(), NameBytes), "%s", failure);
+}
+
+void writeName(const Context &context, const CQuorelGigEDeviceInfo &device, const std::string &name) {
+    bool isWritten = false;
+    try {
+        isWritten = writeNameByFeature(context.connection.device(), name);
+    } catch (const GenICam::GenericException &error) { // a description that promises too much
+        context.trace.warning("Failed to write DeviceUserID of MAC=%s. Err='%s'", device.GetMacAddress().c_str(),
+                              error.GetDescription());
+    }
+    const CQuorelGigEDeviceInfo opened(context.connection.device().GetDeviceInfo());
+    context.connection.close();
+    if (!isWritten)
+        writeNameByRegister(opened, name);
+}
+
+void verifyName(const Context &context, const std::string &name, Result *pResult) {
+    const std::optional<CQuorelGigEDeviceInfo> &now = pResult->now;
+    pResult->success = now && now->GetUserDefinedName() == name.c_str();
+    pResult->verification = pResult->success ? Verification::AddressSeen : Verification::None;
+    if (CDeviceInfo *known = now ? findByMac(context.devices, now->GetMacAddress().c_str()) : nullptr) {
+        known->SetUserDefinedName(now->GetUserDefinedName());
+        known->ClearAccessFlags();
+    }
+    if (!pResult->success)
+        pResult->text = now ? "The camera's name is \"" + std::string(now->GetUserDefinedName().c_str()) + "\"."
+                            : "The camera does not answer the search.";
+}
+
+} // namespace
+
+Result restart(const Context &context, const CQuorelGigEDeviceInfo &device) {
+    if (isHeld(device))
+        return refusal(Held);
+    Result result;
+    result.path = Path::Force;
+    context.guarded("restart", [&] {
+        const String_t mac = device.GetMacAddress();
+        context.trace.progress("Restarting IP configuration and waiting for rediscovery for MAC=%s.", mac.c_str());
+        context.layer.RestartIpConfiguration(mac);
+        result.now = waitForDevice(context, mac.c_str());
+        return true;
+    });
+    result.success = result.now.has_value();
+    result.verification = result.success ? Verification::AddressSeen : Verification::None;
+    if (result.success)
+        follow(context, *result.now, true);
+    else
+        result.text = "The restart was sent, but the camera did not come back.";
+    return result;
+}
+
+Result rename(const Context &context, const CQuorelGigEDeviceInfo &device, const std::string &name) {
+    if (name.size() > NameBytes)
+        return refusal("A name has at most 16 bytes.");
+    if (isHeld(device))
+        return refusal(Held);
+    Result result;
+    context.guarded("rename", [&] {
+        const std::string adapter; // nobody is asked for a better address than one of the right subnet
+        if (!context.connection.open(context, device, adapter, device.GetIpAddress()))
+            return false;
+        result.path = Path::Unicast;
+        writeName(context, device, name);
+        return true;
+    });
+    context.connection.close();
+    context.guarded("rename", [&] {
+        result.now = lookFor(context, device.GetMacAddress().c_str());
+        verifyName(context, name, &result);
+        return true;
+    });
+    return result;
+}
+
+Result forceAddressTo(const Context &context, const CQuorelGigEDeviceInfo &device, const TemporaryAddress &address) {
+    if (isHeld(device))
+        return refusal(Held);
+    Result result;
+    result.path = Path::Force;
+    result.addresses = Delivery::Unconfirmed;
+    context.guarded("forceIp", [&] {
+        const auto indication = context.interaction.begin(Step::Force);
+        sendForcedAddress(context, address);
+        result.addresses = Delivery::Acknowledged;
+        result.now = waitForDevice(context, address.mac);
+        return true;
+    });
+    if (result.now) {
+        follow(context, *result.now, true);
+        result.success = currentAddressOf(*result.now) == address.address;
+    }
+    result.verification = !result.success                        ? Verification::None
+                          : Registers{*result.now}.isConnected() ? Verification::StoredRead
+                                                                 : Verification::AddressSeen;
+    if (!result.success)
+        result.text = result.now ? "The camera has the address " + toText(currentAddressOf(*result.now)) + "."
+                                 : "The address was sent, but the camera does not answer the search.";
+    return result;
+}
+
+} // namespace commissioning

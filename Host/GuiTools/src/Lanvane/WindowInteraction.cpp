@@ -1,0 +1,125 @@
+#include "Lanvane/WindowInteraction.h"
+
+#include "CorvoQtBase/errorhandling.h"
+#include "Lanvane/AddressRules.h"
+#include "Lanvane/AddressText.h"
+#include "Lanvane/WaitIndication.h"
+#include "Lanvane/ipaddresswidget.h"
+
+#include <QDebug>
+#include <QMessageBox>
+
+using commissioning::AddressQuestion;
+using commissioning::Step;
+using commissioning::TemporaryAddress;
+
+namespace {
+
+/// First half of the MAC addresses of the maker's devices, for the user to complete.
+constexpr const char *MacPrefix = "02-5A-E3-";
+
+QNetworkAddressEntry firstIPv4Entry(const CNetworkAdapter *adapter) {
+    if (adapter) {
+        for (const QNetworkAddressEntry &entry : adapter->addressEntries()) {
+            if (entry.ip().protocol() == QAbstractSocket::IPv4Protocol)
+                return entry;
+        }
+    }
+    return {};
+}
+
+void prepareDialog(IpAddressWidget &dialog, const QString &mac, const QNetworkAddressEntry &host) {
+    dialog.setWindowTitle(QStringLiteral("Assign Temporary IP Address (Force IP)"));
+    // What may not be used at all is refused later, with an explanation.
+    dialog.setAllowMulticastAddress(true);
+    dialog.setAllowExperiemntalPurposeAddress(true);
+    dialog.setIpAddress(SuggestIPAddress(host));
+    if (!host.netmask().isNull())
+        dialog.setSubnetMask(host.netmask().toString());
+    dialog.setDefaultGateway(QStringLiteral("0.0.0.0"));
+    dialog.setMacAddress(mac.isEmpty() ? QString::fromLatin1(MacPrefix) : mac);
+}
+
+QString connectionHeader(const CNetworkAdapter *adapter) {
+    return QStringLiteral("A connection to the device must be established in order to change the configuration.<br>To "
+                          "do this, a temporary IP address needs to be assigned to the device.<br>This temporary "
+                          "address will only be used to update the configuration and will not be stored on the "
+                          "device.<br>Valid addresses are:<br>") +
+           FormatSubnetAddresses(adapter);
+}
+
+/// What both are shown as long as it exists.
+std::shared_ptr<void> waitBox(const char *text, QWidget &window) {
+    return std::make_shared<WaitBox>(QString::fromLatin1(text), &window);
+}
+
+} // namespace
+
+WindowInteraction::WindowInteraction(QWidget &window, Reporter report, AdapterFinder adapterOf,
+                                     std::function<void(const QString &)> updated)
+    : m_Window(window), m_Report(std::move(report)), m_AdapterOf(std::move(adapterOf)), m_Updated(std::move(updated)) {}
+
+WindowInteraction::~WindowInteraction() = default;
+
+std::shared_ptr<void> WindowInteraction::begin(Step step) {
+    if (step == Step::Connect)
+        return waitBox("Trying to establish a connection to the device...", m_Window);
+    if (step == Step::Rediscover)
+        return waitBox("Camera restarts its IP configuration cycle.\nWaiting until the device has been discovered "
+                       "again...",
+                       m_Window);
+    auto cursor = std::make_shared<WaitCursor>();
+    processEventsWithoutUser(); // what follows blocks for up to 3 seconds
+    return cursor;
+}
+
+void WindowInteraction::pause(std::chrono::milliseconds time) { pauseWithoutUser(static_cast<int>(time.count())); }
+
+void WindowInteraction::openAddressDialog(const AddressQuestion &question) {
+    const CNetworkAdapter *adapter = m_AdapterOf(QString::fromStdString(question.adapter));
+    m_AddressDialog = std::make_unique<IpAddressWidget>(&m_Window);
+    prepareDialog(*m_AddressDialog, QString::fromStdString(question.mac), firstIPv4Entry(adapter));
+    m_AddressDialog->setHeaderText(question.text.empty() ? connectionHeader(adapter)
+                                                         : QString::fromStdString(question.text));
+    m_AddressDialog->setShowMacAddress(question.asksForMac);
+}
+
+std::optional<TemporaryAddress> WindowInteraction::askTemporaryAddress(const AddressQuestion &question) {
+    if (question.isFirst)
+        openAddressDialog(question);
+    m_AddressDialog->setReasonText(QString::fromStdString(question.reason));
+    if (m_AddressDialog->exec() != QDialog::Accepted) {
+        m_AddressDialog.reset();
+        return std::nullopt;
+    }
+    QString mac = m_AddressDialog->macAddress();
+    fixupMacAddress(mac);
+    return TemporaryAddress{mac.toUpper().toStdString(),
+                            ipv4AddressFromText(m_AddressDialog->ipAddress()).toIPv4Address(),
+                            ipv4AddressFromText(m_AddressDialog->subnetMask()).toIPv4Address(),
+                            ipv4AddressFromText(m_AddressDialog->defaultGateway()).toIPv4Address()};
+}
+
+void WindowInteraction::rejectTemporaryAddress() {
+    QMessageBox::critical(&m_Window, QStringLiteral("Error"),
+                          QStringLiteral("IP Addresses 127.0.0.1 and 224.0.0.0 to 255.255.255.255 cannot be used."),
+                          QMessageBox::Ok);
+}
+
+void WindowInteraction::accessDenied() {
+    const QString title = QStringLiteral("Connection failed");
+    const QString text = QStringLiteral("Access denied\nThe device is controlled by another application.\nClose "
+                                        "the connection before changing the IP configuration.");
+    showWarningMessage(title, QStringLiteral("openDevice"), text, &m_Window);
+    QMessageBox::warning(&m_Window, title, text);
+}
+
+void WindowInteraction::updated(const std::string &mac, std::optional<commissioning::Address> /*forced*/) {
+    m_Updated(QString::fromStdString(mac));
+}
+
+void WindowInteraction::failure(const char *context, const std::exception_ptr &error, const char *attempted) {
+    if (attempted)
+        qDebug("%s: %s", context, attempted);
+    m_Report(context, [&error] { std::rethrow_exception(error); });
+}
