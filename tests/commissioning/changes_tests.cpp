@@ -1,0 +1,143 @@
+#include "Operations.h"
+#include "commissioning/ForceAddress.h"
+#include "commissioning/Refusals.h"
+#include "commissioning/SmallChanges.h"
+
+using namespace commissioning;
+using namespace testnet;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+const char *const ForceFailed = "forceIp: Runtime: Failed to issue the ForceIp command.";
+
+class Forced : public Operations {
+protected:
+    bool force(unsigned number = 1) {
+        ForceRequest request;
+        request.device = device(number);
+        request.adapter = "nic0";
+        request.text = "why";
+        return forceAddress(context(), request, &forced);
+    }
+    Address forced = 0;
+};
+
+/// The acknowledge comes from an address that the host does not hear.
+TEST_F(Forced, OutsideTheSubnetIsNoFailure) {
+    start({cameraAt(1, "192.168.10.21/24")});
+    answers = {"10.1.2.3"};
+    EXPECT_TRUE(force());
+    EXPECT_EQ("10.1.2.3 10.1.2.3", site->addressOf(1) + " " + toText(forced));
+    EXPECT_EQ("4", propertyOf(device(1), PropertyVerdict)); // where it can not be reached
+    EXPECT_THAT(reports, ElementsAre());
+}
+
+TEST_F(Forced, AFailureGivesItsReasonToTheNextQuestion) {
+    start({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24")});
+    const camsim::Holder other{{camsim::Ipv4::parse("192.168.10.200"), 5555}};
+    site->cameras.setHolder(camera(1).mac, other);
+    answers = {"127.0.0.1", "192.168.10.77"};
+    EXPECT_FALSE(force());
+    const std::string held = "The camera is controlled by another application: it may refuse a new address, or that "
+                             "application loses the camera.";
+    EXPECT_THAT(reasons, ElementsAre("", "(rejected)", "", held));
+    EXPECT_EQ("192.168.10.21", site->addressOf(1));
+
+    reasons.clear();
+    devices = search(layer());
+    EXPECT_FALSE(force());
+    EXPECT_THAT(reasons, ElementsAre(held)); // said before anything is sent
+
+    reasons.clear();
+    site->cameras.setFaults(camera(2).mac, camsim::parseFaults("loss-to-camera=100,commands=forceip"));
+    answers = {"192.168.10.78"};
+    EXPECT_FALSE(force(2));
+    EXPECT_THAT(reasons, ElementsAre("", "The camera did not answer, and it still has the address 192.168.10.22."));
+    reasons.clear();
+    site->cameras.removeCamera(camera(2).mac);
+    answers = {"192.168.10.78"};
+    EXPECT_FALSE(force(2));
+    EXPECT_THAT(reasons, ElementsAre("", "No camera with this MAC address answered."));
+    EXPECT_THAT(reports, ElementsAre(StartsWith(ForceFailed), StartsWith(ForceFailed), StartsWith(ForceFailed)));
+}
+
+using SmallChanges = Operations;
+
+TEST_F(SmallChanges, AreVerifiedOrRefused) {
+    start({cameraAt(1, "192.168.10.21/24", ",forced=192.168.10.77/24"), cameraAt(2, "192.168.10.22/24", ",xml=none"),
+           cameraAt(3, "192.168.10.23/24", ",held-by=192.168.10.200:5555")});
+    EXPECT_TRUE(restart(context(), device(1)).success);
+    EXPECT_EQ("192.168.10.21 192.168.10.21", site->addressOf(1) + " " + device(1).GetIpAddress().c_str());
+    for (const unsigned number : {1u, 2u}) { // by feature and by register
+        EXPECT_TRUE(rename(context(), device(number), "sixteen bytes ok").success);
+        EXPECT_EQ("sixteen bytes ok", status(number).userName);
+        EXPECT_EQ("sixteen bytes ok", device(number).GetUserDefinedName());
+        EXPECT_FALSE(status(number).holder);
+    }
+    EXPECT_TRUE(rename(context(), device(1), "").success);
+    EXPECT_EQ("", status(1).userName);
+    const TemporaryAddress there{macOf(1), address("192.168.10.78"), address("255.255.255.0"), 0};
+    const Result moved = forceAddressTo(context(), device(1), there);
+    EXPECT_TRUE(moved.success && moved.verification == Verification::StoredRead) << moved.text;
+    EXPECT_TRUE(rename(context(), device(1), "seventeen bytes!!").refused);
+    site->cameras.clearRequests();
+    EXPECT_TRUE(rename(context(), device(3), "held").refused);
+    EXPECT_TRUE(restart(context(), device(3)).refused);
+    EXPECT_TRUE(forceAddressTo(context(), device(3), there).refused);
+    EXPECT_EQ(0u, site->cameras.requests().size());
+
+    spoil("silent-after=0");
+    EXPECT_EQ("The restart was sent, but the camera did not come back.", restart(context(), device(1)).text);
+    EXPECT_FALSE(forceAddressTo(context(), device(1), there).success);
+    EXPECT_THAT(reports, ElementsAre(StartsWith(ForceFailed)));
+}
+
+TEST_F(SmallChanges, RefusedWithAReason) {
+    start({cameraAt(1, "192.168.10.21/24", ",options=persistent+lla"),
+           cameraAt(2, "192.168.10.22/24", ",forced=192.168.10.99/24"),
+           cameraAt(3, "192.168.10.23/24", ",held-by=192.168.10.200:5555")});
+    AddressSurroundings around;
+    around.adapter = {{address("192.168.10.1"), address("255.255.255.0")}};
+    around.own = {around.adapter[0], {address("10.0.0.1"), address("255.0.0.0")}};
+    around.devices = &devices;
+    const struct {
+        unsigned camera;
+        std::optional<Mode> mode;
+        const char *address, *mask, *reason;
+    } rows[] = {
+        {1, Mode::Static, "192.168.10.30", "255.255.255.0", ""},
+        {1, Mode::Static, "192.168.10.21", "255.255.255.0", ""}, // its own
+        {1, Mode::Auto, "0.0.0.0", "0.0.0.0", ""},
+        {1, Mode::Static, "0.0.0.0", "255.255.255.0", "No camera can have"},
+        {1, Mode::Static, "127.3.2.1", "255.255.255.0", "loopback"},
+        {1, Mode::Static, "224.0.0.1", "255.255.255.0", "multicast"},
+        {1, Mode::Static, "192.168.10.1", "255.255.255.0", "of this computer"},
+        {1, Mode::Static, "10.0.0.1", "255.0.0.0", "of this computer"},
+        {1, Mode::Static, "192.168.10.0", "255.255.255.0", "network itself"},
+        {1, Mode::Static, "192.168.10.255", "255.255.0.0", "broadcast"}, // of the adapter's subnet
+        {1, Mode::Static, "192.168.10.127", "255.255.255.128", "broadcast"},
+        {1, Mode::Static, "192.168.10.99", "255.255.255.0", "02:5A:E3:00:00:02 has"},
+        {1, Mode::Static, "192.168.10.22", "255.255.255.0", "02:5A:E3:00:00:02 has"}, // at its next start
+        {1, Mode::Static, "192.168.11.30", "255.255.255.0", "outside the subnet"},
+        {1, Mode::Dhcp, "0.0.0.0", "0.0.0.0", "does not support DHCP"},
+        {1, std::nullopt, "0.0.0.0", "0.0.0.0", "No mode"},
+        {3, Mode::Dhcp, "0.0.0.0", "0.0.0.0", "controlled by another"},
+    };
+    for (const auto &row : rows) {
+        Change change;
+        change.device = device(row.camera);
+        change.mode = row.mode;
+        change.address = address(row.address);
+        change.mask = address(row.mask);
+        const std::string reason = refusalOf(change, around);
+        EXPECT_THAT(reason, HasSubstr(row.reason)) << row.address;
+        EXPECT_EQ(row.reason[0] == '\0', reason.empty()) << reason;
+    }
+    around.allowsForeignSubnet = true;
+    EXPECT_EQ("", refusalOfAddress(address("192.168.11.30"), address("255.255.255.0"), macOf(1), around));
+}
+
+} // namespace

@@ -1,0 +1,203 @@
+#include "Operations.h"
+#include "commissioning/Saving.h"
+
+using namespace commissioning;
+using namespace testnet;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+class SavedChanges : public Operations {
+protected:
+    /// At a static address, from now on at 192.168.10.51 or with another mode.
+    Change change(Mode mode, const char *wanted = "192.168.10.51", const char *mask = "255.255.255.0",
+                  const char *gateway = "0.0.0.0") {
+        const Camera known = cameraOf(device(1));
+        Change result;
+        result.device = device(1);
+        result.adapter = "nic0";
+        result.mode = mode;
+        result.address = address(wanted);
+        result.mask = address(mask);
+        result.gateway = address(gateway);
+        result.modeDiffers = mode != known.mode;
+        const StoredAddresses stored = known.stored.value_or(StoredAddresses());
+        result.addressDiffers = mode == Mode::Static && result.address != stored.address;
+        result.maskDiffers = mode == Mode::Static && result.mask != stored.mask;
+        result.gatewayDiffers = mode == Mode::Static && result.gateway != stored.gateway;
+        return result;
+    }
+    std::string known(const char *property) { return propertyOf(device(1), property).c_str(); }
+    std::string storedNow() {
+        const camsim::IpSettings stored = status().persistent;
+        return stored.address.toString() + " " + stored.mask.toString() + " " + stored.gateway.toString();
+    }
+};
+
+/// Each part of the settings by each way, and what is known of the camera then.
+TEST_F(SavedChanges, EachPartAlone) {
+    const struct {
+        Mode mode;
+        const char *address, *mask, *gateway, *word, *now;
+    } rows[] = {
+        {Mode::Static, "192.168.10.51", "255.255.255.0", "0.0.0.0", "5", "192.168.10.51"},
+        {Mode::Static, "192.168.10.51", "255.255.255.0", "192.168.10.254", "5", "192.168.10.51"},
+        {Mode::Static, "192.168.10.51", "255.255.0.0", "192.168.10.254", "5", "192.168.10.51"},
+        {Mode::Dhcp, "192.168.10.51", "255.255.0.0", "192.168.10.254", "6", "192.168.10.140"},
+        {Mode::Static, "192.168.10.51", "255.255.0.0", "192.168.10.254", "5", "192.168.10.51"},
+        {Mode::Auto, "192.168.10.51", "255.255.0.0", "192.168.10.254", "4", "169.254."},
+    };
+    start({cameraAt(1, "192.168.10.21/24", ",dhcp=192.168.10.140/24")});
+    for (const char *const vendor : {"supported", "error"}) {
+        site->cameras.removeCamera(camera(1).mac);
+        site->cameras.addCamera(cameraAt(
+            1, "192.168.10.21/24", std::string(",dhcp=192.168.10.140/24,heartbeat=4321,vendor-config=") + vendor));
+        devices = search(layer());
+        for (const auto &row : rows) {
+            SCOPED_TRACE(testing::Message() << vendor << " " << row.word << " " << row.mask << " " << row.gateway);
+            const Result result = configure(context(), change(row.mode, row.address, row.mask, row.gateway));
+            EXPECT_TRUE(result.success) << result.text;
+            EXPECT_EQ("", result.text);
+            EXPECT_EQ(row.mode == Mode::Auto ? Verification::AddressSeen : Verification::StoredRead,
+                      result.verification);
+            EXPECT_EQ(std::string(row.address) + " " + row.mask + " " + row.gateway, storedNow());
+            EXPECT_EQ(row.word, std::to_string(status().ipEnabled));
+            EXPECT_EQ(row.word, known("IpConfigCurrent"));
+            EXPECT_EQ(site->addressOf(1), known("IpAddress"));
+            EXPECT_THAT(site->addressOf(1), HasSubstr(row.now));
+            EXPECT_EQ(row.address, known("GevPersistentIPAddress"));
+            EXPECT_EQ(4321u, reg(GEV_REG_HEARTBEAT_TIMEOUT)); // nobody shall be locked out by a crash later
+            EXPECT_FALSE(status().holder);
+        }
+    }
+    EXPECT_THAT(reports, ElementsAre());
+}
+
+/// A camera that dies while it is written to, by unicast from DHCP to a static address, and what is said of it when it
+/// is dead, and when somebody has switched it off and on. The old static address is 192.168.10.99.
+TEST_F(SavedChanges, TellsWhatACameraThatDiesHasStored) {
+    const char *const OldAddress = "the camera will boot with its old static address 192.168.10.99.";
+    const struct {
+        const char *faults;
+        bool returns;
+        std::string text;
+    } rows[] = {
+        {"silent-after=0", false,
+         "The settings were sent, but not acknowledged: it is not known whether the camera has stored them. It does "
+         "not answer the search."},
+        {"silent-after=1", false,
+         std::string("The mode was written; it is not known whether the addresses were. If not, ") + OldAddress +
+             " It does not answer the search."},
+        {"silent-after=2", false,
+         "The settings were sent, but the camera did not come back. It does not answer the search."},
+        {"silent-after=4", false,
+         "The settings were sent, but the camera did not come back. It does not answer the search."},
+        {"silent-after=0", true,
+         "The camera has not stored the settings. It now has the address 192.168.10.140 and is set to DHCP."},
+        {"silent-after=1", true,
+         std::string("Only the mode was written, the addresses were not: ") + OldAddress +
+             " It now has the address 192.168.10.99 and is set to a static address."},
+        {"loss-from-camera=100,commands=writereg", true,
+         std::string("Only the mode was written, the addresses were not: ") + OldAddress +
+             " It now has the address 192.168.10.99 and is set to a static address."},
+        {"silent-after=2", true, ""}, // a restart is a restart
+        {"silent-after=4", true, ""},
+    };
+    start({cameraAt(1, "192.168.10.99/24", ",vendor-config=error,xml=none")});
+    for (const auto &row : rows) {
+        SCOPED_TRACE(testing::Message() << row.faults << (row.returns ? " and returns" : ""));
+        site->cameras.removeCamera(camera(1).mac);
+        site->cameras.addCamera(
+            cameraAt(1, "192.168.10.99/24", ",enabled=dhcp+lla,dhcp=192.168.10.140/24,vendor-config=error,xml=none"));
+        devices = search(layer());
+        const auto revive = [&] {
+            if (!row.returns)
+                return;
+            spoil("");
+            site->cameras.powerCycle(camera(1).mac);
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        };
+        bool isWritten = false;
+        onFailure = revive;
+        onStep = [&](Step step) {
+            if (step == Step::Write && !std::exchange(isWritten, true))
+                spoil(row.faults);
+            if (step == Step::Rediscover)
+                revive();
+        };
+        const Result result = configure(context(), change(Mode::Static));
+        EXPECT_EQ(row.text, result.text);
+        EXPECT_EQ(row.text.empty(), result.success);
+        EXPECT_EQ(row.returns ? "1" : "4", known(PropertyVerdict));
+        EXPECT_EQ(row.returns ? site->addressOf(1) : known("IpAddress"), known("IpAddress"));
+        EXPECT_FALSE(connection.isOpen());
+    }
+}
+
+TEST_F(SavedChanges, ALostRestartIsRepeated) {
+    const struct {
+        Mode mode;
+        const char *faults, *text;
+        bool success;
+    } rows[] = {
+        {Mode::Static, "loss-to-camera=100,commands=forceip,limit=3", "", true},
+        {Mode::Dhcp, "loss-to-camera=100,commands=forceip,limit=3", "", true},
+        {Mode::Dhcp, "loss-to-camera=100,commands=forceip",
+         "The settings are stored, and the camera still has the address 192.168.10.21. If it should have another one, "
+         "it "
+         "may need a power cycle.",
+         true},
+        {Mode::Static, "loss-to-camera=100,commands=forceip",
+         "The settings are stored in the camera. It now has the address 192.168.10.21 and is set to a static address. "
+         "It "
+         "did not restart its IP configuration: it may need a power cycle.",
+         false},
+    };
+    start({cameraAt(1, "192.168.10.21/24")});
+    for (const auto &row : rows) {
+        SCOPED_TRACE(testing::Message() << row.faults << " " << row.success);
+        site->cameras.removeCamera(camera(1).mac);
+        site->cameras.addCamera(cameraAt(1, "192.168.10.21/24", ",dhcp=192.168.10.140/24"));
+        devices = search(layer());
+        spoil(row.faults);
+        const Result result = configure(context(), change(row.mode));
+        EXPECT_EQ(row.success, result.success);
+        EXPECT_EQ(row.text, result.text);
+        EXPECT_EQ(Path::Broadcast, result.path); // what is stored need not be written once more
+    }
+    EXPECT_THAT(reports, ElementsAre());
+}
+
+TEST_F(SavedChanges, AForgedAcknowledgeIsNotBelieved) {
+    const ScriptedSite forger("nic1", "192.168.20.1/24", "192.168.20.66/24", [](const Bytes &request, std::size_t) {
+        const bool isVendorCommand =
+            request.at(2) << 8 == (TAG_SETIPCONFIG_CMD & 0xFF00) && request.at(3) == (TAG_SETIPCONFIG_CMD & 0xFF);
+        return isVendorCommand ? std::vector<Bytes>{acknowledge(request, 0, TAG_SETIPCONFIG_CMD + 1, {})}
+                               : std::vector<Bytes>{};
+    });
+    start({cameraAt(1, "192.168.10.21/24", ",vendor-config=silent,xml=none")});
+    for (const char *const gateway : {"0.0.0.0", "192.168.10.254"}) { // the latter cannot be told by the address
+        const Result result = configure(context(), change(Mode::Static, "192.168.10.51", "255.255.255.0", gateway));
+        EXPECT_TRUE(result.success) << result.text;
+        EXPECT_EQ(Path::Unicast, result.path);
+        EXPECT_EQ(std::string("192.168.10.51 255.255.255.0 ") + gateway, storedNow());
+    }
+    EXPECT_THAT(reports, ElementsAre());
+}
+
+TEST_F(SavedChanges, ACameraThatCannotBeReachedGetsATemporaryAddress) {
+    start({cameraAt(1, "172.16.0.9/16", ",vendor-config=error,xml=none")});
+    const Result canceled = configure(context(), change(Mode::Static));
+    EXPECT_EQ("The settings were sent, but not acknowledged: it is not known whether the camera has stored them. It "
+              "now has the address 172.16.0.9 and is set to a static address.",
+              canceled.text);
+    answers = {"192.168.10.77"};
+    const Result saved = configure(context(), change(Mode::Static));
+    EXPECT_TRUE(saved.success) << saved.text;
+    EXPECT_EQ("192.168.10.51", site->addressOf(1));
+    EXPECT_THAT(reasons, ElementsAre("", ""));
+    EXPECT_THAT(reports, ElementsAre());
+}
+
+} // namespace
