@@ -99,9 +99,11 @@ void patch(CDeviceInfo &device, const char *ipConfig, const char *ipAddress, con
 
 } // namespace
 
-DeviceInfoList discover(IGigETransportLayer &layer) {
+DeviceInfoList discover(IGigETransportLayer &layer, const HeardAnswers &heard) {
     DeviceInfoList found;
     layer.EnumerateAllDevices(found, false);
+    if (heard)
+        heard(found);
     DeviceInfoList entries;
     CDistinctDevices distinct(entries);
     for (const CDeviceInfo &device : found)
@@ -116,10 +118,10 @@ DeviceInfoList discover(IGigETransportLayer &layer) {
     return devices;
 }
 
-DeviceInfoList search(IGigETransportLayer &layer) {
+DeviceInfoList search(IGigETransportLayer &layer, const HeardAnswers &heard) {
     // A probe is mostly waiting, so it is threads, not cores, that shorten the time silent devices take.
     constexpr std::size_t MaxAtOnce = 128;
-    DeviceInfoList devices = discover(layer);
+    DeviceInfoList devices = discover(layer, heard);
     if (devices.empty())
         return devices;
     DeviceInfoList ignored; // What a plain discovery hears does not matter; that devices heard one does.

@@ -28,6 +28,8 @@ struct Adapter {
     LinkKind kind = LinkKind::Physical;
     bool isUp = false; ///< administrative state
     bool hasCarrier = false;
+    bool canBroadcast = false;            ///< loopback and point-to-point links cannot, so no search leaves by them
+    bool isPort = false;                  ///< of a bridge or bond, which has the addresses in its place
     unsigned mtu = 0;                     ///< bytes
     std::optional<unsigned> speed_Mbit_s; ///< where the driver knows it
     std::vector<AdapterAddress> addresses;
@@ -88,7 +90,7 @@ struct Finding {
     std::string camera;  ///< MAC; empty when it is about an adapter or the host
     Evidence evidence;
     std::string text;                  ///< one sentence
-    std::vector<std::string> remedies; ///< commands that can be copied
+    std::vector<std::string> remedies; ///< commands that can be copied, the best first; each is complete by itself
 };
 
 struct Inventory {

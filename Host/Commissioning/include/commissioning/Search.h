@@ -5,18 +5,22 @@
 #include "commissioning/Inventory.h"
 
 #include <cstddef>
+#include <functional>
 
 namespace commissioning {
 
 // Any thread may call; a list of infos is used by one thread at a time. All throw what the transport layer raises.
 
+/// Told every answer to a discovery as soon as it is over, before the answers of a camera become one entry.
+using HeardAnswers = std::function<void(const Corvo::DeviceInfoList &answers)>;
+
 /// Every camera that answers on any adapter, one entry for each MAC, with the names of the adapters. Takes about 250
 /// ms.
-Corvo::DeviceInfoList discover(Corvo::IGigETransportLayer &layer);
+Corvo::DeviceInfoList discover(Corvo::IGigETransportLayer &layer, const HeardAnswers &heard = {});
 
 /// The same with verdicts and with what can be read without control: stored addresses and holder. All cameras are asked
 /// side by side; it takes about half a second, and as much longer as one probe (0.6 s) when a camera does not answer.
-Corvo::DeviceInfoList search(Corvo::IGigETransportLayer &layer);
+Corvo::DeviceInfoList search(Corvo::IGigETransportLayer &layer, const HeardAnswers &heard = {});
 
 /// Asks one camera whether it can be opened and stores the verdict in its info.
 void testAccessibility(Corvo::IGigETransportLayer &layer, Corvo::CDeviceInfo &device);

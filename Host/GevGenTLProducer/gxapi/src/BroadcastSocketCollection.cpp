@@ -2,9 +2,11 @@
 
 #include "Error.h"
 #include "TraceImp.h"
-#include "gxapi/GvcpMessages.h"
+#include "gxapi/Enumerator.h"
 
+#include <atomic>
 #include <cerrno>
+#include <linux/sock_diag.h>
 #include <net/if.h>
 #include <new>
 #include <unistd.h>
@@ -12,6 +14,12 @@
 namespace GxImp {
 
 int g_cBroadcastSocketRecvBufSize = 65536;
+
+namespace {
+
+std::atomic<std::uint64_t> g_DroppedDatagrams{0};
+
+} // namespace
 
 bool Pause::operator()(CSocket &) noexcept {
     ::usleep(m_Period_ms * 1000);
@@ -202,6 +210,7 @@ GXSTATUS CBroadcastSocketCollection::SendUnicast(const GXBUF &request) noexcept 
 
 GXSTATUS CBroadcastSocketCollection::Collect(CCollector &collector, std::uint32_t timeout_ms) noexcept {
     const GXSTATUS status = collector.Collect(m_Sockets.data(), m_Adapters.Count, timeout_ms, m_Adapters.Rows.data());
+    CountDrops();
     if (status == GX_E_TIMEOUT)
         GX_TRACE(FlagDiscovery, LevelVerbose, "No responses - collection timed out");
     else if (status != GX_SUCCESS)
@@ -209,4 +218,22 @@ GXSTATUS CBroadcastSocketCollection::Collect(CCollector &collector, std::uint32_
     return status;
 }
 
+void CBroadcastSocketCollection::CountDrops() noexcept {
+    for (std::size_t row = 0; row < m_Adapters.Count; ++row) {
+        const SOCKET descriptor = m_Sockets[row];
+        std::uint32_t memory[SK_MEMINFO_VARS] = {};
+        socklen_t size = sizeof memory;
+        // The socket's own count; that of SO_RXQ_OVFL stays 0 for sockets which were not asked before.
+        if (m_Sockets[row].IsOpen() &&
+            ::getsockopt(static_cast<int>(descriptor), SOL_SOCKET, SO_MEMINFO, memory, &size) == 0)
+            g_DroppedDatagrams += memory[SK_MEMINFO_DROPS];
+    }
+}
+
 } // namespace GxImp
+
+namespace Gx {
+
+std::uint64_t Enumerator::DroppedDatagrams() noexcept { return GxImp::g_DroppedDatagrams; }
+
+} // namespace Gx

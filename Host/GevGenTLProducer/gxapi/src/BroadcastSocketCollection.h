@@ -77,6 +77,7 @@ private:
     [[nodiscard]] GXSTATUS SetOptions(std::size_t row) noexcept;
     [[nodiscard]] GXSTATUS BindRow(std::size_t row, std::uint16_t &commonPort) noexcept;
     bool IsSender(std::size_t row) const noexcept;
+    void CountDrops() noexcept;
 
     AdapterTable m_Adapters;
     std::array<CSocket, MaxAdapters> m_Sockets; ///< parallel to the adapters

@@ -48,6 +48,11 @@ public:
     ///         GX_E_ONLY_IPV4; a socket error. Thread-safe.
     [[nodiscard]] static GXSTATUS Discover(Callee *callee, std::uint32_t timeout_ms, std::uint32_t flags,
                                            const sockaddr *target) noexcept;
+
+    /// Datagrams that the sockets of discoveries and of the other broadcast operations lost because their receive
+    /// buffers were full, since the process started. A difference tells of one discovery, as long as it was the only
+    /// one. Thread-safe.
+    [[nodiscard]] static std::uint64_t DroppedDatagrams() noexcept;
 };
 
 } // namespace Gx

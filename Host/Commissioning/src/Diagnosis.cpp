@@ -1,0 +1,94 @@
+#include "commissioning/Diagnosis.h"
+
+#include "commissioning/DeviceInfos.h"
+#include "commissioning/Search.h"
+#include "gxapi/Enumerator.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace commissioning {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// The counters since it was made.
+class Interval {
+public:
+    Counters counters() const { return readCounters() - m_Before; }
+    Clock::duration length() const { return Clock::now() - m_Start; }
+    std::uint64_t drops() const { return Gx::Enumerator::DroppedDatagrams() - m_DropsBefore; }
+
+private:
+    Counters m_Before = readCounters();
+    std::uint64_t m_DropsBefore = Gx::Enumerator::DroppedDatagrams();
+    Clock::time_point m_Start = Clock::now();
+};
+
+constexpr std::chrono::milliseconds QuietTime{500};
+
+Counters measureQuiet() {
+    const Interval interval;
+    std::this_thread::sleep_for(QuietTime);
+    return interval.counters();
+}
+
+std::vector<Answer> answersOf(const Corvo::DeviceInfoList &devices) {
+    std::vector<Answer> answers;
+    for (const Corvo::CDeviceInfo &device : devices) {
+        const Camera camera = cameraOf(Corvo::CQuorelGigEDeviceInfo(device));
+        answers.push_back({camera.mac, camera.address, camera.vendor, camera.model, camera.serial});
+    }
+    return answers;
+}
+
+/// The search itself; its counters are those until the last answer, before cameras are probed.
+Clock::time_point searchAndCount(Corvo::IGigETransportLayer &layer, Diagnosis &diagnosis) {
+    Observation &observation = diagnosis.observation;
+    const Interval interval;
+    Clock::time_point end = Clock::now();
+    diagnosis.devices = search(layer, [&](const Corvo::DeviceInfoList &heard) {
+        end = Clock::now();
+        observation.during = interval.counters();
+        observation.overrun = interval.drops();
+        const std::chrono::duration<double> length = interval.length();
+        if (observation.quiet && length > QuietTime)
+            observation.quiet = *observation.quiet * (length / QuietTime);
+        observation.answers = answersOf(heard);
+    });
+    return end;
+}
+
+} // namespace
+
+Diagnosis diagnose(Corvo::IGigETransportLayer &layer, const DiagnosisOptions &options) {
+    Diagnosis diagnosis;
+    Observation &observation = diagnosis.observation;
+    observation.adapters = surveyAdapters();
+    for (const Adapter &adapter : observation.adapters) {
+        if (isUsable(adapter))
+            observation.searched.insert(adapter.name);
+    }
+    if (options.measuresQuiet)
+        observation.quiet = measureQuiet();
+    std::vector<std::string> listenedOn;
+    if (!options.listener.empty())
+        listenedOn.assign(observation.searched.begin(), observation.searched.end());
+    ListenerClient listener(listenedOn, options.listener);
+    listener.waitUntilReady(options.listenerPatience);
+    const Clock::time_point end = searchAndCount(layer, diagnosis);
+    observation.listener = listener.finish();
+    observation.cameras = inventoryOf(diagnosis.devices).cameras;
+    for (Camera &hidden : hiddenCameras(observation.listener, observation.cameras, end))
+        observation.cameras.push_back(std::move(hidden));
+    completeFromHost(observation);
+    diagnosis.findings = findingsOf(observation);
+    return diagnosis;
+}
+
+Inventory inventoryOf(const Diagnosis &diagnosis) {
+    return {diagnosis.observation.adapters, diagnosis.observation.cameras, diagnosis.findings};
+}
+
+} // namespace commissioning
