@@ -272,7 +272,7 @@ std::vector<Rescue> planRescue(const std::vector<const Camera *> &cameras, Sessi
 }
 
 std::string rescueTable(const std::vector<Rescue> &rescues, const Arguments &arguments, int width) {
-    Table table({"CAMERA", "MODEL", "NAME", "ADDRESS NOW", "ADAPTER", "NEW ADDRESS", "THEN"});
+    Table table({"CAMERA", "MODEL", "NAME", "ADDRESS NOW", "ADAPTER", "NEW ADDRESS", "THEN"}, {1, 2, 4});
     for (const Rescue &rescue : rescues)
         table.add({macText(rescue.camera->mac), rescue.camera->model, rescue.camera->name,
                    toText(rescue.camera->address), rescue.adapter ? rescue.adapter->name : "",

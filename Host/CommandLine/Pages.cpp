@@ -4,6 +4,7 @@
 #include "Table.h"
 #include "Text.h"
 #include "commissioning/AddressText.h"
+#include "commissioning/Survey.h"
 #include "commissioning/Words.h"
 
 #include <algorithm>
@@ -75,15 +76,14 @@ std::string warnings(const Inventory &inventory, const Terminal &terminal) {
 } // namespace
 
 std::string listPage(const Inventory &inventory, const Terminal &terminal) {
-    Table table({"ADAPTER", "MAC", "MODEL", "SERIAL", "NAME", "STATUS", "MODE", "ADDRESS", "MASK"});
+    Table table({"ADAPTER", "MAC", "MODEL", "SERIAL", "NAME", "STATUS", "MODE", "ADDRESS"}, {0, 2, 3, 4});
     for (const Camera &camera : inventory.cameras)
         table.add({joined(camera.adapters), macText(camera.mac), camera.model, camera.serial, camera.name,
-                   statusText(camera), modeText(camera.mode), toText(camera.address), toText(camera.mask)});
-    const auto isUsed = [](const Adapter &adapter) { return adapter.isUp && !adapter.addresses.empty(); };
-    const auto adapters = std::count_if(inventory.adapters.begin(), inventory.adapters.end(), isUsed);
+                   statusText(camera), modeText(camera.mode), toText(AdapterAddress{camera.address, camera.mask})});
+    const auto adapters = std::count_if(inventory.adapters.begin(), inventory.adapters.end(), isUsable);
     const std::string cameras = inventory.cameras.empty() ? "No camera was found.\n" : table.text(terminal.width());
     return cameras + "\n" + std::to_string(inventory.cameras.size()) + " cameras, " + std::to_string(adapters) +
-           " adapters with an address\n" + warnings(inventory, terminal);
+           " usable adapters\n" + warnings(inventory, terminal);
 }
 
 std::string showPage(const Camera &camera, const Inventory &inventory, const Terminal &terminal) {

@@ -34,17 +34,15 @@ std::vector<int> Table::columnWidths(int width) const {
         for (std::size_t i = 0; i < row.size(); ++i)
             widths[i] = std::max(widths[i], displayWidth(harmless(row[i])));
     }
-    const auto total = [&] {
-        return std::accumulate(widths.begin(), widths.end(), Gap * (static_cast<int>(widths.size()) - 1));
-    };
-    const auto spare = [&](std::size_t i) { return widths[i] - displayWidth(m_Rows.front()[i]); };
-    while (width > 0 && total() > width) {
-        std::size_t widest = 0;
-        for (std::size_t i = 1; i < widths.size(); ++i)
-            widest = spare(i) > spare(widest) ? i : widest;
-        if (spare(widest) <= 0)
+    const int gaps = Gap * (static_cast<int>(widths.size()) - 1);
+    int excess = std::accumulate(widths.begin(), widths.end(), gaps) - width;
+    for (; width > 0 && excess > 0; --excess) {
+        const auto spare = [&](std::size_t i) { return widths[i] - displayWidth(m_Rows.front()[i]); };
+        const auto widest = std::max_element(m_Flexible.begin(), m_Flexible.end(),
+                                             [&](std::size_t a, std::size_t b) { return spare(a) < spare(b); });
+        if (widest == m_Flexible.end() || spare(*widest) <= 0)
             break;
-        --widths[widest];
+        --widths[*widest];
     }
     return widths;
 }
