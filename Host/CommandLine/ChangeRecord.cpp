@@ -1,0 +1,117 @@
+#include "ChangeRecord.h"
+
+#include "ExitCode.h"
+#include "commissioning/AddressText.h"
+#include "commissioning/DeviceInfos.h"
+#include "commissioning/Words.h"
+
+#include <algorithm>
+#include <tuple>
+
+using namespace commissioning;
+
+namespace commandline {
+
+namespace {
+
+Json addressJson(Address address) { return address == 0 ? Json() : Json(toText(address)); }
+
+Json settingsJson(const Settings &settings) {
+    return {{"mode", settings.mode ? Json(toText(*settings.mode)) : Json()},
+            {"address", addressJson(settings.address)},
+            {"mask", addressJson(settings.mask)},
+            {"gateway", addressJson(settings.gateway)},
+            {"name", settings.name}};
+}
+
+Json pathJson(Path path) {
+    switch (path) {
+    case Path::Broadcast:
+        return "broadcast";
+    case Path::Unicast:
+        return "unicast";
+    case Path::Force:
+        return "force";
+    case Path::None:
+        break;
+    }
+    return nullptr;
+}
+
+Json verificationJson(Verification verification) {
+    switch (verification) {
+    case Verification::StoredRead:
+        return "stored-read";
+    case Verification::AddressSeen:
+        return "address-seen";
+    case Verification::None:
+        break;
+    }
+    return nullptr;
+}
+
+int exitCodeOf(const Result &result) {
+    if (result.success)
+        return ExitDone;
+    if (result.refused)
+        return ExitRefused;
+    const bool isOpen = result.path != Path::None && !result.now; // nobody has seen its effect
+    return isOpen ? ExitNotConfirmed : ExitFailed;
+}
+
+} // namespace
+
+bool operator==(const Settings &a, const Settings &b) {
+    const auto tied = [](const Settings &s) { return std::tie(s.mode, s.address, s.mask, s.gateway, s.name); };
+    return tied(a) == tied(b);
+}
+
+Settings settingsOf(const Camera &camera) {
+    if (camera.mode == Mode::Static && camera.stored)
+        return {camera.mode, camera.stored->address, camera.stored->mask, camera.stored->gateway, camera.name};
+    return {camera.mode, camera.address, camera.mask, camera.gateway, camera.name};
+}
+
+ChangeRecord recordOf(const Camera &camera, const Result &result, const std::string &failure) {
+    ChangeRecord record;
+    record.mac = camera.mac;
+    record.before = settingsOf(camera);
+    if (result.now) {
+        Camera now = cameraOf(*result.now);
+        now.stored = result.stored ? result.stored : now.stored;
+        record.after = settingsOf(now);
+    }
+    const bool isSent = !result.refused && result.path != Path::None;
+    record.changed = isSent && (result.success || !record.after || !(*record.after == record.before));
+    record.path = result.path;
+    record.verification = result.verification;
+    record.exitCode = exitCodeOf(result);
+    if (!result.success)
+        record.error = result.text.empty() ? failure : result.text;
+    return record;
+}
+
+Json changeJson(const ChangeRecord &record) {
+    return {{"camera", macText(record.mac)},
+            {"changed", record.changed},
+            {"before", settingsJson(record.before)},
+            {"after", record.after ? settingsJson(*record.after) : Json()},
+            {"path", pathJson(record.path)},
+            {"verified", verificationJson(record.verification)},
+            {"error", record.error.empty() ? Json() : Json(record.error)}};
+}
+
+int exitCodeOf(const std::vector<ChangeRecord> &records) {
+    const auto isFine = [](const ChangeRecord &record) {
+        return record.exitCode == ExitDone || record.exitCode == ExitWouldChange;
+    };
+    const auto failed = std::count_if(records.begin(), records.end(), [&](const auto &each) { return !isFine(each); });
+    if (failed == 0) {
+        const auto would = std::find_if(records.begin(), records.end(),
+                                        [](const auto &each) { return each.exitCode == ExitWouldChange; });
+        return would == records.end() ? ExitDone : ExitWouldChange;
+    }
+    return records.size() == 1 ? records.front().exitCode : ExitSomeFailed;
+}
+
+} // namespace commandline

@@ -1,0 +1,336 @@
+#include "Commands.h"
+
+#include "ExitCode.h"
+#include "Selection.h"
+#include "Table.h"
+#include "Text.h"
+#include "commissioning/AddressRules.h"
+#include "commissioning/AddressText.h"
+#include "commissioning/DeviceInfos.h"
+#include "commissioning/FreeAddresses.h"
+#include "commissioning/Parsing.h"
+#include "commissioning/Rescue.h"
+#include "commissioning/Saving.h"
+#include "commissioning/SmallChanges.h"
+#include "commissioning/Words.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+using namespace commissioning;
+
+namespace commandline {
+
+namespace {
+
+ChangeRecord unchanged(const Camera &camera) {
+    ChangeRecord record;
+    record.mac = camera.mac;
+    record.before = settingsOf(camera);
+    record.after = record.before;
+    return record;
+}
+
+ChangeRecord refused(const Camera &camera, const std::string &reason) {
+    ChangeRecord record = unchanged(camera);
+    record.error = reason;
+    record.exitCode = ExitRefused;
+    return record;
+}
+
+ChangeRecord wouldChange(const Camera &camera, const Settings &after, Path path = Path::None) {
+    ChangeRecord record = unchanged(camera);
+    record.changed = true;
+    record.after = after;
+    record.path = path;
+    record.exitCode = ExitWouldChange;
+    return record;
+}
+
+/// The subnet of the adapter that an address belongs to; null when it is none of them.
+const AdapterAddress *subnetOf(const Adapter *adapter, Address address) {
+    if (!adapter)
+        return nullptr;
+    const auto &all = adapter->addresses;
+    const auto found =
+        std::find_if(all.begin(), all.end(), [&](const auto &each) { return isInSubnet(address, each); });
+    return found == all.end() ? nullptr : &*found;
+}
+
+/// The commands on single cameras. Each gives the record of what it did, or would do.
+class Changer {
+public:
+    Changer(const Arguments &arguments, Session &session)
+        : m_Arguments(arguments), m_Session(session), m_Context(session.context()) {}
+
+    ChangeRecord change(const Camera &camera) {
+        m_Session.interaction().start(camera.mac);
+        m_Session.interruption().setInHand(m_Arguments.dryRun ? "" : camera.mac);
+        ChangeRecord record = dispatch(camera);
+        m_Session.interruption().setInHand("");
+        return record;
+    }
+
+    /// \param address that is free.
+    ChangeRecord rescueTo(const Camera &camera, const Adapter &adapter, Address address, Address mask) {
+        const Mode mode = m_Arguments.mode.value_or(Mode::Static);
+        if (m_Arguments.dryRun)
+            return wouldChange(camera, {mode, address, mask, 0, camera.name});
+        m_Session.interaction().start(camera.mac);
+        m_Session.interruption().setInHand(camera.mac);
+        const RescuePlan plan{m_Session.deviceOf(camera.mac), adapter.name, address, mask, mode};
+        ChangeRecord record = finished(camera, rescue(m_Context, plan, m_Session.surroundingsOf(camera)));
+        m_Session.interruption().setInHand("");
+        return record;
+    }
+
+private:
+    ChangeRecord dispatch(const Camera &camera) {
+        switch (m_Arguments.command) {
+        case Command::Set:
+            return set(camera);
+        case Command::Force:
+            return force(camera);
+        case Command::Restart:
+            return m_Arguments.dryRun ? wouldChange(camera, settingsOf(camera))
+                                      : finished(camera, restart(m_Context, m_Session.deviceOf(camera.mac)));
+        case Command::Name:
+            return name(camera);
+        default:
+            return refused(camera, "This command changes no camera.");
+        }
+    }
+
+    ChangeRecord finished(const Camera &camera, Result result) {
+        result.refused = result.refused || (!result.success && m_Session.interaction().wasDenied());
+        return recordOf(camera, result, m_Session.interaction().lastFailure());
+    }
+
+    Change wanted(const Camera &camera) const {
+        Change change;
+        change.device = m_Session.deviceOf(camera.mac);
+        const Adapter *adapter = m_Session.adapterOf(camera);
+        change.adapter = adapter ? adapter->name : "";
+        change.mode = m_Arguments.mode;
+        const StoredAddresses stored =
+            camera.stored.value_or(StoredAddresses{camera.address, camera.mask, camera.gateway});
+        change.address = m_Arguments.address.value_or(stored.address);
+        const AdapterAddress *subnet = subnetOf(adapter, change.address);
+        const bool isStatic = change.mode == Mode::Static;
+        change.mask = m_Arguments.mask.value_or(isStatic && subnet ? subnet->mask : stored.mask);
+        // A gateway that the camera could not reach any more goes.
+        const bool keepsGateway = !isStatic || isInSubnet(stored.gateway, {change.address, change.mask});
+        change.gateway = m_Arguments.gateway.value_or(keepsGateway ? stored.gateway : 0);
+        change.modeDiffers = camera.mode != change.mode;
+        if (isStatic) {
+            change.addressDiffers = stored.address != change.address || camera.address != change.address;
+            change.maskDiffers = stored.mask != change.mask;
+            change.gatewayDiffers = stored.gateway != change.gateway;
+        }
+        return change;
+    }
+
+    ChangeRecord set(const Camera &camera) {
+        const Change change = wanted(camera);
+        if (!change.modeDiffers && !change.hasAddressChanges())
+            return unchanged(camera);
+        const std::string reason = refusalOf(change, m_Session.surroundingsOf(camera));
+        if (!reason.empty())
+            return refused(camera, reason);
+        if (m_Arguments.dryRun)
+            return wouldChange(camera, {change.mode, change.address, change.mask, change.gateway, camera.name});
+        return finished(camera, configure(m_Context, change));
+    }
+
+    ChangeRecord force(const Camera &camera) {
+        const Address address = *m_Arguments.address;
+        const AdapterAddress *subnet = subnetOf(m_Session.adapterOf(camera), address);
+        const Address mask = m_Arguments.mask.value_or(subnet ? subnet->mask : camera.mask);
+        const std::string reason = mask == 0
+                                       ? "The subnet mask is not known: give the address a prefix."
+                                       : refusalOfAddress(address, mask, camera.mac, m_Session.surroundingsOf(camera));
+        if (!reason.empty())
+            return refused(camera, reason);
+        if (m_Arguments.dryRun)
+            return wouldChange(camera, {camera.mode, address, mask, m_Arguments.gateway.value_or(0), camera.name},
+                               Path::Force);
+        return finished(camera, forceAddressTo(m_Context, m_Session.deviceOf(camera.mac),
+                                               {camera.mac, address, mask, m_Arguments.gateway.value_or(0)}));
+    }
+
+    ChangeRecord name(const Camera &camera) {
+        if (camera.name == m_Arguments.name)
+            return unchanged(camera);
+        Settings after = settingsOf(camera);
+        after.name = m_Arguments.name;
+        if (m_Arguments.dryRun)
+            return wouldChange(camera, after);
+        return finished(camera, rename(m_Context, m_Session.deviceOf(camera.mac), m_Arguments.name));
+    }
+
+    const Arguments &m_Arguments;
+    Session &m_Session;
+    Context m_Context;
+};
+
+Outcome outcomeOf(std::vector<ChangeRecord> changes) {
+    Outcome outcome;
+    outcome.changes = std::move(changes);
+    outcome.exitCode = exitCodeOf(outcome.changes);
+    if (outcome.changes.size() == 1)
+        outcome.error = outcome.changes.front().error;
+    return outcome;
+}
+
+std::string describe(const Camera &camera) {
+    return macText(camera.mac) + "  " + camera.model + "  " + camera.serial + "  " + toText(camera.address) + "  " +
+           camera.name;
+}
+
+/// The one camera that a text names, else why there is none.
+const Camera *findCamera(const std::string &text, const Session &session, std::string *pError) {
+    const std::vector<const Camera *> cameras = camerasNamed(text, session.inventory());
+    if (cameras.size() == 1)
+        return cameras.front();
+    *pError = cameras.empty() ? "There is no camera '" + text + "'." : "'" + text + "' is ambiguous. It could be:";
+    for (const Camera *camera : cameras)
+        *pError += "\n  " + harmless(describe(*camera));
+    return nullptr;
+}
+
+Outcome changeOne(const Arguments &arguments, Session &session) {
+    std::string error;
+    const Camera *camera = findCamera(arguments.cameras.front(), session, &error);
+    Camera unlisted;
+    unlisted.mac = macFrom(arguments.cameras.front());
+    if (!camera && arguments.command == Command::Force && !unlisted.mac.empty()) {
+        unlisted.adapters = arguments.adapters;
+        camera = &unlisted;
+    }
+    if (!camera)
+        return {ExitNotFound, {}, error};
+    return outcomeOf({Changer(arguments, session).change(*camera)});
+}
+
+// Rescue
+
+bool needsRescue(const Camera &camera, const Inventory &inventory) {
+    static const std::set<std::string> codes = {"foreign-subnet", "unanswering", "duplicate-address", "hidden"};
+    return camera.status != Status::InUse &&
+           std::any_of(inventory.findings.begin(), inventory.findings.end(), [&](const Finding &finding) {
+               return finding.camera == camera.mac && codes.count(finding.code) != 0;
+           });
+}
+
+/// \returns what is wrong; empty when all were found.
+std::string camerasToRescue(const Arguments &arguments, const Session &session, std::vector<const Camera *> *pCameras) {
+    std::string error;
+    for (const std::string &text : arguments.cameras) {
+        const Camera *camera = findCamera(text, session, &error);
+        if (!camera)
+            return error;
+        pCameras->push_back(camera);
+    }
+    for (const Camera &camera : session.inventory().cameras) {
+        if (arguments.allCameras && needsRescue(camera, session.inventory()))
+            pCameras->push_back(&camera);
+    }
+    return error;
+}
+
+/// One camera that is to be rescued, and the address it gets.
+struct Rescue {
+    const Camera *camera;
+    const Adapter *adapter;
+    AdapterAddress subnet;
+    std::optional<Address> address;
+};
+
+std::vector<Rescue> planRescue(const std::vector<const Camera *> &cameras, Session &session) {
+    std::vector<Rescue> rescues;
+    std::map<const Adapter *, std::vector<std::size_t>> byAdapter;
+    for (const Camera *camera : cameras) {
+        const Adapter *adapter = session.adapterOf(*camera);
+        if (adapter && !adapter->addresses.empty())
+            byAdapter[adapter].push_back(rescues.size());
+        rescues.push_back({camera, adapter, {}, {}});
+    }
+    FreeAddresses free(session.inventory());
+    for (const auto &[adapter, indices] : byAdapter) {
+        std::vector<Address> presents;
+        for (const std::size_t index : indices)
+            presents.push_back(cameras[index]->address);
+        const AdapterAddress &subnet = adapter->addresses.front();
+        const auto taken = free.take(*adapter, subnet, presents, [&] { return session.interruption().isRequested(); });
+        for (std::size_t i = 0; i < indices.size(); ++i) {
+            rescues[indices[i]].subnet = subnet;
+            rescues[indices[i]].address = taken[i];
+        }
+    }
+    return rescues;
+}
+
+std::string rescueTable(const std::vector<Rescue> &rescues, const Arguments &arguments, int width) {
+    Table table({"CAMERA", "MODEL", "NAME", "ADDRESS NOW", "ADAPTER", "NEW ADDRESS", "THEN"}, {1, 2, 4});
+    for (const Rescue &rescue : rescues)
+        table.add({macText(rescue.camera->mac), rescue.camera->model, rescue.camera->name,
+                   toText(rescue.camera->address), rescue.adapter ? rescue.adapter->name : "",
+                   rescue.address ? toText(AdapterAddress{*rescue.address, rescue.subnet.mask}) : "none is free",
+                   toText(arguments.mode.value_or(Mode::Static))});
+    return table.text(width);
+}
+
+Outcome rescueThem(const Arguments &arguments, Session &session, const Terminal &terminal) {
+    std::vector<const Camera *> cameras;
+    const std::string error = camerasToRescue(arguments, session, &cameras);
+    if (!error.empty())
+        return {ExitNotFound, {}, error};
+    if (cameras.empty())
+        return {};
+    terminal.progress("Looking for free addresses...");
+    const std::vector<Rescue> rescues = planRescue(cameras, session);
+    if (arguments.allCameras && !arguments.dryRun && !arguments.yes) {
+        terminal.note(rescueTable(rescues, arguments, terminal.width()));
+        if (!terminal.confirms("Change these cameras?"))
+            return {ExitRefused, {}, "Nothing was changed. Without a terminal to ask on, --yes is needed."};
+    }
+    Changer changer(arguments, session);
+    std::vector<ChangeRecord> records;
+    for (const Rescue &rescue : rescues) {
+        if (session.interruption().isRequested())
+            break;
+        if (!rescue.address)
+            records.push_back(refused(*rescue.camera, rescue.adapter ? "No address of the adapter's subnet is free."
+                                                                     : "It is not known which adapter it is behind."));
+        else
+            records.push_back(changer.rescueTo(*rescue.camera, *rescue.adapter, *rescue.address, rescue.subnet.mask));
+    }
+    return outcomeOf(std::move(records));
+}
+
+} // namespace
+
+Outcome carryOut(const Arguments &arguments, Session &session, const Terminal &terminal) {
+    const auto &findings = session.inventory().findings;
+    std::string error;
+    switch (arguments.command) {
+    case Command::List:
+        return {};
+    case Command::Show:
+        return {findCamera(arguments.cameras.front(), session, &error) ? ExitDone : ExitNotFound, {}, error};
+    case Command::Doctor:
+        return {std::any_of(findings.begin(), findings.end(),
+                            [](const Finding &finding) { return finding.severity != Severity::Info; })
+                    ? ExitFindings
+                    : ExitDone,
+                {},
+                ""};
+    case Command::Rescue:
+        return rescueThem(arguments, session, terminal);
+    default:
+        return changeOne(arguments, session);
+    }
+}
+
+} // namespace commandline

@@ -1,0 +1,73 @@
+#include "ConsoleInteraction.h"
+
+#include "Base/GCException.h"
+#include "commissioning/AddressText.h"
+
+using namespace commissioning;
+
+namespace commandline {
+
+namespace {
+
+const char *textOf(Step step) {
+    switch (step) {
+    case Step::Broadcast:
+        return "sending the settings by broadcast";
+    case Step::Connect:
+        return "connecting";
+    case Step::Write:
+        return "writing the settings";
+    case Step::Force:
+        return "forcing an address";
+    case Step::Rediscover:
+        break;
+    }
+    return "waiting until it is back";
+}
+
+std::string textOf(const std::exception_ptr &error) {
+    try {
+        std::rethrow_exception(error);
+    } catch (const GenICam::GenericException &genicam) {
+        return genicam.GetDescription();
+    } catch (const std::exception &other) {
+        return other.what();
+    } catch (...) {
+        return "Unknown exception occurred";
+    }
+}
+
+} // namespace
+
+void ConsoleInteraction::start(const std::string &mac) {
+    m_Mac = mac;
+    m_WasDenied = false;
+    m_LastFailure.clear();
+}
+
+std::shared_ptr<void> ConsoleInteraction::begin(Step step) {
+    if (step != Step::Write) // a camera whose settings are half written is worse than any wait
+        stopWhenAsked();
+    m_Terminal.progress(macText(m_Mac) + ": " + textOf(step) + "...");
+    return nullptr;
+}
+
+void ConsoleInteraction::pause(std::chrono::milliseconds time) {
+    m_Interruption.sleep(time);
+    stopWhenAsked();
+}
+
+void ConsoleInteraction::stopWhenAsked() const {
+    if (m_Interruption.isRequested())
+        throw Interrupted();
+}
+
+std::optional<TemporaryAddress> ConsoleInteraction::askTemporaryAddress(const AddressQuestion &) {
+    return std::nullopt; // rescue does so with an address that is known to be free
+}
+
+void ConsoleInteraction::failure(const char * /*context*/, const std::exception_ptr &error, const char *attempted) {
+    m_LastFailure = (attempted ? std::string(attempted) + ": " : std::string()) + textOf(error);
+}
+
+} // namespace commandline

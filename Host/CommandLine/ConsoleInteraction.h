@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Interruption.h"
+#include "Terminal.h"
+#include "commissioning/Interaction.h"
+
+#include <stdexcept>
+
+namespace commandline {
+
+/// Ends an operation at a safe point.
+class Interrupted : public std::runtime_error {
+public:
+    Interrupted() : std::runtime_error("interrupted") {}
+};
+
+/// Tells how an operation goes and asks nobody. Between its steps, and while a camera that has been restarted is waited
+/// for, an operation can be ended; not while it writes.
+class ConsoleInteraction : public commissioning::Interaction {
+public:
+    ConsoleInteraction(const Terminal &terminal, Interruption &interruption)
+        : m_Terminal(terminal), m_Interruption(interruption) {}
+
+    /// Forgets what earlier operations have told. \param mac of the camera to be changed now.
+    void start(const std::string &mac);
+    bool wasDenied() const { return m_WasDenied; }
+    /// What failed last; empty when nothing did.
+    const std::string &lastFailure() const { return m_LastFailure; }
+
+    std::shared_ptr<void> begin(commissioning::Step step) override;
+    void pause(std::chrono::milliseconds time) override;
+    std::optional<commissioning::TemporaryAddress>
+    askTemporaryAddress(const commissioning::AddressQuestion &question) override;
+    void rejectTemporaryAddress() override {}
+    void accessDenied() override { m_WasDenied = true; }
+    void updated(const std::string & /*mac*/, std::optional<commissioning::Address> /*forced*/) override {}
+    void failure(const char *context, const std::exception_ptr &error, const char *attempted) override;
+
+private:
+    void stopWhenAsked() const;
+
+    const Terminal &m_Terminal;
+    Interruption &m_Interruption;
+    std::string m_Mac;
+    bool m_WasDenied = false;
+    std::string m_LastFailure;
+};
+
+} // namespace commandline

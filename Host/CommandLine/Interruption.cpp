@@ -1,0 +1,73 @@
+#include "Interruption.h"
+
+#include "ExitCode.h"
+#include "commissioning/AddressText.h"
+
+#include <csignal>
+#include <cstdio>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace commandline {
+
+namespace {
+
+/// The signals that end a run, and the one by which the waiting thread itself is ended.
+sigset_t handledSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGUSR1})
+        sigaddset(&signals, number);
+    return signals;
+}
+
+} // namespace
+
+Interruption::Interruption() {
+    const sigset_t signals = handledSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::signal(SIGPIPE, SIG_IGN); // a reader that goes away must not end a change half-way
+    m_Thread = std::thread([this] { run(); });
+}
+
+Interruption::~Interruption() {
+    m_IsEnding = true;
+    pthread_kill(m_Thread.native_handle(), SIGUSR1);
+    m_Thread.join();
+}
+
+void Interruption::run() {
+    const sigset_t signals = handledSignals();
+    int number = 0;
+    while (sigwait(&signals, &number) == 0 && !m_IsEnding) {
+        if (number == SIGUSR1)
+            continue;
+        if (m_IsRequested)
+            stopAtOnce();
+        std::fputs("Stopping at the next safe point. Once more stops at once.\n", stderr);
+        const std::lock_guard<std::mutex> lock(m_Lock);
+        m_IsRequested = true;
+        m_Changed.notify_all();
+    }
+}
+
+void Interruption::stopAtOnce() {
+    const std::lock_guard<std::mutex> lock(m_Lock);
+    if (!m_InHand.empty())
+        std::fprintf(stderr, "Stopped while changing the camera %s: it is not known what it has stored.\n",
+                     commissioning::macText(m_InHand).c_str());
+    std::fflush(nullptr);
+    _exit(ExitInterrupted);
+}
+
+bool Interruption::sleep(std::chrono::milliseconds time) {
+    std::unique_lock<std::mutex> lock(m_Lock);
+    return m_Changed.wait_for(lock, time, [this] { return m_IsRequested.load(); });
+}
+
+void Interruption::setInHand(const std::string &mac) {
+    const std::lock_guard<std::mutex> lock(m_Lock);
+    m_InHand = mac;
+}
+
+} // namespace commandline

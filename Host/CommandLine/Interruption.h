@@ -1,0 +1,40 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace commandline {
+
+/// Takes SIGINT, SIGTERM and SIGHUP for the life of the process: the first one asks to stop at the next safe point, the
+/// second one ends the process at once. Made before any other thread, so that all of them leave the signals to it.
+class Interruption {
+public:
+    Interruption();
+    ~Interruption();
+    Interruption(const Interruption &) = delete;
+    Interruption &operator=(const Interruption &) = delete;
+
+    bool isRequested() const { return m_IsRequested; }
+    /// Sleeps, not longer than until a stop is asked for. \returns whether it was.
+    bool sleep(std::chrono::milliseconds time);
+    /// \param mac of the camera that is being changed; empty for none. A second signal names it.
+    void setInHand(const std::string &mac);
+
+private:
+    void run();
+    [[noreturn]] void stopAtOnce();
+
+    std::mutex m_Lock; ///< guards what is in hand and the wait
+    std::condition_variable m_Changed;
+    std::string m_InHand;
+    std::atomic<bool> m_IsRequested{false};
+    std::atomic<bool> m_IsEnding{false};
+    std::thread m_Thread;
+};
+
+} // namespace commandline

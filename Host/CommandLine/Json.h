@@ -1,0 +1,20 @@
+#pragma once
+
+#include "commissioning/Inventory.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace commandline {
+
+using Json = nlohmann::ordered_json;
+
+/// The object that --json prints; docs/json.md describes it. Every key is always there.
+Json inventoryJson(const commissioning::Inventory &inventory);
+/// The same of a run that could not do what was asked. \param exitCode of the run.
+Json errorJson(int exitCode, const std::string &text);
+/// As text; bytes of a camera that are no UTF-8 become U+FFFD.
+std::string printed(const Json &json);
+
+} // namespace commandline

@@ -1,0 +1,148 @@
+#include "Pages.h"
+
+#include "ExitCode.h"
+#include "Table.h"
+#include "Text.h"
+#include "commissioning/AddressText.h"
+#include "commissioning/Survey.h"
+#include "commissioning/Words.h"
+
+#include <algorithm>
+
+using namespace commissioning;
+
+namespace commandline {
+
+namespace {
+
+std::string joined(const std::vector<std::string> &texts) {
+    std::string all;
+    for (const std::string &text : texts)
+        all += (all.empty() ? "" : ", ") + text;
+    return all;
+}
+
+std::string modeText(const std::optional<Mode> &mode) { return mode ? toText(*mode) : "-"; }
+
+std::string statusText(const Camera &camera) { return camera.hidden ? "hidden" : toText(camera.status); }
+
+std::string holderText(const Holder &holder) {
+    std::string text = toText(holder.address) + ":" + std::to_string(holder.port);
+    if (holder.process)
+        text += " (" + holder.process->name + ", process " + std::to_string(holder.process->id) + ")";
+    return text;
+}
+
+std::string findingText(const Finding &finding, const Terminal &terminal) {
+    std::string text = terminal.coloured(finding.severity, toText(finding.severity)) + " [" + finding.code + "] " +
+                       harmless(finding.text) + "\n";
+    for (const std::string &remedy : finding.remedies)
+        text += "    " + harmless(remedy) + "\n";
+    return text;
+}
+
+std::string settingsText(const Settings &settings) {
+    std::string text = modeText(settings.mode);
+    if (settings.address != 0)
+        text += " " + toText(AdapterAddress{settings.address, settings.mask});
+    if (settings.gateway != 0)
+        text += " gateway " + toText(settings.gateway);
+    return text + (settings.name.empty() ? "" : " \"" + settings.name + "\"");
+}
+
+std::string stateText(const ChangeRecord &record) {
+    if (record.exitCode == ExitWouldChange)
+        return "would change";
+    if (record.exitCode == ExitRefused)
+        return "refused";
+    if (record.exitCode == ExitNotConfirmed)
+        return "sent, not confirmed";
+    if (record.exitCode != ExitDone)
+        return "failed";
+    return record.changed ? "done" : "already so";
+}
+
+/// Those that need attention, for a listing that is about cameras.
+std::string warnings(const Inventory &inventory, const Terminal &terminal) {
+    std::string text;
+    for (const Finding &finding : inventory.findings) {
+        if (finding.severity != Severity::Info)
+            text +=
+                terminal.coloured(finding.severity, toText(finding.severity)) + ": " + harmless(finding.text) + "\n";
+    }
+    return text.empty() ? "" : "\n" + text + "\"lanvanectl doctor\" says what helps.\n";
+}
+
+} // namespace
+
+std::string listPage(const Inventory &inventory, const Terminal &terminal) {
+    Table table({"ADAPTER", "MAC", "MODEL", "SERIAL", "NAME", "STATUS", "MODE", "ADDRESS"}, {0, 2, 3, 4});
+    for (const Camera &camera : inventory.cameras)
+        table.add({joined(camera.adapters), macText(camera.mac), camera.model, camera.serial, camera.name,
+                   statusText(camera), modeText(camera.mode), toText(AdapterAddress{camera.address, camera.mask})});
+    const auto adapters = std::count_if(inventory.adapters.begin(), inventory.adapters.end(), isUsable);
+    const std::string cameras = inventory.cameras.empty() ? "No camera was found.\n" : table.text(terminal.width());
+    return cameras + "\n" + std::to_string(inventory.cameras.size()) + " cameras, " + std::to_string(adapters) +
+           " usable adapters\n" + warnings(inventory, terminal);
+}
+
+std::string showPage(const Camera &camera, const Inventory &inventory, const Terminal &terminal) {
+    std::string text;
+    const auto line = [&text](const char *label, const std::string &value) {
+        constexpr std::size_t Column = 18;
+        std::string start = std::string(label) + ":";
+        start.resize(std::max(Column, start.size() + 1), ' ');
+        text += start + harmless(value.empty() ? "-" : value) + "\n";
+    };
+    std::vector<std::string> modes;
+    std::transform(camera.modes.begin(), camera.modes.end(), std::back_inserter(modes),
+                   [](Mode mode) { return toText(mode); });
+    line("MAC", macText(camera.mac));
+    line("Vendor", camera.vendor);
+    line("Model", camera.model);
+    line("Serial number", camera.serial);
+    line("Name", camera.name);
+    line("Adapter", joined(camera.adapters));
+    line("Status", statusText(camera) + (camera.statusReason.empty() ? "" : ": " + camera.statusReason));
+    line("Held by", camera.holder ? holderText(*camera.holder) : "");
+    line("Mode", modeText(camera.mode) + " (supports " + joined(modes) + ")");
+    line("Address", toText(AdapterAddress{camera.address, camera.mask}));
+    line("Gateway", toText(camera.gateway));
+    line("Stored address", camera.stored ? toText(AdapterAddress{camera.stored->address, camera.stored->mask}) : "");
+    line("Stored gateway", camera.stored ? toText(camera.stored->gateway) : "");
+    for (const Finding &finding : inventory.findings) {
+        if (finding.camera == camera.mac)
+            text += "\n" + findingText(finding, terminal);
+    }
+    return text;
+}
+
+std::string doctorPage(const Inventory &inventory, const Terminal &terminal) {
+    std::string text;
+    for (const Finding &finding : inventory.findings)
+        text += findingText(finding, terminal) + "\n";
+    const auto counted = [&](Severity severity) {
+        return std::count_if(inventory.findings.begin(), inventory.findings.end(),
+                             [&](const Finding &finding) { return finding.severity == severity; });
+    };
+    return text + std::to_string(inventory.cameras.size()) + " cameras; " + std::to_string(counted(Severity::Error)) +
+           " errors, " + std::to_string(counted(Severity::Warning)) + " warnings\n";
+}
+
+std::string changesPage(const Outcome &outcome, const Terminal &terminal) {
+    std::string text;
+    for (const ChangeRecord &record : outcome.changes) {
+        const bool isFine = record.exitCode == ExitDone || record.exitCode == ExitWouldChange;
+        text += macText(record.mac) + ": " +
+                terminal.coloured(isFine ? Severity::Info : Severity::Error, stateText(record));
+        text += harmless(": " + settingsText(record.before));
+        if (record.changed)
+            text += harmless(" -> " + (record.after ? settingsText(*record.after) : "unknown"));
+        text += "\n";
+        if (!record.error.empty())
+            text += "    " + harmless(record.error) + "\n";
+    }
+    return text.empty() && outcome.error.empty() ? "Nothing to do.\n" : text;
+}
+
+} // namespace commandline

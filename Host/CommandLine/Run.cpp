@@ -1,0 +1,103 @@
+#include "Run.h"
+
+#include "Base/GCException.h"
+#include "Commands.h"
+#include "ExitCode.h"
+#include "Json.h"
+#include "MinimalCorvo/CorvoBase.h"
+#include "Pages.h"
+#include "Selection.h"
+#include "Session.h"
+#include "Text.h"
+
+#include <exception>
+#include <iostream>
+
+namespace commandline {
+
+namespace {
+
+/// The library for the length of a scope.
+class Library {
+public:
+    Library() { Corvo::CorvoInitialize(); }
+    ~Library() { Corvo::CorvoTerminate(true); }
+    Library(const Library &) = delete;
+    Library &operator=(const Library &) = delete;
+};
+
+std::string page(const Arguments &arguments, const Outcome &outcome, const Session &session, const Terminal &terminal) {
+    const auto &inventory = session.inventory();
+    switch (arguments.command) {
+    case Command::List:
+        return listPage(inventory, terminal);
+    case Command::Show:
+        return outcome.error.empty()
+                   ? showPage(*camerasNamed(arguments.cameras.front(), inventory).front(), inventory, terminal)
+                   : "";
+    case Command::Doctor:
+        return doctorPage(inventory, terminal);
+    default:
+        return changesPage(outcome, terminal);
+    }
+}
+
+Json json(const Outcome &outcome, const Session &session) {
+    Json object = inventoryJson(session.inventory());
+    for (const ChangeRecord &record : outcome.changes)
+        object["changes"].push_back(changeJson(record));
+    if (!outcome.error.empty())
+        object["error"] = {{"code", outcome.exitCode}, {"text", outcome.error}};
+    return object;
+}
+
+void report(const Arguments &arguments, const Outcome &outcome, const Session &session, const Terminal &terminal) {
+    if (arguments.json) {
+        terminal.print(printed(json(outcome, session)));
+        return;
+    }
+    terminal.print(page(arguments, outcome, session, terminal));
+    if (!outcome.error.empty() && outcome.changes.empty())
+        terminal.complain(outcome.error);
+}
+
+int fail(const Arguments &arguments, const Terminal &terminal, int exitCode, const std::string &text) {
+    if (arguments.json)
+        terminal.print(printed(errorJson(exitCode, text)));
+    else
+        terminal.complain(text);
+    return exitCode;
+}
+
+int carryOut(const Arguments &arguments, const Terminal &terminal) {
+    Interruption interruption;
+    const Library library;
+    try {
+        Session session(arguments, terminal, interruption);
+        session.search();
+        Outcome outcome = carryOut(arguments, session, terminal);
+        if (interruption.isRequested())
+            outcome = {ExitInterrupted, std::move(outcome.changes), "Interrupted."};
+        report(arguments, outcome, session, terminal);
+        return outcome.exitCode;
+    } catch (const Interrupted &) {
+        return fail(arguments, terminal, ExitInterrupted, "Interrupted. Nothing was changed.");
+    } catch (const GenICam::GenericException &error) {
+        return fail(arguments, terminal, ExitFailed, harmless(error.GetDescription()));
+    } catch (const std::invalid_argument &error) {
+        return fail(arguments, terminal, ExitUsage, error.what());
+    } catch (const std::exception &error) {
+        return fail(arguments, terminal, ExitFailed, harmless(error.what()));
+    }
+}
+
+} // namespace
+
+int run(int argc, const char *const *argv) {
+    const Parsed parsed = parseArguments(argc, argv, std::cout, std::cerr);
+    if (!parsed.arguments)
+        return parsed.exitCode;
+    return carryOut(*parsed.arguments, Terminal(*parsed.arguments));
+}
+
+} // namespace commandline

@@ -1,0 +1,24 @@
+#include "Selection.h"
+
+#include "commissioning/AddressRules.h"
+#include "commissioning/Parsing.h"
+
+using namespace commissioning;
+
+namespace commandline {
+
+std::vector<const Camera *> camerasNamed(const std::string &text, const Inventory &inventory) {
+    const std::string mac = macFrom(text);
+    const std::optional<Address> address = addressFrom(text);
+    std::vector<const Camera *> byMac;
+    std::vector<const Camera *> others;
+    for (const Camera &camera : inventory.cameras) {
+        if (!mac.empty() && camera.mac == mac)
+            byMac.push_back(&camera);
+        else if (camera.serial == text || camera.name == text || (address && camera.address == *address))
+            others.push_back(&camera);
+    }
+    return byMac.empty() ? others : byMac;
+}
+
+} // namespace commandline

@@ -1,0 +1,113 @@
+#include "Session.h"
+
+#include "MinimalCorvo/TraceLog.h"
+#include "MinimalCorvoGigETL/TlFactory.h"
+#include "commissioning/DeviceInfos.h"
+
+#include <algorithm>
+#include <cmath>
+
+using namespace commissioning;
+
+namespace commandline {
+
+namespace {
+
+Corvo::IGigETransportLayer &createLayer() {
+    auto *layer = dynamic_cast<Corvo::IGigETransportLayer *>(Corvo::CTlFactory::GetInstance().CreateTl("QuorelGigE"));
+    if (!layer)
+        throw std::runtime_error("Failed to create transport layer object");
+    return *layer;
+}
+
+bool contains(const std::vector<std::string> &names, const std::string &name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+/// Without what is about other adapters.
+void limitTo(const std::vector<std::string> &adapters, Inventory *pInventory) {
+    if (adapters.empty())
+        return;
+    const auto isElsewhere = [&](const std::string &name) { return !contains(adapters, name); };
+    const auto drop = [](auto &values, auto &&predicate) {
+        values.erase(std::remove_if(values.begin(), values.end(), predicate), values.end());
+    };
+    drop(pInventory->adapters, [&](const Adapter &adapter) { return isElsewhere(adapter.name); });
+    drop(pInventory->cameras, [&](const Camera &camera) {
+        return std::all_of(camera.adapters.begin(), camera.adapters.end(), isElsewhere);
+    });
+    drop(pInventory->findings, [&](const Finding &finding) {
+        const auto isOfCamera = [&](const Camera &camera) { return camera.mac == finding.camera; };
+        const auto &cameras = pInventory->cameras;
+        return finding.camera.empty() ? !finding.adapter.empty() && isElsewhere(finding.adapter)
+                                      : std::none_of(cameras.begin(), cameras.end(), isOfCamera);
+    });
+}
+
+} // namespace
+
+Session::Session(const Arguments &arguments, const Terminal &terminal, Interruption &interruption)
+    : m_Arguments(arguments), m_Terminal(terminal), m_Interruption(interruption), m_Interaction(terminal, interruption),
+      m_Layer(createLayer()) {}
+
+Session::~Session() {
+    m_Connection.close();
+    Corvo::CTlFactory::GetInstance().ReleaseTl(&m_Layer);
+}
+
+void Session::search() {
+    m_Terminal.progress("Searching for cameras...");
+    DiagnosisOptions options;
+    options.measuresQuiet = m_Arguments.command == Command::Doctor;
+    m_Diagnosis = diagnose(m_Layer, options);
+    if (m_Interruption.isRequested())
+        throw Interrupted();
+    m_Inventory = inventoryOf(m_Diagnosis);
+    for (const std::string &name : m_Arguments.adapters) {
+        const auto isNamed = [&](const Adapter &adapter) { return adapter.name == name; };
+        if (std::none_of(m_Inventory.adapters.begin(), m_Inventory.adapters.end(), isNamed))
+            throw std::invalid_argument("There is no adapter " + name + ".");
+    }
+    limitTo(m_Arguments.adapters, &m_Inventory);
+    std::sort(m_Inventory.cameras.begin(), m_Inventory.cameras.end(),
+              [](const Camera &a, const Camera &b) { return a.mac < b.mac; });
+    m_Terminal.progress("");
+}
+
+Corvo::CQuorelGigEDeviceInfo Session::deviceOf(const std::string &mac) {
+    if (const Corvo::CDeviceInfo *known = findByMac(m_Diagnosis.devices, mac))
+        return *known;
+    Corvo::CQuorelGigEDeviceInfo device;
+    device.SetMacAddress(mac.c_str());
+    return device;
+}
+
+const Adapter *Session::adapterOf(const Camera &camera) const {
+    for (const std::string &name : camera.adapters) {
+        for (const Adapter &adapter : m_Inventory.adapters) {
+            if (adapter.name == name)
+                return &adapter;
+        }
+    }
+    return nullptr;
+}
+
+AddressSurroundings Session::surroundingsOf(const Camera &camera) {
+    AddressSurroundings around;
+    for (const Adapter &adapter : m_Diagnosis.observation.adapters)
+        around.own.insert(around.own.end(), adapter.addresses.begin(), adapter.addresses.end());
+    if (const Adapter *adapter = adapterOf(camera))
+        around.adapter = adapter->addresses;
+    around.devices = &m_Diagnosis.devices;
+    return around;
+}
+
+Context Session::context() {
+    static const unsigned long category = tracelog::LogGetCatID("Lanvane.Ctl");
+    Context context{m_Layer, m_Diagnosis.devices, m_Connection, m_Interaction, Tracer(category), {}};
+    const double rounds = std::ceil(m_Arguments.timeout_s * 1000 / static_cast<double>(context.patience.pause.count()));
+    context.patience.rounds = static_cast<int>(rounds);
+    return context;
+}
+
+} // namespace commandline

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Arguments.h"
+#include "ConsoleInteraction.h"
+#include "Interruption.h"
+#include "Terminal.h"
+#include "commissioning/Connection.h"
+#include "commissioning/Context.h"
+#include "commissioning/Diagnosis.h"
+#include "commissioning/Refusals.h"
+
+#include <string>
+
+namespace commandline {
+
+/// What the commands work with: one search, and the operations on what it found.
+class Session {
+public:
+    /// The library must be initialised. All must outlive it.
+    Session(const Arguments &arguments, const Terminal &terminal, Interruption &interruption);
+    ~Session();
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    /// Searches. \throws Interrupted
+    void search();
+    const commissioning::Inventory &inventory() const { return m_Inventory; }
+
+    /// As it was found; of a camera that was not, its MAC alone.
+    Corvo::CQuorelGigEDeviceInfo deviceOf(const std::string &mac);
+    /// \returns the first of the adapters it was found through; null when none of them is known.
+    const commissioning::Adapter *adapterOf(const commissioning::Camera &camera) const;
+    /// What an address for the camera is judged by.
+    commissioning::AddressSurroundings surroundingsOf(const commissioning::Camera &camera);
+    commissioning::Context context();
+    ConsoleInteraction &interaction() { return m_Interaction; }
+    Interruption &interruption() { return m_Interruption; }
+
+private:
+    const Arguments &m_Arguments;
+    const Terminal &m_Terminal;
+    Interruption &m_Interruption;
+    ConsoleInteraction m_Interaction;
+    Corvo::IGigETransportLayer &m_Layer;
+    commissioning::Diagnosis m_Diagnosis;
+    commissioning::Inventory m_Inventory; ///< of it, limited to the adapters asked for
+    commissioning::Connection m_Connection;
+};
+
+} // namespace commandline

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "commissioning/Context.h"
+#include "commissioning/Refusals.h"
+#include "commissioning/Result.h"
+
+namespace commissioning {
+
+/// How a camera that cannot be used becomes usable.
+struct RescuePlan {
+    Corvo::CQuorelGigEDeviceInfo device; ///< as it was found; its MAC counts
+    std::string adapter;                 ///< name of the one it is behind
+    Address address = 0;                 ///< free, in one of the adapter's subnets
+    Address mask = 0;                    ///< the adapter's
+    Mode mode = Mode::Static;            ///< how it gets its address from then on
+};
+
+/// Forces the address, stores what is wanted and verifies it. What is stored is written even where nobody could tell
+/// that the camera took the forced address: a firewall may hide every answer of it. Never throws for what a camera or
+/// the network does.
+Result rescue(const Context &context, const RescuePlan &plan, const AddressSurroundings &around);
+
+} // namespace commissioning

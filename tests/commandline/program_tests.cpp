@@ -1,0 +1,151 @@
+#include "Program.h"
+
+#include <thread>
+
+using namespace testnet;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+std::string text(const nlohmann::json &json) { return json.is_string() ? json.get<std::string>() : json.dump(); }
+
+TEST_F(Program, ListsWhatIsThere) {
+    start({cameraAt(1, "192.168.10.21/24", ",name=left"), cameraAt(2, "10.9.8.7/16"),
+           cameraAt(3, "192.168.10.23/24", ",held-by=192.168.10.200:5555,name=a\x1b[31m\xff")});
+    const Finished list = run("list --json");
+    ASSERT_EQ(0, list.exitCode) << list.error;
+    const auto &cameras = list.json["cameras"];
+    ASSERT_EQ(3U, cameras.size());
+    std::string seen;
+    for (const auto &camera : cameras)
+        seen += text(camera["mac"]) + " " + text(camera["address"]) + " " + text(camera["status"]) + "\n";
+    EXPECT_EQ("02:5A:E3:00:00:01 192.168.10.21 ok\n02:5A:E3:00:00:02 10.9.8.7 not-reachable\n"
+              "02:5A:E3:00:00:03 192.168.10.23 in-use\n",
+              seen);
+    EXPECT_EQ("192.168.10.21", cameras[0]["stored"]["address"]);
+    EXPECT_EQ("nic0", cameras[0]["adapters"][0]);
+
+    EXPECT_THAT(run("list").out, AllOf(HasSubstr("left"), HasSubstr("a[31m?"), Not(HasSubstr("\x1b"))));
+    EXPECT_THAT(run("show LEFT").error, HasSubstr("no camera"));
+    EXPECT_THAT(run("show left").out, HasSubstr("02:5A:E3:00:00:01"));
+    EXPECT_EQ(0U, run("list --json --adapter lo").json["cameras"].size());
+    EXPECT_EQ(2, run("list --adapter nic9").exitCode);
+
+    const Finished doctor = run("doctor --json");
+    EXPECT_EQ(10, doctor.exitCode);
+    EXPECT_EQ("foreign-subnet 02:5A:E3:00:00:02",
+              text(doctor.json["findings"][0]["code"]) + " " + text(doctor.json["findings"][0]["camera"]));
+}
+
+/// Nothing that is refused, unclear or a dry run changes a camera.
+TEST_F(Program, RefusesAndPredicts) {
+    start({cameraAt(1, "192.168.10.21/24", ",name=twin"),
+           cameraAt(2, "192.168.10.22/24", ",name=twin,options=persistent+lla"),
+           cameraAt(3, "192.168.10.23/24", ",held-by=192.168.10.200:5555")});
+    const struct {
+        const char *arguments;
+        int exitCode;
+        const char *says;
+    } rows[] = {
+        {"set 025ae3000009 dhcp", 3, "There is no camera"},
+        {"set twin dhcp", 3, "02:5A:E3:00:00:02"},
+        {"set 02-5a-e3-00-00-03 dhcp", 4, "controlled by another application"},
+        {"force 025AE3000003 192.168.10.77", 4, "controlled by another application"},
+        {"set 192.168.10.22 dhcp", 4, "does not support DHCP"},
+        {"set 192.168.10.21 static 192.168.10.1", 4, "address of this computer"},
+        {"set 192.168.10.21 static 192.168.10.255", 4, "broadcast"},
+        {"set 192.168.10.21 static 192.168.10.22", 4, "02:5A:E3:00:00:02"},
+        {"set 192.168.10.21 static 10.0.0.5/8", 4, "outside the subnet"},
+        {"force 192.168.10.21 127.0.0.1", 4, "loopback"},
+        {"set 192.168.10.21 static", 2, "needs an address"},
+        {"set 192.168.10.21 static 192.168.10.21", 0, ""},
+        {"set 192.168.10.21 dhcp --dry-run", 11, ""},
+        {"force 192.168.10.21 192.168.10.77 --dry-run", 11, ""},
+        {"restart 192.168.10.21 --dry-run", 11, ""},
+        {"name 192.168.10.21 twin", 0, ""},
+        {"name 192.168.10.21 other --dry-run", 11, ""},
+        {"rescue 192.168.10.21 --dry-run", 11, ""},
+        {"rescue --all", 0, ""},
+    };
+    for (const auto &row : rows) {
+        const Finished done = run(std::string(row.arguments) + " --json");
+        EXPECT_EQ(row.exitCode, done.exitCode) << row.arguments << "\n" << done.out;
+        EXPECT_THAT(done.json["error"].dump(), HasSubstr(row.says)) << row.arguments;
+    }
+    for (const unsigned number : {1U, 2U, 3U}) {
+        const camsim::CameraStatus now = status(number);
+        EXPECT_EQ("192.168.10.2" + std::to_string(number), site->addressOf(number));
+        EXPECT_EQ(number == 3 ? "" : "twin", now.userName);
+    }
+}
+
+TEST_F(Program, ChangesAndVerifies) {
+    start({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24", ",vendor-config=not-implemented")});
+    const struct {
+        const char *arguments, *after, *path;
+    } rows[] = {
+        {"set 192.168.10.21 static 192.168.10.31 --gateway 192.168.10.254",
+         "static 192.168.10.31 255.255.255.0 192.168.10.254", "broadcast"},
+        {"set 192.168.10.22 static 192.168.10.32", "static 192.168.10.32 255.255.255.0 null", "unicast"},
+        {"name 192.168.10.31 left", "static 192.168.10.31 255.255.255.0 192.168.10.254", "unicast"},
+        {"set left auto", "auto", "broadcast"},
+        {"force left 192.168.10.41", "auto 192.168.10.41", "force"},
+        {"restart left", "auto", "force"},
+    };
+    for (const auto &row : rows) {
+        const Finished done = run(std::string(row.arguments) + " --json");
+        ASSERT_EQ(0, done.exitCode) << row.arguments << "\n" << done.out;
+        const auto &change = done.json["changes"][0];
+        const auto &after = change["after"];
+        EXPECT_THAT(text(after["mode"]) + " " + text(after["address"]) + " " + text(after["mask"]) + " " +
+                        text(after["gateway"]),
+                    testing::StartsWith(row.after))
+            << row.arguments;
+        EXPECT_EQ(row.path, text(change["path"])) << row.arguments;
+        EXPECT_TRUE(change["changed"]) << row.arguments;
+        EXPECT_TRUE(change["verified"].is_string()) << row.arguments;
+    }
+    EXPECT_EQ("left", status(1).userName);
+    EXPECT_EQ("192.168.10.32", site->addressOf(2));
+}
+
+TEST_F(Program, RescuesEveryLostCamera) {
+    start({cameraAt(1, "10.1.2.21/16"), cameraAt(2, "10.1.2.22/16", ",vendor-config=not-implemented"),
+           cameraAt(3, "192.168.10.23/24")});
+    EXPECT_EQ(4, run("rescue --all --json").exitCode); // nobody to ask
+    EXPECT_EQ("10.1.2.21", site->addressOf(1));
+    const Finished rescued = run("rescue --all --yes --json");
+    EXPECT_EQ(0, rescued.exitCode) << rescued.out;
+    EXPECT_EQ(2U, rescued.json["changes"].size());
+    EXPECT_EQ("192.168.10.21 192.168.10.22", site->addressOf(1) + " " + site->addressOf(2));
+    EXPECT_EQ(0U, run("list --json").json["findings"].size());
+}
+
+TEST_F(Program, SaysWhatIsNotConfirmed) {
+    start({cameraAt(1, "192.168.10.21/24", ",silence=3600000")});
+    const Finished lost = run("set 192.168.10.21 static 192.168.10.31 --timeout 4 --json");
+    EXPECT_EQ(5, lost.exitCode) << lost.out;
+    EXPECT_THAT(text(lost.json["changes"][0]["error"]), HasSubstr("did not come back"));
+    EXPECT_TRUE(lost.json["changes"][0]["after"].is_null());
+}
+
+TEST_F(Program, EndsAtASafePoint) {
+    start({cameraAt(1, "192.168.10.21/24", ",silence=3600000")});
+    const auto interrupt = [&](const std::string &arguments, std::chrono::milliseconds after, int signals) {
+        const pid_t process = begin(arguments);
+        for (int i = 0; i < signals; ++i) {
+            std::this_thread::sleep_for(after);
+            kill(process, SIGINT);
+        }
+        return end(process);
+    };
+    const Finished first =
+        interrupt("set 192.168.10.21 static 192.168.10.31 --json", std::chrono::milliseconds(2500), 1);
+    EXPECT_EQ(130, first.exitCode) << first.out;
+    EXPECT_THAT(first.error, HasSubstr("next safe point"));
+    EXPECT_EQ("02:5A:E3:00:00:01", text(first.json["changes"][0]["camera"]));
+}
+
+} // namespace
