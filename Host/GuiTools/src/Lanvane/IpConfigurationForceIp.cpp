@@ -8,7 +8,6 @@
 #include "Lanvane/WaitIndication.h"
 #include "Lanvane/ipaddresswidget.h"
 #include "MinimalCorvoGigETL/ICorvoGigEDevice.h"
-#include "ui_ipconfigurationwidget.h"
 
 #include <QDebug>
 #include <QMessageBox>
@@ -20,16 +19,6 @@ namespace {
 
 /// First half of the MAC addresses of the maker's devices, for the user to complete.
 constexpr const char *MacPrefix = "02-5A-E3-";
-
-QNetworkAddressEntry firstIPv4Entry(const CNetworkAdapter *adapter) {
-    if (adapter) {
-        for (const QNetworkAddressEntry &entry : adapter->addressEntries()) {
-            if (entry.ip().protocol() == QAbstractSocket::IPv4Protocol)
-                return entry;
-        }
-    }
-    return {};
-}
 
 void prepareDialog(IpAddressWidget &dialog, const QString &mac, const QNetworkAddressEntry &host) {
     dialog.setWindowTitle(QStringLiteral("Assign Temporary IP Address (Force IP)"));
@@ -53,17 +42,15 @@ QString macEnteredIn(const IpAddressWidget &dialog) {
 
 QString IpConfigurationWidget::validAddressesText() const {
     return QStringLiteral("Valid addresses are:<br>") +
-           FormatSubnetAddresses(GetNetworkAdapaterFromDeviceItem(ui->deviceTree->currentItem()));
+           FormatSubnetAddresses(adapterOf(QString::fromStdString(m_Change.adapter)));
 }
 
 bool IpConfigurationWidget::forceIp(const QString &headerText, bool showMacAddress, QString *newIpAddress) {
-    QTreeWidgetItem *item = ui->deviceTree->currentItem();
-    const OptionalDevice device = deviceOf(item);
-    const QString deviceMac = device ? displayText(*device, PropMacAddress) : QString();
+    const QString deviceMac = m_Change.device.IsMacAddressAvailable() ? macOf(m_Change.device) : QString();
     TRACE(Progress, "Forcing IP of device with MAC=%s.", bytes(deviceMac).constData());
 
     IpAddressWidget dialog(this);
-    prepareDialog(dialog, deviceMac, firstIPv4Entry(GetNetworkAdapaterFromDeviceItem(item)));
+    prepareDialog(dialog, deviceMac, firstIPv4Entry(adapterOf(QString::fromStdString(m_Change.adapter))));
     dialog.setHeaderText(headerText);
     dialog.setShowMacAddress(showMacAddress);
 
@@ -73,9 +60,8 @@ bool IpConfigurationWidget::forceIp(const QString &headerText, bool showMacAddre
                   bytes(deviceMac).constData());
             return false;
         }
-        const EditorContent entered{AddressMode::Static, canonicalIpAddress(dialog.ipAddress()),
-                                    canonicalIpAddress(dialog.subnetMask()),
-                                    canonicalIpAddress(dialog.defaultGateway())};
+        const AddressTexts entered{canonicalIpAddress(dialog.ipAddress()), canonicalIpAddress(dialog.subnetMask()),
+                                   canonicalIpAddress(dialog.defaultGateway())};
         const QString mac = macEnteredIn(dialog);
         TRACE(Progress, "User entered IP=%s; Netmask=%s; Gateway=%s; MAC=%s", bytes(entered.ipAddress).constData(),
               bytes(entered.netmask).constData(), bytes(entered.defaultGateway).constData(), bytes(mac).constData());
@@ -94,7 +80,7 @@ bool IpConfigurationWidget::forceIp(const QString &headerText, bool showMacAddre
 }
 
 /// False asks the user again.
-bool IpConfigurationWidget::sendForceIp(const QString &mac, const EditorContent &addresses, QString *newIpAddress,
+bool IpConfigurationWidget::sendForceIp(const QString &mac, const AddressTexts &addresses, QString *newIpAddress,
                                         bool *pRediscovered) {
     const QScopedValueRollback<int> busy(m_BusyDepth, m_BusyDepth + 1);
     const WaitCursor cursor;
@@ -108,6 +94,7 @@ bool IpConfigurationWidget::sendForceIp(const QString &mac, const EditorContent 
         m_pDeviceLister->Tl().ForceIp(gc(mac), gc(addresses.ipAddress), gc(addresses.netmask),
                                       gc(addresses.defaultGateway));
         TRACE(Progress, "Successfully forced IP for MAC=%s.", macText.constData());
+        m_ForcedAddresses[mac] = addresses.ipAddress;
         if (newIpAddress)
             *newIpAddress = addresses.ipAddress;
         *pRediscovered = waitForDevice(mac);
@@ -171,12 +158,12 @@ bool IpConfigurationWidget::tryOpenDevice(const QString &ipAddress, OpenFailure 
     return false;
 }
 
-/// The selected device at an address: another one there is not it, as when two have the same address.
+/// The device meant at an address: another one there is not it, as when two have the same address.
 CQuorelGigEDeviceInfo IpConfigurationWidget::deviceToOpen(const QString &ipAddress) const {
     CQuorelGigEDeviceInfo info;
     info.SetIpAddress(gc(ipAddress));
-    if (const OptionalDevice selected = GetSelectedDeviceInfo())
-        info.SetPropertyValue(PropMacAddress, selected->GetMacAddress());
+    if (m_Change.device.IsMacAddressAvailable())
+        info.SetMacAddress(m_Change.device.GetMacAddress());
     return info;
 }
 
@@ -205,6 +192,8 @@ void IpConfigurationWidget::onAssignTemporaryIPAddress() {
     const OptionalDevice device = GetSelectedDeviceInfo();
     if (!device || m_BusyDepth > 0)
         return;
+    const Busy busy(m_BusyDepth);
+    aimAtSelection();
     try {
         forceIp(QStringLiteral("Please specify a temporary IP address.<br>This address will be valid until the device "
                                "resets.<br>") +
@@ -221,19 +210,12 @@ void IpConfigurationWidget::onAssignTemporaryIPAddress() {
 void IpConfigurationWidget::forceIpByMac_triggered() {
     if (m_BusyDepth > 0)
         return;
+    const Busy busy(m_BusyDepth);
+    aimAtSelection();
     guarded("forceIpByMac_triggered", [this] {
         forceIp(QStringLiteral("Please specify the MAC address for the device to force the IP address.\n\nThere won't "
                                "be any error message in case you specify the wrong MAC address."),
                 true, nullptr);
         updateEditor();
     });
-}
-
-/// After the current row's device has changed. What the user has typed stays.
-void IpConfigurationWidget::updateEditor() {
-    QTreeWidgetItem *item = ui->deviceTree->currentItem();
-    if (m_isEditModeActive)
-        updateUiState(item);
-    else
-        fillEditor(item);
 }

@@ -1,4 +1,4 @@
-// IpConfigurationWidget: writing the configuration, and guarding unsaved changes.
+// IpConfigurationWidget: writing a configuration.
 
 #include "Base/GCException.h"
 #include "CorvoQtBase/GevGuiHelper.h"
@@ -7,64 +7,49 @@
 #include "Lanvane/IpConfigurationParts.h"
 #include "Lanvane/WaitIndication.h"
 #include "MinimalCorvoGigETL/ICorvoGigEDevice.h"
-#include "ui_ipconfigurationwidget.h"
 
 #include <QDebug>
-#include <QMessageBox>
+#include <QHostAddress>
 #include <QScopedValueRollback>
-#include <QSignalBlocker>
-#include <QTimer>
 
 using namespace Corvo;
 
-void IpConfigurationWidget::on_btnWriteConfiguration_clicked() {
-    guarded("on_btnWriteConfiguration_clicked", [this] {
-        const OptionalDevice device = GetSelectedDeviceInfo();
-        if (!device || m_BusyDepth > 0)
-            return;
-        const bool saved = writeConfiguration(*device);
-        if (saved)
-            clearEditFlags();
-        showPatchedInfo(displayText(*device, PropMacAddress));
-        if (saved) {
-            doRefresh();
-        } else {
-            QMessageBox::critical(this, windowTitle(), QStringLiteral("The configuration could not be saved."),
-                                  QMessageBox::Close);
-        }
-    });
-}
-
 bool IpConfigurationWidget::writeConfiguration(const CQuorelGigEDeviceInfo &device) {
-    if (broadcastConfiguration(displayText(device, PropMacAddress)))
+    if (broadcastConfiguration(macOf(device)))
         return true;
     qDebug() << "Broadcast Configuration failed! Trying unicast configuration.";
-    return unicastConfiguration(displayText(device, "IpAddress"));
+    return unicastConfiguration(displayText(device.GetIpAddress()));
 }
 
 namespace {
 
-using AddressMode = IpConfigurationWidget::AddressMode;
+using OptionalMode = std::optional<commissioning::Mode>;
 
-bool isPersistent(AddressMode mode) { return mode == AddressMode::Static; }
-bool isDhcp(AddressMode mode) { return mode == AddressMode::Dhcp; }
+bool isPersistent(OptionalMode mode) { return mode == commissioning::Mode::Static; }
+bool isDhcp(OptionalMode mode) { return mode == commissioning::Mode::Dhcp; }
 
 /// The number a device stores. Link-local stays enabled always: it is every device's last resort.
-QByteArray numberOf(AddressMode mode) {
+QByteArray numberOf(OptionalMode mode) {
     return QByteArray::number(4u | (isPersistent(mode) ? 1u : 0u) | (isDhcp(mode) ? 2u : 0u));
+}
+
+bool hasAddressChanges(const commissioning::Change &change) {
+    return change.addressDiffers || change.maskDiffers || change.gatewayDiffers;
+}
+
+AddressTexts addressesOf(const commissioning::Change &change) {
+    return {QHostAddress(change.address).toString(), QHostAddress(change.mask).toString(),
+            QHostAddress(change.gateway).toString()};
 }
 
 } // namespace
 
-bool IpConfigurationWidget::hasAddressChanges() const {
-    return m_isIpAddressDirty || m_isNetmaskDirty || m_isDefaultGatewayDirty;
+void IpConfigurationWidget::storeMode(const QString &mac) {
+    m_pDeviceLister->updateDeviceInfo(bytes(mac), numberOf(m_Change.mode), nullptr, nullptr, nullptr, false);
 }
 
-void IpConfigurationWidget::storeMode(const QString &mac, AddressMode mode) {
-    m_pDeviceLister->updateDeviceInfo(bytes(mac), numberOf(mode), nullptr, nullptr, nullptr, false);
-}
-
-void IpConfigurationWidget::storeAddresses(const QString &mac, const EditorContent &content) {
+void IpConfigurationWidget::storeAddresses(const QString &mac) {
+    const AddressTexts content = addressesOf(m_Change);
     m_pDeviceLister->updateDeviceInfo(bytes(mac), nullptr, bytes(content.ipAddress), bytes(content.netmask),
                                       bytes(content.defaultGateway), false);
 }
@@ -83,27 +68,28 @@ bool IpConfigurationWidget::broadcastConfiguration(const QString &mac) {
 }
 
 bool IpConfigurationWidget::sendBroadcastConfiguration(const QString &mac) {
-    const EditorContent content = editorContent();
+    const AddressTexts content = addressesOf(m_Change);
     const QByteArray macText = bytes(mac);
-    switch (content.mode) {
-    case AddressMode::Static:
+    if (!m_Change.mode) {
+        TRACE(Error, "Invalid addresstype for MAC=%s! Don't know which addressing to use.", macText.constData());
+        return false;
+    }
+    switch (*m_Change.mode) {
+    case commissioning::Mode::Static:
         TRACE(Progress,
               "Trying broadcast ip config for MAC=%s setting static IP (NewIP=%s; NewNetmask=%s; NewGateway=%s;).",
               macText.constData(), bytes(content.ipAddress).constData(), bytes(content.netmask).constData(),
               bytes(content.defaultGateway).constData());
         break;
-    case AddressMode::Dhcp:
+    case commissioning::Mode::Dhcp:
         TRACE(Progress, "Trying broadcast ip config for MAC=%s setting DHCP.", macText.constData());
         break;
-    case AddressMode::AutoIp:
+    case commissioning::Mode::Auto:
         TRACE(Progress, "Trying broadcast ip config for MAC=%s setting AutoIP/LLA.", macText.constData());
         break;
-    case AddressMode::None:
-        TRACE(Error, "Invalid addresstype for MAC=%s! Don't know which addressing to use.", macText.constData());
-        return false;
     }
     processEventsWithoutUser(); // what follows blocks for up to 3 seconds
-    if (!m_pDeviceLister->Tl().BroadcastIpConfiguration(gc(mac), isPersistent(content.mode), isDhcp(content.mode),
+    if (!m_pDeviceLister->Tl().BroadcastIpConfiguration(gc(mac), isPersistent(m_Change.mode), isDhcp(m_Change.mode),
                                                         gc(content.ipAddress), gc(content.netmask),
                                                         gc(content.defaultGateway), String_t())) {
         TRACE(Warning,
@@ -113,11 +99,10 @@ bool IpConfigurationWidget::sendBroadcastConfiguration(const QString &mac) {
         return false;
     }
     TRACE(Progress, "Successfully changed IP configuration via broadcast for MAC=%s.", macText.constData());
-    if (m_isIpProtocolConfigDirty)
-        storeMode(mac, content.mode);
-    if (hasAddressChanges())
-        storeAddresses(mac, content);
-    clearEditFlags();
+    if (m_Change.modeDiffers)
+        storeMode(mac);
+    if (hasAddressChanges(m_Change))
+        storeAddresses(mac);
 
     TRACE(Progress, "Restarting IP configuration and waiting for rediscovery for MAC=%s.", macText.constData());
     if (!restartAndAwait(mac)) {
@@ -145,7 +130,7 @@ bool IpConfigurationWidget::sendUnicastConfiguration(const QString &oldIpAddress
         return false;
     }
     const CQuorelGigEDeviceInfo opened(m_pDevice->GetDeviceInfo());
-    const QString mac = displayText(opened, PropMacAddress);
+    const QString mac = macOf(opened);
     TRACE(Progress,
           "Successfully opened device with old IP=%s; Netmask=%s; Gateway=%s; IPConfig='%s' to change IP "
           "configuration via unicast.",
@@ -153,7 +138,6 @@ bool IpConfigurationWidget::sendUnicastConfiguration(const QString &oldIpAddress
           bytes(formatIPConfigurationOf(opened)).constData());
     const WaitCursor cursor;
     writeToOpenDevice(oldIpAddress, mac);
-    clearEditFlags();
     TRACE(Progress, "Closing device with old IP=%s.", oldIp.constData());
     closeDevice();
     TRACE(Progress, "Finished configuring device with old IP=%s.", oldIp.constData());
@@ -165,27 +149,28 @@ bool IpConfigurationWidget::sendUnicastConfiguration(const QString &oldIpAddress
 }
 
 void IpConfigurationWidget::writeToOpenDevice(const QString &oldIpAddress, const QString &mac) {
-    const EditorContent content = editorContent();
+    const AddressTexts content = addressesOf(m_Change);
     const QByteArray oldIp = bytes(oldIpAddress);
-    if (m_isIpProtocolConfigDirty) {
-        switch (content.mode) {
-        case AddressMode::Static:
-            TRACE(Progress, "Setting ip config for device with old IP=%s to static IP.", oldIp.constData());
-            break;
-        case AddressMode::Dhcp:
-            TRACE(Progress, "Setting ip config for device with old IP=%s to DHCP.", oldIp.constData());
-            break;
-        case AddressMode::AutoIp:
-            TRACE(Progress, "Setting ip config for device with old IP=%s to AutoIP/LLA", oldIp.constData());
-            break;
-        case AddressMode::None:
+    if (m_Change.modeDiffers) {
+        if (!m_Change.mode) {
             TRACE(Error, "Invalid addresstype for old IP=%s! Don't know which addressing to use.", oldIp.constData());
             throw RUNTIME_EXCEPTION("No IP configuration is chosen.");
         }
-        m_pDevice->ChangeIpConfiguration(isPersistent(content.mode), isDhcp(content.mode));
-        storeMode(mac, content.mode);
+        switch (*m_Change.mode) {
+        case commissioning::Mode::Static:
+            TRACE(Progress, "Setting ip config for device with old IP=%s to static IP.", oldIp.constData());
+            break;
+        case commissioning::Mode::Dhcp:
+            TRACE(Progress, "Setting ip config for device with old IP=%s to DHCP.", oldIp.constData());
+            break;
+        case commissioning::Mode::Auto:
+            TRACE(Progress, "Setting ip config for device with old IP=%s to AutoIP/LLA", oldIp.constData());
+            break;
+        }
+        m_pDevice->ChangeIpConfiguration(isPersistent(m_Change.mode), isDhcp(m_Change.mode));
+        storeMode(mac);
     }
-    if (!hasAddressChanges())
+    if (!hasAddressChanges(m_Change))
         return;
     if (!isIPAddressValidForDevice(content.ipAddress)) {
         TRACE(Error, "Invalid new IP address '%s' for device with old IP=%s!", bytes(content.ipAddress).constData(),
@@ -197,7 +182,7 @@ void IpConfigurationWidget::writeToOpenDevice(const QString &oldIpAddress, const
           oldIp.constData(), bytes(content.ipAddress).constData(), bytes(content.netmask).constData(),
           bytes(content.defaultGateway).constData());
     m_pDevice->SetPersistentIpAddress(gc(content.ipAddress), gc(content.netmask), gc(content.defaultGateway));
-    storeAddresses(mac, content);
+    storeAddresses(mac);
 }
 
 bool IpConfigurationWidget::waitForDevice(const QString &mac) {
@@ -212,7 +197,7 @@ bool IpConfigurationWidget::waitForDevice(const QString &mac) {
             pauseWithoutUser(m_Patience.pause_ms);
             lister.discoverAllDevices();
             for (const CDeviceInfo &device : lister.devices())
-                found = found || displayText(device, PropMacAddress).compare(mac, Qt::CaseInsensitive) == 0;
+                found = found || macOf(device).compare(mac, Qt::CaseInsensitive) == 0;
         }
     });
     return found;
@@ -237,53 +222,4 @@ void IpConfigurationWidget::closeDevice() {
     } catch (const GenICam::GenericException &error) {
         report(error, "Failed to destroy device");
     }
-}
-
-// Unsaved changes
-
-bool IpConfigurationWidget::checkSaveChanges() const {
-    // Typing in the address field alone does not count, only a text that differs does.
-    const bool pending = m_isIpProtocolConfigDirty || m_isIpAddressDirty || m_isNetmaskDirty || m_isNetmaskEdited ||
-                         m_isDefaultGatewayDirty || m_isDefaultGatewayEdited || m_isCustomNameDirty;
-    if (!pending || !isValidConfigInUI())
-        return false;
-    return QMessageBox::question(const_cast<IpConfigurationWidget *>(this), windowTitle(),
-                                 QStringLiteral("Do you want to save the changes to the configuration?"),
-                                 QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
-}
-
-void IpConfigurationWidget::saveChangesOf(QTreeWidgetItem *item) {
-    const OptionalDevice device = deviceOf(item);
-    if (!device)
-        return;
-    // Writing may have to force an address, which goes to the device and adapter of the current row.
-    QTreeWidgetItem *current = ui->deviceTree->currentItem();
-    const QSignalBlocker blocker(ui->deviceTree);
-    ui->deviceTree->setCurrentItem(item);
-    const bool saved = writeConfiguration(*device);
-    showPatchedInfo(displayText(*device, PropMacAddress));
-    if (saved)
-        QTimer::singleShot(0, this, &IpConfigurationWidget::refresh); // not while the selection changes
-    else
-        QMessageBox::critical(this, windowTitle(), QStringLiteral("The configuration could not be saved."));
-    ui->deviceTree->setCurrentItem(current);
-}
-
-bool IpConfigurationWidget::saveBeforeClosing() {
-    if (!checkSaveChanges())
-        return true;
-    const OptionalDevice device = GetSelectedDeviceInfo();
-    bool saved = false;
-    guarded("closeEvent", [&] { saved = device && writeConfiguration(*device); });
-    if (saved) {
-        updateTreeRowFromDeviceInfoByMac(displayText(*device, PropMacAddress));
-        updateUiFromTreeItem(ui->deviceTree->currentItem());
-        return true;
-    }
-    return QMessageBox::critical(
-               this, windowTitle(),
-               QStringLiteral("The configuration could not be saved.\nWould you like to continue closing the "
-                              "application?\n\nIf you click 'Yes', your configuration will not be changed and the "
-                              "application will close.\nIf you click 'No', you will return to the application."),
-               QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
 }

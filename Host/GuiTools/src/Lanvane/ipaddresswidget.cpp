@@ -38,6 +38,8 @@ IpAddressWidget::IpAddressWidget(QWidget *parent) : QDialog(parent), m_ui(std::m
     m_ui->editIpAddress->setValidator(m_addressValidator);
     m_ui->editNetmask->setValidator(new QIpNetmaskValidator(this));
     m_ui->editDefaultGateway->setValidator(gatewayValidator);
+    for (QLineEdit *edit : {m_ui->editMacAddress, m_ui->editIpAddress, m_ui->editNetmask, m_ui->editDefaultGateway})
+        edit->setMaxLength(LongestAddressText);
 
     setShowMacAddress(false);
 }

@@ -1,17 +1,20 @@
 #pragma once
 
-#include "Lanvane/DeviceDisplay.h"
 #include "Lanvane/DeviceLister.h"
+#include "Lanvane/DeviceTree.h"
+#include "Lanvane/EditorState.h"
 #include "Lanvane/NetworkAdapter.h"
 
+#include <QHash>
+#include <QMessageBox>
 #include <QWidget>
 
 #include <functional>
 #include <memory>
 #include <optional>
 
-class QIpNetmaskValidator;
-class QTreeWidgetItem;
+class QLineEdit;
+class QRadioButton;
 namespace Corvo {
 class ICorvoGigEDevice;
 }
@@ -28,8 +31,6 @@ class IpConfigurationWidget : public QWidget {
     Q_OBJECT
 
 public:
-    enum class AddressMode { None, Static, Dhcp, AutoIp };
-
     /// How long a device may take to come back after its IP cycle was restarted.
     struct RediscoveryPatience {
         int rounds = 30;
@@ -66,57 +67,62 @@ private slots:
     void onSelectionInfo_linkActivated(const QString &link);
     void onAssignTemporaryIPAddress();
     void forceIpByMac_triggered();
-    /// Other platforms open their network settings here.
+    // Other platforms open their network settings here.
     void ShowNetworkConnections_triggered();
+    void onNetworkAdapterProperties();
     void onReturnPressed();
     void revertEditor();
 
 private:
     using OptionalDevice = std::optional<Corvo::CQuorelGigEDeviceInfo>;
 
-    /// What the editor showed when it was filled, to tell what the user has changed.
-    struct EditorContent {
-        AddressMode mode = AddressMode::None;
-        QString ipAddress;
-        QString netmask;
-        QString defaultGateway;
-    };
-
     struct OpenFailure {
         QString text;
         bool isAccessDenied = false;
     };
 
+    /// An operation, questions included, runs as long as this lives: no other starts, the window stays, and what the
+    /// user does meanwhile is dropped.
+    class Busy {
+    public:
+        explicit Busy(int &depth) : m_Depth(depth) { ++m_Depth; }
+        ~Busy();
+        Q_DISABLE_COPY(Busy)
+
+    private:
+        int &m_Depth;
+    };
+
     // Construction
     void setUpTree();
-    void setUsualColumnWidths();
     void setUpActions();
+    void setUpShortcuts();
     void setUpEditor();
-    void restoreHeader();
-    void saveHeader() const;
+    void restoreLayout();
+    void saveLayout() const;
 
     // Refresh and rows
     void doRefresh();
     void fillTree();
     void addDeviceRows();
-    /// To the first devices; from then on, and when they were restored, the widths are the user's.
-    void sizeColumnsOnce();
-    void select(const QString &mac, const QString &adapterName);
+    void show(const DeviceTree::View &view);
     std::size_t updateTreeRowFromDeviceInfoByMac(const QString &mac);
     bool UpdateTreeItemFromDeviceInfo(QTreeWidgetItem *item, const Corvo::CQuorelGigEDeviceInfo *device);
     bool UpdateTreeItemFromNetworkAdapter(QTreeWidgetItem *item, const CNetworkAdapter *adapter);
     QTreeWidgetItem *findAdapterTreeItem(const QString &name) const;
-    QTreeWidgetItem *findDeviceTreeItem(const QString &mac) const;
-    std::vector<QTreeWidgetItem *> deviceTreeItems() const;
 
     // Selection
     const CNetworkAdapter *GetNetworkAdapterFromItemIndex(int index) const;
     OptionalDevice GetDeviceInfoFromItemIndex(int index) const;
-    OptionalDevice deviceOf(const QTreeWidgetItem *item) const;
+    /// As the lister has it now.
+    OptionalDevice deviceOf(const QString &mac) const;
+    OptionalDevice deviceOf(const QTreeWidgetItem *item) const { return deviceOf(DeviceTree::keyOf(item).mac); }
     OptionalDevice GetSelectedDeviceInfo() const;
     const CNetworkAdapter *GetSelectedNetworkAdapter() const;
     /// The adapter of an adapter row, or that under which a device is listed.
     const CNetworkAdapter *GetNetworkAdapaterFromDeviceItem(const QTreeWidgetItem *item) const;
+    const CNetworkAdapter *adapterOf(const QString &name) const;
+    DeviceSurroundings surroundingsOf(const QTreeWidgetItem *item) const;
     void updateUiFromTreeItem(const QTreeWidgetItem *item);
     void showPatchedInfo(const QString &mac);
     void updateSelectionInfo(const QTreeWidgetItem *item);
@@ -127,18 +133,28 @@ private:
 
     // Editor
     void fillEditor(const QTreeWidgetItem *item);
-    void checkModeButton(const OptionalDevice &device);
+    /// After the current row's device has changed. What the user has typed stays.
     void updateEditor();
+    void showEditorState();
+    void checkModeButton();
     void updateUiState(QTreeWidgetItem *item);
     void enableWidgets(bool enable);
-    void edited();
-    bool isValidConfigInUI() const;
-    bool areAddressesValid() const;
-    void revertAddresses();
-    bool hasChanges() const;
-    AddressMode selectedMode() const;
-    EditorContent editorContent() const;
+    void typed(EditorState::Field field, const QString &text);
+    bool isValidConfigInUI() const { return m_Editor.isValid(); }
     void clearEditFlags();
+
+    // Saving: what is asked for, when and of whom (IpConfigurationSaving.cpp)
+    /// Writes it and shows what became of the device.
+    bool save(const commissioning::Change &change);
+    bool saveEdited();
+    bool checkSaveChanges() const;
+    bool saveBeforeClosing();
+    /// After a save that failed: asks the device what it has now.
+    void learnAnew(const Corvo::CQuorelGigEDeviceInfo &device);
+    /// By a search; none when it does not answer.
+    OptionalDevice find(const QString &mac);
+    QMessageBox::StandardButton showBox(QMessageBox::Icon icon, const QString &text, const QString &informativeText,
+                                        QMessageBox::StandardButtons buttons) const;
 
     // Writing the configuration (IpConfigurationWriting.cpp)
     bool writeConfiguration(const Corvo::CQuorelGigEDeviceInfo &device);
@@ -147,20 +163,18 @@ private:
     bool unicastConfiguration(const QString &oldIpAddress);
     bool sendUnicastConfiguration(const QString &oldIpAddress);
     void writeToOpenDevice(const QString &oldIpAddress, const QString &mac);
-    void storeMode(const QString &mac, AddressMode mode);
-    void storeAddresses(const QString &mac, const EditorContent &content);
-    bool hasAddressChanges() const;
+    void storeMode(const QString &mac);
+    void storeAddresses(const QString &mac);
     /// Makes the device obtain its address anew. \returns whether it came back.
     bool restartAndAwait(const QString &mac);
     bool waitForDevice(const QString &mac);
     void closeDevice();
-    bool checkSaveChanges() const;
-    void saveChangesOf(QTreeWidgetItem *item);
-    bool saveBeforeClosing();
 
     // Temporary address (IpConfigurationForceIp.cpp)
+    /// What follows is about the selected device, or any on the selected adapter.
+    void aimAtSelection();
     bool forceIp(const QString &headerText, bool showMacAddress, QString *newIpAddress);
-    bool sendForceIp(const QString &mac, const EditorContent &addresses, QString *newIpAddress, bool *pRediscovered);
+    bool sendForceIp(const QString &mac, const AddressTexts &addresses, QString *newIpAddress, bool *pRediscovered);
     bool openDevice(const QString &ipAddress);
     bool tryOpenDevice(const QString &ipAddress, OpenFailure *pFailure);
     Corvo::CQuorelGigEDeviceInfo deviceToOpen(const QString &ipAddress) const;
@@ -172,24 +186,17 @@ private:
     void guarded(const char *context, const std::function<void()> &work);
 
     std::unique_ptr<Ui::IpConfigurationWidget> ui;
-    bool m_isIpProtocolConfigDirty = false;
-    bool m_isIpAddressDirty = false;
-    bool m_isIpAddressEdited = false;
-    bool m_isNetmaskDirty = false;
-    bool m_isNetmaskEdited = false;
-    bool m_isDefaultGatewayDirty = false;
-    bool m_isDefaultGatewayEdited = false;
-    bool m_isEditModeActive = false;
-    bool m_isCustomNameDirty = false;
+    EditorState m_Editor; ///< with the flags of what is edited and what differs
     std::unique_ptr<DeviceLister> m_pDeviceLister;
     Corvo::ICorvoGigEDevice *m_pDevice = nullptr; ///< open; given back by closeDevice
     CNetworkAdapterList m_NetworkAdapters;        ///< of the last refresh
-    RowIcons m_Icons;
-    EditorContent m_Loaded;
-    QIpNetmaskValidator *m_pNetmaskValidator = nullptr; ///< owned by its line edit
-    bool m_areColumnsSized = false;
+    /// What the running operation was asked to do, of the moment its key was pressed: no part of it reads the tree's
+    /// selection or the editor.
+    commissioning::Change m_Change;
+    QString m_SaveReport;                      ///< what was sent and what came back, where a save failed
+    QHash<QString, QString> m_ForcedAddresses; ///< by MAC address, until they are stored
     RediscoveryPatience m_Patience;
-    int m_BusyDepth = 0; ///< operations that run; no other starts and the window stays meanwhile
+    int m_BusyDepth = 0; ///< operations that run
 };
 
 /// The widget's category in the trace log.

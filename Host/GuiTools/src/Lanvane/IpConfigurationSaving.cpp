@@ -1,0 +1,101 @@
+// IpConfigurationWidget: saving, and guarding unsaved changes. What is written is taken when the key is pressed.
+
+#include "Base/GCException.h"
+#include "CorvoQtBase/errorhandling.h"
+#include "Lanvane/IpConfigurationParts.h"
+#include "Lanvane/WaitIndication.h"
+#include "ui_ipconfigurationwidget.h"
+
+#include <QLabel>
+
+using namespace Corvo;
+
+void IpConfigurationWidget::on_btnWriteConfiguration_clicked() {
+    if (!m_Editor.device() || m_BusyDepth > 0)
+        return;
+    const Busy busy(m_BusyDepth);
+    guarded("on_btnWriteConfiguration_clicked", [this] {
+        if (saveEdited())
+            doRefresh();
+        else
+            showBox(QMessageBox::Critical, QStringLiteral("The configuration could not be saved."), m_SaveReport,
+                    QMessageBox::Close);
+    });
+}
+
+bool IpConfigurationWidget::saveEdited() { return m_Editor.device() && save(m_Editor.change()); }
+
+bool IpConfigurationWidget::save(const commissioning::Change &change) {
+    m_Change = change;
+    m_SaveReport.clear();
+    const bool saved = writeConfiguration(change.device);
+    const QString mac = macOf(change.device);
+    if (saved) {
+        m_ForcedAddresses.remove(mac);
+        clearEditFlags();
+    } else {
+        learnAnew(change.device);
+    }
+    showPatchedInfo(mac);
+    return saved;
+}
+
+void IpConfigurationWidget::learnAnew(const CQuorelGigEDeviceInfo &device) {
+    const WaitCursor cursor;
+    guarded("learnAnew", [&] {
+        const QString mac = macOf(device);
+        OptionalDevice found = find(mac);
+        if (!found)
+            found = deviceOf(mac); // to be asked at its last address
+        if (found)
+            m_pDeviceLister->updateDeviceInfo(bytes(mac), found->GetIpConfigCurrent(), found->GetIpAddress(),
+                                              found->GetSubnetMask(), found->GetDefaultGateway(), true);
+    });
+    if (m_Editor.mac() == macOf(device))
+        updateEditor();
+}
+
+IpConfigurationWidget::OptionalDevice IpConfigurationWidget::find(const QString &mac) {
+    DeviceInfoList devices;
+    m_pDeviceLister->Tl().EnumerateAllDevices(devices);
+    for (const CDeviceInfo &device : devices) {
+        if (macOf(device) == mac)
+            return CQuorelGigEDeviceInfo(device);
+    }
+    return std::nullopt;
+}
+
+QMessageBox::StandardButton IpConfigurationWidget::showBox(QMessageBox::Icon icon, const QString &text,
+                                                           const QString &informativeText,
+                                                           QMessageBox::StandardButtons buttons) const {
+    discardUserInput(); // typed before there was a question
+    QMessageBox box(icon, windowTitle(), text, buttons, const_cast<IpConfigurationWidget *>(this));
+    box.setInformativeText(informativeText);
+    if (buttons.testFlag(QMessageBox::No))
+        box.setDefaultButton(QMessageBox::No);
+    return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+// Unsaved changes
+
+bool IpConfigurationWidget::checkSaveChanges() const {
+    return m_Editor.isSavePending() &&
+           showBox(QMessageBox::Question, QStringLiteral("Do you want to save the changes to the configuration?"),
+                   deviceNameText(*m_Editor.device()), QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+}
+
+bool IpConfigurationWidget::saveBeforeClosing() {
+    if (!checkSaveChanges())
+        return true;
+    bool saved = false;
+    guarded("closeEvent", [&] { saved = saveEdited(); });
+    if (saved) {
+        updateUiFromTreeItem(ui->deviceTree->currentItem());
+        return true;
+    }
+    return showBox(QMessageBox::Critical,
+                   QStringLiteral("The configuration could not be saved.\nWould you like to continue closing the "
+                                  "application?\n\nIf you click 'Yes', your configuration will not be changed and the "
+                                  "application will close.\nIf you click 'No', you will return to the application."),
+                   m_SaveReport, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+}
