@@ -53,6 +53,10 @@ bool IpConfigurationWidget::forceIp(const QString &headerText, bool showMacAddre
     prepareDialog(dialog, deviceMac, firstIPv4Entry(adapterOf(QString::fromStdString(m_Change.adapter))));
     dialog.setHeaderText(headerText);
     dialog.setShowMacAddress(showMacAddress);
+    dialog.setHostEntries(addressEntriesOf(m_NetworkAdapters));
+    if (isInUse(m_Change.device))
+        dialog.setNoticeText(QStringLiteral("The device is in use by another application. It may refuse another "
+                                            "address, or the application may lose it."));
 
     for (;;) {
         if (dialog.exec() != QDialog::Accepted) {
@@ -76,7 +80,19 @@ bool IpConfigurationWidget::forceIp(const QString &headerText, bool showMacAddre
         bool rediscovered = false;
         if (sendForceIp(mac, entered, newIpAddress, &rediscovered))
             return rediscovered;
+        dialog.setNoticeText(forceFailureText(mac, entered.ipAddress));
     }
+}
+
+QString IpConfigurationWidget::forceFailureText(const QString &mac, const QString &address) {
+    const WaitCursor cursor;
+    const QString failure = QStringLiteral("The device did not take the address %1: %2").arg(address);
+    if (const OptionalDevice device = deviceOf(mac))
+        retest(*device);
+    const OptionalDevice device = deviceOf(mac);
+    if (device && isInUse(*device))
+        return failure.arg(QStringLiteral("it is in use by another application."));
+    return failure.arg(m_ForceFailure);
 }
 
 /// False asks the user again.
@@ -104,6 +120,7 @@ bool IpConfigurationWidget::sendForceIp(const QString &mac, const AddressTexts &
     } catch (const GenICam::GenericException &error) {
         TRACE(Error, "Failed to force IP for MAC=%s. Err='%s'", macText.constData(), error.GetDescription());
         showException("forceIp", error, this);
+        m_ForceFailure = QString::fromUtf8(error.GetDescription()).section(QStringLiteral(": "), -1); // the status
         return false;
     } catch (const std::exception &error) {
         TRACE(Error, "Failed to force IP for MAC=%s.", macText.constData());

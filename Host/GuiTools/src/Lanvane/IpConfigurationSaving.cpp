@@ -48,11 +48,16 @@ void IpConfigurationWidget::learnAnew(const CQuorelGigEDeviceInfo &device) {
         if (!found)
             found = deviceOf(mac); // to be asked at its last address
         if (found)
-            m_pDeviceLister->updateDeviceInfo(bytes(mac), found->GetIpConfigCurrent(), found->GetIpAddress(),
-                                              found->GetSubnetMask(), found->GetDefaultGateway(), true);
+            retest(*found);
     });
     if (m_Editor.mac() == macOf(device))
         updateEditor();
+}
+
+void IpConfigurationWidget::retest(const CQuorelGigEDeviceInfo &device) {
+    m_pDeviceLister->updateDeviceInfo(device.GetMacAddress(), device.GetIpConfigCurrent(), device.GetIpAddress(),
+                                      device.GetSubnetMask(), device.GetDefaultGateway(), true);
+    showPatchedInfo(macOf(device));
 }
 
 IpConfigurationWidget::OptionalDevice IpConfigurationWidget::find(const QString &mac) {

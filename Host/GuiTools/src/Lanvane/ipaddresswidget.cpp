@@ -1,5 +1,6 @@
 #include "Lanvane/ipaddresswidget.h"
 
+#include "Lanvane/AddressRules.h"
 #include "Lanvane/AddressText.h"
 #include "Lanvane/QIpAddressWithNetmaskValidator.h"
 #include "Lanvane/QIpNetmaskValidator.h"
@@ -41,6 +42,7 @@ IpAddressWidget::IpAddressWidget(QWidget *parent) : QDialog(parent), m_ui(std::m
     for (QLineEdit *edit : {m_ui->editMacAddress, m_ui->editIpAddress, m_ui->editNetmask, m_ui->editDefaultGateway})
         edit->setMaxLength(LongestAddressText);
 
+    setNoticeText(QString());
     setShowMacAddress(false);
 }
 
@@ -49,6 +51,18 @@ IpAddressWidget::~IpAddressWidget() = default;
 QString IpAddressWidget::headerText() const { return m_ui->lblHeader->text(); }
 
 void IpAddressWidget::setHeaderText(const QString &text) { m_ui->lblHeader->setText(text); }
+
+QString IpAddressWidget::noticeText() const { return m_ui->lblNotice->text(); }
+
+void IpAddressWidget::setNoticeText(const QString &text) {
+    m_ui->lblNotice->setText(text);
+    m_ui->lblNotice->setVisible(!text.isEmpty());
+}
+
+void IpAddressWidget::setHostEntries(const QList<QNetworkAddressEntry> &entries) {
+    m_hostEntries = entries;
+    enableButtons();
+}
 
 QString IpAddressWidget::ipAddress() const { return m_ui->editIpAddress->text(); }
 
@@ -167,12 +181,17 @@ void IpAddressWidget::on_editNetmask_editingFinished() {
     enableButtons();
 }
 
+QString IpAddressWidget::subnetProblemOfInput() const {
+    return subnetProblem(ipAddress(), subnetMask(), m_hostEntries);
+}
+
 void IpAddressWidget::enableButtons() {
+    m_ui->lblHint->setText(subnetProblemOfInput());
     m_ui->buttonBox->button(QDialogButtonBox::Ok)->setEnabled(isInputAcceptable());
 }
 
 bool IpAddressWidget::isInputAcceptable() const {
     const bool isMacAcceptable = !m_showMacAddress || m_ui->editMacAddress->hasAcceptableInput();
-    return isMacAcceptable && m_ui->editIpAddress->hasAcceptableInput() &&
+    return isMacAcceptable && m_ui->editIpAddress->hasAcceptableInput() && subnetProblemOfInput().isEmpty() &&
            QIpNetmaskValidator().isUsable(subnetMask()) && m_ui->editDefaultGateway->hasAcceptableInput();
 }

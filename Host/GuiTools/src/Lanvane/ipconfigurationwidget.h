@@ -42,6 +42,9 @@ public:
 
     void setRediscoveryPatience(const RediscoveryPatience &patience) { m_Patience = patience; }
 
+    /// Gives back the device that an operation has opened, if any.
+    void closeDevice();
+
     static void fixupIpAddress(QString &address);
     static void fixupMacAddress(QString &mac);
 
@@ -151,6 +154,8 @@ private:
     bool saveBeforeClosing();
     /// After a save that failed: asks the device what it has now.
     void learnAnew(const Corvo::CQuorelGigEDeviceInfo &device);
+    /// Asks the device, as it is described, whether it can be opened, and shows all that in its row.
+    void retest(const Corvo::CQuorelGigEDeviceInfo &device);
     /// By a search; none when it does not answer.
     OptionalDevice find(const QString &mac);
     QMessageBox::StandardButton showBox(QMessageBox::Icon icon, const QString &text, const QString &informativeText,
@@ -168,13 +173,14 @@ private:
     /// Makes the device obtain its address anew. \returns whether it came back.
     bool restartAndAwait(const QString &mac);
     bool waitForDevice(const QString &mac);
-    void closeDevice();
 
     // Temporary address (IpConfigurationForceIp.cpp)
     /// What follows is about the selected device, or any on the selected adapter.
     void aimAtSelection();
     bool forceIp(const QString &headerText, bool showMacAddress, QString *newIpAddress);
     bool sendForceIp(const QString &mac, const AddressTexts &addresses, QString *newIpAddress, bool *pRediscovered);
+    /// Why the device did not take it, as far as that can be found out.
+    QString forceFailureText(const QString &mac, const QString &address);
     bool openDevice(const QString &ipAddress);
     bool tryOpenDevice(const QString &ipAddress, OpenFailure *pFailure);
     Corvo::CQuorelGigEDeviceInfo deviceToOpen(const QString &ipAddress) const;
@@ -194,6 +200,7 @@ private:
     /// selection or the editor.
     commissioning::Change m_Change;
     QString m_SaveReport;                      ///< what was sent and what came back, where a save failed
+    QString m_ForceFailure;                    ///< what the last Force IP failed with
     QHash<QString, QString> m_ForcedAddresses; ///< by MAC address, until they are stored
     RediscoveryPatience m_Patience;
     int m_BusyDepth = 0; ///< operations that run
