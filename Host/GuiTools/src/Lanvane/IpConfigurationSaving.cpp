@@ -89,6 +89,19 @@ bool IpConfigurationWidget::checkSaveChanges() const {
                    deviceNameText(*m_Editor.device()), QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
 }
 
+bool IpConfigurationWidget::saveBeforeLeaving() {
+    if (!m_Editor.isSavePending()) // else the keys typed after that of the new row would be dropped
+        return false;
+    const Busy busy(m_BusyDepth);
+    if (!checkSaveChanges())
+        return false;
+    const bool saved = saveEdited();
+    if (!saved)
+        showBox(QMessageBox::Critical, QStringLiteral("The configuration could not be saved."), m_SaveReport,
+                QMessageBox::Ok);
+    return saved;
+}
+
 bool IpConfigurationWidget::saveBeforeClosing() {
     if (!checkSaveChanges())
         return true;

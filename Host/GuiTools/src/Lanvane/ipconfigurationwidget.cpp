@@ -347,12 +347,7 @@ void IpConfigurationWidget::onCurrentItemChanged(QTreeWidgetItem * /*current*/, 
         return;
     bool saved = false;
     guarded("onCurrentItemChanged", [&] {
-        const Busy busy(m_BusyDepth);
-        const bool isToBeSaved = checkSaveChanges();
-        saved = isToBeSaved && saveEdited();
-        if (isToBeSaved && !saved)
-            showBox(QMessageBox::Critical, QStringLiteral("The configuration could not be saved."), m_SaveReport,
-                    QMessageBox::Ok);
+        saved = saveBeforeLeaving();
         closeDevice();
         updateUiFromTreeItem(ui->deviceTree->currentItem());
     });

@@ -151,6 +151,9 @@ private:
     bool save(const commissioning::Change &change);
     bool saveEdited();
     bool checkSaveChanges() const;
+    /// \returns whether there was something and it was saved.
+    bool saveBeforeLeaving();
+    /// \returns whether the window may close.
     bool saveBeforeClosing();
     /// After a save that failed: asks the device what it has now.
     void learnAnew(const Corvo::CQuorelGigEDeviceInfo &device);
