@@ -2,6 +2,7 @@
 #include "QtText.h"
 
 #include <QDialogButtonBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QtTest>
@@ -54,6 +55,25 @@ TEST_F(IpAddressDialog, EnablesOkForAcceptableFields) {
     EXPECT_FALSE(ok()->isEnabled());
     m_dialog.setAllowExperiemntalPurposeAddress(true);
     EXPECT_TRUE(ok()->isEnabled());
+}
+
+TEST_F(IpAddressDialog, SaysWhyAnAddressOrAnAttemptIsRefused) {
+    QNetworkAddressEntry host;
+    host.setIp(QHostAddress("192.168.1.10"));
+    host.setNetmask(QHostAddress("255.255.255.0"));
+    m_dialog.setHostEntries({host});
+    show();
+    EXPECT_FALSE(m_dialog.findChild<QLabel *>("lblNotice")->isVisible());
+    m_dialog.setNoticeText("No answer.");
+    EXPECT_TRUE(m_dialog.findChild<QLabel *>("lblNotice")->isVisible());
+    expectRewrites({"192.168.1.10|/16 -> The IP address is that of this host.",
+                    "192.168.1.255|/16 -> The IP address is the broadcast address of the network.",
+                    "10.0.0.0|/8 -> The IP address is that of the network itself.", "192.168.1.11|/24 -> OK"},
+                   [this](const QString &line) {
+                       type("editIpAddress", line.section('|', 0, 0));
+                       type("editNetmask", line.section('|', 1));
+                       return ok()->isEnabled() ? "OK" : m_dialog.findChild<QLabel *>("lblHint")->text();
+                   });
 }
 
 TEST_F(IpAddressDialog, SuggestsAMaskWhereNoneIsGiven) {

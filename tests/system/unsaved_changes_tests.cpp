@@ -76,9 +76,8 @@ TEST_F(UnsavedChanges, OnRefresh) {
     hold(1);
     expectFailingSave();
     expectBox(NotSavedRefresh, QMessageBox::Ok);
-    nic0->cameras.clearRequests();
     refresh();
-    EXPECT_EQ("In use", cell(1, Status)); // asked anew
+    EXPECT_EQ("In use", cell(1, Status)); // not as it was
 
     nic0->cameras.setHolder(camera(1).mac, {});
     expectSaveQuestion(QMessageBox::Yes);

@@ -3,6 +3,7 @@
 #include <QHeaderView>
 #include <QScreen>
 #include <QSettings>
+#include <QSplitter>
 
 using namespace testnet;
 
@@ -56,6 +57,22 @@ TEST_F(Window, LayoutSurvivesARestart) {
     EXPECT_EQ(QRect(20, 30, 700, 500), QRect(window().pos(), window().size()));
     EXPECT_EQ(222, tree().header()->sectionSize(Mac));
     EXPECT_EQ(1, tree().header()->visualIndex(Status));
+
+    QSettings().clear();
+    openWindow();
+    the<QSplitter>("splitter").setSizes({300, 400});
+    const QList<int> sizes = the<QSplitter>("splitter").sizes();
+    nic0->cameras.removeCamera(camera(1).mac); // no camera in that run
+    refresh();
+    EXPECT_TRUE(window().close());
+    openWindow();
+    EXPECT_EQ(sizes, the<QSplitter>("splitter").sizes());
+    tree().header()->resizeSection(Mac, 222);
+    EXPECT_TRUE(window().close());
+    nic0->cameras.addCamera(cameraAt(1, "192.168.10.21/24"));
+    openWindow();
+    refresh();
+    EXPECT_EQ(222, tree().header()->sectionSize(Mac));
 
     QSettings().setValue("MainWindow/headerver", 1); // another layout of the columns
     openWindow();

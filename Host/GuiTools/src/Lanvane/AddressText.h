@@ -3,6 +3,10 @@
 #include <QHostAddress>
 #include <QString>
 
+/// What a field for an address or a mask takes: room for blanks and leading zeros, and no more, because everything that
+/// is typed is judged.
+constexpr int LongestAddressText = 64;
+
 /// Cleans an IPv4 address as the user typed it: trims it, turns an empty text into "0.0.0.0" and drops leading zeros
 /// within the octets (192.168.001.010 becomes 192.168.1.10). The first octet keeps one leading zero.
 void fixupIpAddress(QString &text);

@@ -61,8 +61,23 @@ QIcon RowIcons::accessibility(EDeviceAccessiblityInfo verdict) {
 
 QString displayText(const CDeviceInfo &device, const char *property) { return GetUtf8Property(&device, property); }
 
-QString formatIPConfigurationOf(const CDeviceInfo &device) {
-    return formatIPConfiguration(displayText(device, "IpConfigCurrent").toLatin1().constData(), 0);
+QString displayText(const String_t &value) { return QString::fromUtf8(value.c_str()); }
+
+QString macOf(const CQuorelGigEDeviceInfo &device) { return displayText(device.GetMacAddress()); }
+
+QString formatIPConfigurationOf(const CQuorelGigEDeviceInfo &device) {
+    return formatIPConfiguration(device.GetIpConfigCurrent().c_str(), 0);
+}
+
+QString deviceNameText(const CQuorelGigEDeviceInfo &device) {
+    return QStringLiteral("<p>%1, %2, %3</p>")
+        .arg(richDeviceText(displayText(device.GetModelName())), richDeviceText(displayText(device.GetSerialNumber())),
+             macOf(device));
+}
+
+bool isInUse(const CDeviceInfo &device) {
+    const EDeviceAccessiblityInfo verdict = GetAccessibility(device);
+    return verdict == Accessibility_Opened || verdict == Accessibility_OpenedExclusively;
 }
 
 QIcon RowIcons::model(const QString &modelName) {
@@ -115,8 +130,8 @@ namespace {
 constexpr const char *ErrorImage = "<p><img src=':/Lanvane/Resources/error.png'><br>";
 
 bool fitsAdapter(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter) {
-    const quint32 ip = QHostAddress(displayText(device, "IpAddress")).toIPv4Address();
-    const quint32 mask = QHostAddress(displayText(device, "SubnetMask")).toIPv4Address();
+    const quint32 ip = QHostAddress(displayText(device.GetIpAddress())).toIPv4Address();
+    const quint32 mask = QHostAddress(displayText(device.GetSubnetMask())).toIPv4Address();
     return hasDeviceValidnetworkPrefixForAdapter(ip, mask, adapter);
 }
 
@@ -157,11 +172,22 @@ QString deviceText(const CQuorelGigEDeviceInfo &device) {
             .arg(QLatin1String(label), richDeviceText(value));
     };
     return QStringLiteral("<p><table align='left' border='0' cellpadding='1' cellspacing='1'>") +
-           row("Vendor:", displayText(device, "VendorName")) + row("Model Name:", displayText(device, "ModelName")) +
-           row("Serial Number:", displayText(device, "SerialNumber")) +
-           row("MAC Address:", displayText(device, PropMacAddress)) +
+           row("Vendor:", displayText(device.GetVendorName())) +
+           row("Model Name:", displayText(device.GetModelName())) +
+           row("Serial Number:", displayText(device.GetSerialNumber())) + row("MAC Address:", macOf(device)) +
            row("IP Configuration:", formatIPConfigurationOf(device)) +
-           row("IP Address:", displayText(device, "IpAddress")) +
-           row("Subnet Mask:", displayText(device, "SubnetMask")) +
-           row("Gateway:", displayText(device, "DefaultGateway")) + QStringLiteral("</table></p>");
+           row("IP Address:", displayText(device.GetIpAddress())) +
+           row("Subnet Mask:", displayText(device.GetSubnetMask())) +
+           row("Gateway:", displayText(device.GetDefaultGateway())) + QStringLiteral("</table></p>");
+}
+
+const char *const KeepAddressLink = "#keep-address";
+
+QString temporaryAddressText(const CQuorelGigEDeviceInfo &device) {
+    const QString text = QStringLiteral("<p>Currently at the temporary address %1, which it loses when it restarts.")
+                             .arg(displayText(device.GetIpAddress()));
+    if (isInUse(device))
+        return text + QStringLiteral("</p>");
+    return text +
+           QStringLiteral("<br><a href='%1'>Use this address permanently</a></p>").arg(QLatin1String(KeepAddressLink));
 }

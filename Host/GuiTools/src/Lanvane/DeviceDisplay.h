@@ -48,7 +48,13 @@ private:
 /// A property as the device has it, "N/A" when it has none. What a device may choose itself must pass through
 /// plainDeviceText or richDeviceText before it is shown.
 QString displayText(const Corvo::CDeviceInfo &device, const char *property);
-QString formatIPConfigurationOf(const Corvo::CDeviceInfo &device);
+/// The same of what a getter returned.
+QString displayText(const Corvo::String_t &value);
+/// 12 upper-case hexadecimal digits; "N/A" without any.
+QString macOf(const Corvo::CQuorelGigEDeviceInfo &device);
+QString formatIPConfigurationOf(const Corvo::CQuorelGigEDeviceInfo &device);
+/// Model, serial number and MAC address on one line, as rich text.
+QString deviceNameText(const Corvo::CQuorelGigEDeviceInfo &device);
 
 // Rich texts of the selection info. Texts that come from devices are escaped.
 
@@ -59,3 +65,9 @@ QString adapterText(const CNetworkAdapter &adapter);
 QString deviceText(const Corvo::CQuorelGigEDeviceInfo &device);
 /// What is wrong with the device, empty when nothing is. \param adapter where it is listed; may be null.
 QString diagnosisText(const Corvo::CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter);
+/// That the device will lose its current address, with the link KeepAddressLink unless somebody else uses the device.
+QString temporaryAddressText(const Corvo::CQuorelGigEDeviceInfo &device);
+extern const char *const KeepAddressLink;
+
+/// Whether another application holds the device.
+bool isInUse(const Corvo::CDeviceInfo &device);

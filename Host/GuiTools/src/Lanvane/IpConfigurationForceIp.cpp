@@ -3,30 +3,18 @@
 #include "Base/GCException.h"
 #include "Lanvane/IpConfigurationParts.h"
 #include "commissioning/ForceAddress.h"
-#include "ui_ipconfigurationwidget.h"
 
 #include <QDebug>
 #include <QHostAddress>
-#include <QScopedValueRollback>
 
 using namespace Corvo;
 
 QString IpConfigurationWidget::validAddressesText() const {
     return QStringLiteral("Valid addresses are:<br>") +
-           FormatSubnetAddresses(GetNetworkAdapaterFromDeviceItem(ui->deviceTree->currentItem()));
-}
-
-void IpConfigurationWidget::aimAtSelection() {
-    const QTreeWidgetItem *item = ui->deviceTree->currentItem();
-    const CNetworkAdapter *adapter = GetNetworkAdapaterFromDeviceItem(item);
-    m_Change = {};
-    if (const OptionalDevice device = deviceOf(item))
-        m_Change.device = *device;
-    m_Change.adapter = adapter ? adapter->name().toStdString() : std::string();
+           FormatSubnetAddresses(adapterOf(QString::fromStdString(m_Change.adapter)));
 }
 
 bool IpConfigurationWidget::forceIp(const QString &headerText, bool showMacAddress, QString *newIpAddress) {
-    const QScopedValueRollback<int> busy(m_BusyDepth, m_BusyDepth + 1);
     commissioning::ForceRequest request;
     if (m_Change.device.IsMacAddressAvailable())
         request.device = m_Change.device;
@@ -48,6 +36,7 @@ void IpConfigurationWidget::onAssignTemporaryIPAddress() {
     const OptionalDevice device = GetSelectedDeviceInfo();
     if (!device || m_BusyDepth > 0)
         return;
+    const Busy busy(m_BusyDepth);
     aimAtSelection();
     try {
         forceIp(QStringLiteral("Please specify a temporary IP address.<br>This address will be valid until the device "
@@ -65,6 +54,7 @@ void IpConfigurationWidget::onAssignTemporaryIPAddress() {
 void IpConfigurationWidget::forceIpByMac_triggered() {
     if (m_BusyDepth > 0)
         return;
+    const Busy busy(m_BusyDepth);
     aimAtSelection();
     guarded("forceIpByMac_triggered", [this] {
         forceIp(QStringLiteral("Please specify the MAC address for the device to force the IP address.\n\nThere won't "
@@ -72,13 +62,4 @@ void IpConfigurationWidget::forceIpByMac_triggered() {
                 true, nullptr);
         updateEditor();
     });
-}
-
-/// After the current row's device has changed. What the user has typed stays.
-void IpConfigurationWidget::updateEditor() {
-    QTreeWidgetItem *item = ui->deviceTree->currentItem();
-    if (m_isEditModeActive)
-        updateUiState(item);
-    else
-        fillEditor(item);
 }

@@ -65,6 +65,8 @@ void MainWnd::restoreGeometryFromSettings() {
     move(pos);
 }
 
+void MainWnd::giveUpDevice() { m_IpConfigWidget->closeDevice(); }
+
 void MainWnd::on_actionRefresh_triggered() { m_IpConfigWidget->refresh(); }
 
 void MainWnd::on_actionAbout_triggered() {

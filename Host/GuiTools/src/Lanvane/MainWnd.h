@@ -13,6 +13,9 @@ class MainWnd : public QMainWindow, private Ui_MainWnd {
 public:
     explicit MainWnd(QWidget *parent = nullptr, Qt::WindowFlags flags = {});
 
+    /// Closes the device that an operation may have opened, so that others can have it. For the end of the process.
+    void giveUpDevice();
+
 private slots:
     void on_actionRefresh_triggered();
     void on_actionAbout_triggered();

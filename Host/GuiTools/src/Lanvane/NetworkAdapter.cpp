@@ -71,3 +71,20 @@ QString FormatSubnetAddresses(const QList<QNetworkAddressEntry> &entries) {
 QString FormatSubnetAddresses(const CNetworkAdapter *adapter) {
     return adapter != nullptr ? FormatSubnetAddresses(adapter->addressEntries()) : QString();
 }
+
+QNetworkAddressEntry firstIPv4Entry(const CNetworkAdapter *adapter) {
+    if (adapter) {
+        for (const QNetworkAddressEntry &entry : adapter->addressEntries()) {
+            if (entry.ip().protocol() == QAbstractSocket::IPv4Protocol)
+                return entry;
+        }
+    }
+    return {};
+}
+
+QList<QNetworkAddressEntry> addressEntriesOf(const CNetworkAdapterList &adapters) {
+    QList<QNetworkAddressEntry> entries;
+    for (const CNetworkAdapter &adapter : adapters)
+        entries += adapter.addressEntries();
+    return entries;
+}

@@ -34,6 +34,11 @@ private:
     QString m_strHardwareName;
 };
 
+/// The first IPv4 entry of an adapter; one without addresses when there is none, as for null.
+QNetworkAddressEntry firstIPv4Entry(const CNetworkAdapter *adapter);
+/// Of all adapters.
+QList<QNetworkAddressEntry> addressEntriesOf(const CNetworkAdapterList &adapters);
+
 /// The range of addresses a device may have under each IPv4 entry, in the entries' order, as rich text with one line
 /// "first - last<br>" per entry. IPv6 entries give nothing.
 QString FormatSubnetAddresses(const QList<QNetworkAddressEntry> &entries);

@@ -1,5 +1,6 @@
 #include "Lanvane/QIpAddressWithNetmaskValidator.h"
 
+#include "Lanvane/AddressRules.h"
 #include "Lanvane/AddressText.h"
 #include "Lanvane/QIpNetmaskValidator.h"
 
@@ -10,16 +11,6 @@ namespace {
 constexpr quint32 FIRST_MULTICAST = 0xE0000000;    // 224.0.0.0
 constexpr quint32 FIRST_EXPERIMENTAL = 0xF0000000; // 240.0.0.0
 constexpr quint32 LOOPBACK_NETWORK = 127;
-
-/// The mask in the line edit, or 0 when it holds no usable one.
-quint32 netmaskOf(const QLineEdit *edit) {
-    const QIpNetmaskValidator validator;
-    if (edit == nullptr || !validator.isUsable(edit->text()))
-        return 0;
-    QString text = edit->text();
-    validator.fixup(text);
-    return ipv4AddressFromText(text).toIPv4Address();
-}
 
 } // namespace
 
@@ -49,11 +40,13 @@ bool QIpAddressWithNetmaskValidator::isAllowed(quint32 address) const {
 }
 
 bool QIpAddressWithNetmaskValidator::isAllowedHost(quint32 address) const {
-    const quint32 mask = netmaskOf(m_netmaskEdit);
-    if (mask == 0)
-        return true;
-    const quint32 host = address & ~mask;
-    if (host == 0)
+    switch (hostPartOf(address, m_netmaskEdit ? usableNetmask(m_netmaskEdit->text()) : 0)) {
+    case HostPart::Network:
         return false;
-    return host != ~mask || m_allowBroadcastAddress;
+    case HostPart::Broadcast:
+        return m_allowBroadcastAddress;
+    case HostPart::Device:
+        break;
+    }
+    return true;
 }

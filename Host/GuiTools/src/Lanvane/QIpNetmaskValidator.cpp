@@ -55,3 +55,12 @@ bool QIpNetmaskValidator::isUsable(const QString &text) const {
     int pos = 0;
     return !isPrefixNotation(mask) && validate(mask, pos) == Acceptable;
 }
+
+quint32 usableNetmask(const QString &text) {
+    return QIpNetmaskValidator().isUsable(text) ? ipv4AddressFromText(canonicalNetmask(text)).toIPv4Address() : 0;
+}
+
+QString canonicalNetmask(QString text) {
+    QIpNetmaskValidator().fixup(text);
+    return canonicalIpAddress(text);
+}

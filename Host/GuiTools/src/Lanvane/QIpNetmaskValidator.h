@@ -19,3 +19,8 @@ public:
     /// Whether \p text, after fixup, is a mask a device can be given. In this alone "/0", "/31" and "/32" fail.
     bool isUsable(const QString &text) const;
 };
+
+/// The mask that a text stands for, in host order; 0 for one that no device can be given.
+quint32 usableNetmask(const QString &text);
+/// The usual spelling, dotted also of a prefix length. A text that is no mask is only cleaned.
+QString canonicalNetmask(QString text);

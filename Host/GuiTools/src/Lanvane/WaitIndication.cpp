@@ -9,17 +9,44 @@
 #include <QVBoxLayout>
 #include <QWindow>
 
+namespace {
+
+/// Releases pass, for what was pressed before.
+class InputBarrier : public QObject {
+public:
+    bool eventFilter(QObject * /*watched*/, QEvent *event) override {
+        switch (event->type()) {
+        case QEvent::ShortcutOverride:
+            event->accept(); // else it would be tried as a shortcut
+            return true;
+        case QEvent::KeyPress:
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::ContextMenu:
+        case QEvent::Wheel:
+            return true;
+        default:
+            return false;
+        }
+    }
+};
+
+} // namespace
+
 WaitCursor::WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
 
 WaitCursor::~WaitCursor() { QApplication::restoreOverrideCursor(); }
 
 void awaitExposure(const QWidget &window) {
     constexpr int Patience_ms = 200;
+    const QWindow *const handle = window.windowHandle();
+    if (!handle)
+        return;
     QElapsedTimer elapsed;
     elapsed.start();
     do {
         processEventsWithoutUser();
-    } while (!window.windowHandle()->isExposed() && !elapsed.hasExpired(Patience_ms));
+    } while (!handle->isExposed() && !elapsed.hasExpired(Patience_ms));
     processEventsWithoutUser();
 }
 
@@ -46,4 +73,10 @@ void pauseWithoutUser(int milliseconds) {
     QEventLoop loop;
     QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
     loop.exec(QEventLoop::ExcludeUserInputEvents);
+}
+
+void discardUserInput() {
+    InputBarrier barrier;
+    qApp->installEventFilter(&barrier);
+    QApplication::processEvents();
 }

@@ -28,9 +28,12 @@ private:
     std::unique_ptr<QDialog> m_Box;
 };
 
-/// Lets a window that was just shown paint before something blocks: a window system takes a moment. At most 200 ms.
+/// Lets a window that was just shown paint before something blocks: a window system takes a moment. At most 200 ms, and
+/// not at all for a window that was never shown.
 void awaitExposure(const QWidget &window);
-/// Lets the windows paint and posted events arrive; what the user does waits.
+/// Lets the windows paint and posted events arrive; what the user does waits, to be dropped by discardUserInput.
 void processEventsWithoutUser();
 /// The same for a time in milliseconds.
 void pauseWithoutUser(int milliseconds);
+/// Drops the keys and clicks that waited while something blocked: they were not meant for what the window shows now.
+void discardUserInput();

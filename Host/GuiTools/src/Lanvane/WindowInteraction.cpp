@@ -9,6 +9,8 @@
 #include <QDebug>
 #include <QMessageBox>
 
+#include <algorithm>
+
 using commissioning::AddressQuestion;
 using commissioning::Step;
 using commissioning::TemporaryAddress;
@@ -17,16 +19,6 @@ namespace {
 
 /// First half of the MAC addresses of the maker's devices, for the user to complete.
 constexpr const char *MacPrefix = "02-5A-E3-";
-
-QNetworkAddressEntry firstIPv4Entry(const CNetworkAdapter *adapter) {
-    if (adapter) {
-        for (const QNetworkAddressEntry &entry : adapter->addressEntries()) {
-            if (entry.ip().protocol() == QAbstractSocket::IPv4Protocol)
-                return entry;
-        }
-    }
-    return {};
-}
 
 void prepareDialog(IpAddressWidget &dialog, const QString &mac, const QNetworkAddressEntry &host) {
     dialog.setWindowTitle(QStringLiteral("Assign Temporary IP Address (Force IP)"));
@@ -55,9 +47,9 @@ std::shared_ptr<void> waitBox(const char *text, QWidget &window) {
 
 } // namespace
 
-WindowInteraction::WindowInteraction(QWidget &window, Reporter report, AdapterFinder adapterOf,
-                                     std::function<void(const QString &)> updated)
-    : m_Window(window), m_Report(std::move(report)), m_AdapterOf(std::move(adapterOf)), m_Updated(std::move(updated)) {}
+WindowInteraction::WindowInteraction(QWidget &window, Reporter report, const CNetworkAdapterList &adapters,
+                                     Updated updated)
+    : m_Window(window), m_Report(std::move(report)), m_Adapters(adapters), m_Updated(std::move(updated)) {}
 
 WindowInteraction::~WindowInteraction() = default;
 
@@ -75,19 +67,27 @@ std::shared_ptr<void> WindowInteraction::begin(Step step) {
 
 void WindowInteraction::pause(std::chrono::milliseconds time) { pauseWithoutUser(static_cast<int>(time.count())); }
 
+const CNetworkAdapter *WindowInteraction::adapterOf(const std::string &name) const {
+    const auto found = std::find_if(m_Adapters.begin(), m_Adapters.end(), [&](const CNetworkAdapter &adapter) {
+        return adapter.name() == QString::fromStdString(name);
+    });
+    return found == m_Adapters.end() ? nullptr : &*found;
+}
+
 void WindowInteraction::openAddressDialog(const AddressQuestion &question) {
-    const CNetworkAdapter *adapter = m_AdapterOf(QString::fromStdString(question.adapter));
+    const CNetworkAdapter *adapter = adapterOf(question.adapter);
     m_AddressDialog = std::make_unique<IpAddressWidget>(&m_Window);
     prepareDialog(*m_AddressDialog, QString::fromStdString(question.mac), firstIPv4Entry(adapter));
     m_AddressDialog->setHeaderText(question.text.empty() ? connectionHeader(adapter)
                                                          : QString::fromStdString(question.text));
     m_AddressDialog->setShowMacAddress(question.asksForMac);
+    m_AddressDialog->setHostEntries(addressEntriesOf(m_Adapters));
 }
 
 std::optional<TemporaryAddress> WindowInteraction::askTemporaryAddress(const AddressQuestion &question) {
     if (question.isFirst)
         openAddressDialog(question);
-    m_AddressDialog->setReasonText(QString::fromStdString(question.reason));
+    m_AddressDialog->setNoticeText(QString::fromStdString(question.reason));
     if (m_AddressDialog->exec() != QDialog::Accepted) {
         m_AddressDialog.reset();
         return std::nullopt;
@@ -114,8 +114,8 @@ void WindowInteraction::accessDenied() {
     QMessageBox::warning(&m_Window, title, text);
 }
 
-void WindowInteraction::updated(const std::string &mac, std::optional<commissioning::Address> /*forced*/) {
-    m_Updated(QString::fromStdString(mac));
+void WindowInteraction::updated(const std::string &mac, std::optional<commissioning::Address> forced) {
+    m_Updated(QString::fromStdString(mac), forced);
 }
 
 void WindowInteraction::failure(const char *context, const std::exception_ptr &error, const char *attempted) {

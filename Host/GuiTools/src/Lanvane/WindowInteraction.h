@@ -13,12 +13,12 @@ class QWidget;
 class WindowInteraction : public commissioning::Interaction {
 public:
     using Reporter = std::function<void(const char *context, const std::function<void()> &work)>;
-    using AdapterFinder = std::function<const CNetworkAdapter *(const QString &name)>;
+    using Updated = std::function<void(const QString &mac, std::optional<commissioning::Address> forced)>;
 
     /// \param window in front of which dialogs come; not owned. \param report runs a work and reports what it throws.
-    /// \param adapterOf null for an adapter that is not there. \param updated shows a device's row anew.
-    WindowInteraction(QWidget &window, Reporter report, AdapterFinder adapterOf,
-                      std::function<void(const QString &mac)> updated);
+    /// \param adapters of the last refresh; not owned. \param updated shows a device's row anew, and takes note of the
+    /// address that was forced, if one was.
+    WindowInteraction(QWidget &window, Reporter report, const CNetworkAdapterList &adapters, Updated updated);
     ~WindowInteraction() override;
 
     std::shared_ptr<void> begin(commissioning::Step step) override;
@@ -32,10 +32,12 @@ public:
 
 private:
     void openAddressDialog(const commissioning::AddressQuestion &question);
+    /// Null for one that is not there.
+    const CNetworkAdapter *adapterOf(const std::string &name) const;
 
     QWidget &m_Window;
     Reporter m_Report;
-    AdapterFinder m_AdapterOf;
-    std::function<void(const QString &)> m_Updated;
+    const CNetworkAdapterList &m_Adapters;
+    Updated m_Updated;
     std::unique_ptr<IpAddressWidget> m_AddressDialog; ///< of the last question, with what was entered
 };

@@ -1,5 +1,6 @@
 #include "Lanvane/ipaddresswidget.h"
 
+#include "Lanvane/AddressRules.h"
 #include "Lanvane/AddressText.h"
 #include "Lanvane/QIpAddressWithNetmaskValidator.h"
 #include "Lanvane/QIpNetmaskValidator.h"
@@ -38,7 +39,10 @@ IpAddressWidget::IpAddressWidget(QWidget *parent) : QDialog(parent), m_ui(std::m
     m_ui->editIpAddress->setValidator(m_addressValidator);
     m_ui->editNetmask->setValidator(new QIpNetmaskValidator(this));
     m_ui->editDefaultGateway->setValidator(gatewayValidator);
+    for (QLineEdit *edit : {m_ui->editMacAddress, m_ui->editIpAddress, m_ui->editNetmask, m_ui->editDefaultGateway})
+        edit->setMaxLength(LongestAddressText);
 
+    setNoticeText(QString());
     setShowMacAddress(false);
 }
 
@@ -48,9 +52,16 @@ QString IpAddressWidget::headerText() const { return m_ui->lblHeader->text(); }
 
 void IpAddressWidget::setHeaderText(const QString &text) { m_ui->lblHeader->setText(text); }
 
-void IpAddressWidget::setReasonText(const QString &text) {
-    m_ui->lblReason->setText(text);
-    m_ui->lblReason->setVisible(!text.isEmpty());
+QString IpAddressWidget::noticeText() const { return m_ui->lblNotice->text(); }
+
+void IpAddressWidget::setNoticeText(const QString &text) {
+    m_ui->lblNotice->setText(text);
+    m_ui->lblNotice->setVisible(!text.isEmpty());
+}
+
+void IpAddressWidget::setHostEntries(const QList<QNetworkAddressEntry> &entries) {
+    m_hostEntries = entries;
+    enableButtons();
 }
 
 QString IpAddressWidget::ipAddress() const { return m_ui->editIpAddress->text(); }
@@ -170,12 +181,17 @@ void IpAddressWidget::on_editNetmask_editingFinished() {
     enableButtons();
 }
 
+QString IpAddressWidget::subnetProblemOfInput() const {
+    return subnetProblem(ipAddress(), subnetMask(), m_hostEntries);
+}
+
 void IpAddressWidget::enableButtons() {
+    m_ui->lblHint->setText(subnetProblemOfInput());
     m_ui->buttonBox->button(QDialogButtonBox::Ok)->setEnabled(isInputAcceptable());
 }
 
 bool IpAddressWidget::isInputAcceptable() const {
     const bool isMacAcceptable = !m_showMacAddress || m_ui->editMacAddress->hasAcceptableInput();
-    return isMacAcceptable && m_ui->editIpAddress->hasAcceptableInput() &&
+    return isMacAcceptable && m_ui->editIpAddress->hasAcceptableInput() && subnetProblemOfInput().isEmpty() &&
            QIpNetmaskValidator().isUsable(subnetMask()) && m_ui->editDefaultGateway->hasAcceptableInput();
 }

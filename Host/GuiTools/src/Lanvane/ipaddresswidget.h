@@ -2,6 +2,8 @@
 
 #include <QDialog>
 #include <QHostAddress>
+#include <QList>
+#include <QNetworkAddressEntry>
 #include <QString>
 
 #include <memory>
@@ -17,6 +19,7 @@ class Ui_IpAddressWidgetClass;
 class IpAddressWidget : public QDialog {
     Q_OBJECT
     Q_PROPERTY(QString headerText READ headerText WRITE setHeaderText)
+    Q_PROPERTY(QString noticeText READ noticeText WRITE setNoticeText)
     Q_PROPERTY(QString ipAddress READ ipAddress WRITE setIpAddress)
     Q_PROPERTY(QString subnetMask READ subnetMask WRITE setSubnetMask)
     Q_PROPERTY(QString defaultGateway READ defaultGateway WRITE setDefaultGateway)
@@ -34,8 +37,6 @@ public:
     /// Plain or rich text above the fields.
     QString headerText() const;
     void setHeaderText(const QString &text);
-    /// A plain text below the header: why the question is asked again, or what speaks against it. None when empty.
-    void setReasonText(const QString &text);
     QString ipAddress() const;
     void setIpAddress(const QString &text);
     QString subnetMask() const;
@@ -44,6 +45,13 @@ public:
     void setDefaultGateway(const QString &text);
     QString macAddress() const;
     void setMacAddress(const QString &text);
+
+    /// Plain text below the header on what to know before one enters an address; empty for none.
+    QString noticeText() const;
+    void setNoticeText(const QString &text);
+
+    /// Addresses of this host, which with their networks' own and broadcast addresses are refused.
+    void setHostEntries(const QList<QNetworkAddressEntry> &entries);
 
     /// Whether the row of the MAC address is shown; it is not at first.
     bool showMacAddress() const;
@@ -78,8 +86,10 @@ private slots:
 private:
     void enableButtons();
     bool isInputAcceptable() const;
+    QString subnetProblemOfInput() const;
 
     std::unique_ptr<Ui_IpAddressWidgetClass> m_ui;
     QIpAddressWithNetmaskValidator *m_addressValidator; ///< owned by the dialog through Qt's parent-child tree
+    QList<QNetworkAddressEntry> m_hostEntries;
     bool m_showMacAddress = false;
 };

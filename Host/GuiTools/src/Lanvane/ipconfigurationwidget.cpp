@@ -1,7 +1,6 @@
 #include "Lanvane/ipconfigurationwidget.h"
 
 #include "Base/GCException.h"
-#include "CorvoQtBase/DeviceText.h"
 #include "CorvoQtBase/errorhandling.h"
 #include "Lanvane/AddressRules.h"
 #include "Lanvane/AddressText.h"
@@ -16,10 +15,9 @@
 #include <QCloseEvent>
 #include <QContextMenuEvent>
 #include <QCoreApplication>
+#include <QHostAddress>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPointer>
-#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QSettings>
 #include <QShortcut>
@@ -29,15 +27,11 @@
 #include <algorithm>
 
 using namespace Corvo;
+using commissioning::Mode;
 
 namespace {
 
-enum Column { ColName, ColSerialNumber, ColMac, ColStatus, ColIpConfiguration, ColIpAddress, ColSubnetMask };
-enum RowType { AdapterRow = QTreeWidgetItem::UserType + 1, DeviceRow };
-constexpr int IndexRole = Qt::UserRole;
-
 constexpr const char *SettingsGroup = "MainWindow";
-constexpr int HeaderVersion = 2;
 
 const QNetworkInterface::InterfaceFlags RequiredFlags = QNetworkInterface::IsUp | QNetworkInterface::IsRunning;
 
@@ -50,8 +44,6 @@ public:
         return static_cast<Type>(type);
     }
 };
-
-int indexOf(const QTreeWidgetItem *item) { return item->data(ColName, IndexRole).toInt(); }
 
 /// Gives the focus back at the end: a widget that is disabled loses it, for good. One that stays disabled leaves it to
 /// the other.
@@ -69,12 +61,6 @@ private:
     QWidget &m_Other;
 };
 
-/// The dotted form, also of a prefix length.
-QString canonicalNetmask(const QIpNetmaskValidator &validator, QString mask) {
-    validator.fixup(mask);
-    return canonicalIpAddress(mask);
-}
-
 } // namespace
 
 unsigned long GetIPConfigBaseCatID() {
@@ -90,15 +76,13 @@ IpConfigurationWidget::IpConfigurationWidget(QWidget *parent)
     : QWidget(parent), ui(std::make_unique<Ui::IpConfigurationWidget>()),
       m_Interaction(
           *this, [this](const char *context, const std::function<void()> &work) { guarded(context, work); },
-          [this](const QString &name) {
-              const QTreeWidgetItem *item = findAdapterTreeItem(name);
-              return item ? GetNetworkAdapterFromItemIndex(indexOf(item)) : nullptr;
-          },
-          [this](const QString &mac) { showPatchedInfo(mac); }) {
+          m_NetworkAdapters,
+          [this](const QString &mac, std::optional<commissioning::Address> forced) { onUpdated(mac, forced); }) {
     ui->setupUi(this);
     m_pDeviceLister = std::make_unique<DeviceLister>();
     setUpTree();
     setUpActions();
+    setUpShortcuts();
     setUpEditor();
     updateUiFromTreeItem(nullptr);
     QCoreApplication::postEvent(this, new DeferredInitialRefreshEvent);
@@ -106,33 +90,20 @@ IpConfigurationWidget::IpConfigurationWidget(QWidget *parent)
 
 IpConfigurationWidget::~IpConfigurationWidget() { closeDevice(); }
 
+IpConfigurationWidget::Busy::~Busy() {
+    if (m_Depth == 1)
+        discardUserInput();
+    --m_Depth;
+}
+
 void IpConfigurationWidget::setUpTree() {
-    ui->deviceTree->setHeaderLabels({QString(), QStringLiteral("Serial Number"), QStringLiteral("MAC Address"),
-                                     QStringLiteral("Status"), QStringLiteral("IP Configuration"),
-                                     QStringLiteral("IP Address"), QStringLiteral("Subnet Mask")});
-    setUsualColumnWidths();
-    restoreHeader();
+    restoreLayout();
     ui->deviceTree->installEventFilter(this);
     connect(ui->deviceTree, SIGNAL(customContextMenuRequested(const QPoint &)), this,
             SLOT(onShowContextMenu(const QPoint &)));
     connect(ui->deviceTree, &QTreeWidget::currentItemChanged, this, &IpConfigurationWidget::onCurrentItemChanged);
     connect(ui->selectionInfo, SIGNAL(linkActivated(const QString &)), this,
             SLOT(onSelectionInfo_linkActivated(const QString &)));
-    ui->splitter->setStretchFactor(0, 1);
-    ui->splitter->setStretchFactor(1, 0);
-}
-
-void IpConfigurationWidget::setUsualColumnWidths() {
-    // Until there are devices to go by.
-    const char *const usual[] = {"Model Name",         "00000000",        "025AE3000000", "Not Reachable",
-                                 "Static IP, Auto IP", "192.168.100.100", "255.255.255.0"};
-    QHeaderView *header = ui->deviceTree->header();
-    const QFontMetrics metrics = ui->deviceTree->fontMetrics();
-    for (int column = ColName; column <= ColSubnetMask; ++column) {
-        const int textWidth = metrics.horizontalAdvance(QLatin1String(usual[column]));
-        const int iconWidth = 2 * ui->deviceTree->iconSize().width();
-        header->resizeSection(column, std::max(textWidth + iconWidth, header->sectionSizeHint(column)));
-    }
 }
 
 void IpConfigurationWidget::setUpActions() {
@@ -147,40 +118,54 @@ void IpConfigurationWidget::setUpActions() {
     addActions({showConnections, forceByMac});
 }
 
+/// A button's own shortcut shows the button pressed for 100 ms before it clicks, whatever is selected by then. These
+/// act at once.
+void IpConfigurationWidget::setUpShortcuts() {
+    const auto addShortcut = [this](const QKeySequence &keys, QAbstractButton *button) {
+        auto *shortcut = new QShortcut(keys, this);
+        shortcut->setAutoRepeat(false);
+        connect(shortcut, &QShortcut::activated, button, &QAbstractButton::click);
+    };
+    const std::initializer_list<QAbstractButton *> buttons = {ui->btnRefresh, ui->btnWriteConfiguration,
+                                                              ui->btnUsePersistentIp, ui->btnUseDhcp, ui->btnUseAutoIp};
+    for (QAbstractButton *button : buttons) {
+        addShortcut(QKeySequence::mnemonic(button->text()), button);
+        button->setShortcut(QKeySequence()); // the letter stays underlined
+    }
+    addShortcut(QKeySequence(QStringLiteral("Ctrl+S")), ui->btnWriteConfiguration);
+}
+
 void IpConfigurationWidget::setUpEditor() {
     for (QRadioButton *button : {ui->btnUsePersistentIp, ui->btnUseDhcp, ui->btnUseAutoIp})
         connect(button, SIGNAL(clicked(bool)), this, SLOT(ipConfigurationEdited()));
-    auto *address = new QIpAddressWithNetmaskValidator(ui->editNetmask, ui->editIpAddress);
-    ui->editIpAddress->setValidator(address);
-    m_pNetmaskValidator = new QIpNetmaskValidator(ui->editNetmask);
-    ui->editNetmask->setValidator(m_pNetmaskValidator);
+    ui->editIpAddress->setValidator(new QIpAddressWithNetmaskValidator(ui->editNetmask, ui->editIpAddress));
+    ui->editNetmask->setValidator(new QIpNetmaskValidator(ui->editNetmask));
     auto *gateway = new QIpAddressWithNetmaskValidator(ui->editNetmask, ui->editDefaultGateway);
     gateway->setAllowNullAddress(true);
     ui->editDefaultGateway->setValidator(gateway);
-    for (QLineEdit *edit : {ui->editIpAddress, ui->editNetmask, ui->editDefaultGateway})
+    for (QLineEdit *edit : {ui->editIpAddress, ui->editNetmask, ui->editDefaultGateway}) {
+        edit->setMaxLength(LongestAddressText);
         connect(edit, &QLineEdit::returnPressed, this, &IpConfigurationWidget::onReturnPressed);
+    }
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), ui->editor);
     escape->setContext(Qt::WidgetWithChildrenShortcut);
     connect(escape, &QShortcut::activated, this, &IpConfigurationWidget::revertEditor);
-    // A button has one shortcut, and that of this one is Ctrl+S.
-    auto *mnemonic = new QShortcut(QKeySequence::mnemonic(ui->btnWriteConfiguration->text()), this);
-    connect(mnemonic, &QShortcut::activated, ui->btnWriteConfiguration, &QPushButton::click);
 }
 
-void IpConfigurationWidget::restoreHeader() {
+void IpConfigurationWidget::restoreLayout() {
+    ui->splitter->setStretchFactor(0, 1);
+    ui->splitter->setStretchFactor(1, 0);
     QSettings settings;
     settings.beginGroup(SettingsGroup);
-    if (settings.value("headerver").toInt() == HeaderVersion)
-        m_areColumnsSized = ui->deviceTree->header()->restoreState(settings.value("header").toByteArray()) &&
-                            settings.value("headersized", true).toBool();
+    ui->deviceTree->restoreHeader(settings);
+    ui->splitter->restoreState(settings.value("splitter").toByteArray());
 }
 
-void IpConfigurationWidget::saveHeader() const {
+void IpConfigurationWidget::saveLayout() const {
     QSettings settings;
     settings.beginGroup(SettingsGroup);
-    settings.setValue("headerver", HeaderVersion);
-    settings.setValue("header", ui->deviceTree->header()->saveState());
-    settings.setValue("headersized", m_areColumnsSized);
+    ui->deviceTree->saveHeader(settings);
+    settings.setValue("splitter", ui->splitter->saveState());
 }
 
 void IpConfigurationWidget::guarded(const char *context, const std::function<void()> &work) {
@@ -215,13 +200,15 @@ bool IpConfigurationWidget::eventFilter(QObject *watched, QEvent *event) {
 }
 
 void IpConfigurationWidget::closeEvent(QCloseEvent *event) {
-    // A window system's request can arrive in the middle of a wait, whose code still needs the window.
-    if (m_BusyDepth > 0 || !saveBeforeClosing()) {
-        event->ignore();
+    // A window system's request can arrive in the middle of an operation, whose code still needs the window.
+    event->ignore();
+    if (m_BusyDepth > 0)
         return;
-    }
+    const Busy busy(m_BusyDepth);
+    if (!saveBeforeClosing())
+        return;
     closeDevice();
-    saveHeader();
+    saveLayout();
     event->accept();
 }
 
@@ -230,26 +217,22 @@ void IpConfigurationWidget::closeEvent(QCloseEvent *event) {
 void IpConfigurationWidget::refresh() {
     if (m_BusyDepth > 0)
         return;
+    const Busy busy(m_BusyDepth);
     guarded("Failed to enumerate devices", [this] { doRefresh(); });
 }
 
 void IpConfigurationWidget::on_btnRefresh_clicked() { refresh(); }
 
 void IpConfigurationWidget::doRefresh() {
-    const OptionalDevice device = GetSelectedDeviceInfo();
-    const QString mac = device ? displayText(*device, PropMacAddress) : QString();
-    const CNetworkAdapter *adapter = GetSelectedNetworkAdapter();
-    const QString adapterName = adapter ? adapter->name() : QString();
-    if (checkSaveChanges() && !(device && writeConfiguration(*device))) {
-        showFailedSave(
-            QStringLiteral("The configuration could not be saved.\nThe Refresh operation has been canceled."),
-            QMessageBox::Ok);
+    if (checkSaveChanges() && !saveEdited()) {
+        showBox(QMessageBox::Critical,
+                QStringLiteral("The configuration could not be saved.\nThe Refresh operation has been canceled."),
+                saveReport(), QMessageBox::Ok);
         return;
     }
-
-    const QScopedValueRollback<int> busy(m_BusyDepth, m_BusyDepth + 1);
     const FocusKeeper focus(*this, *ui->deviceTree);
     const QSignalBlocker blocker(ui->deviceTree); // rows come and go without prompts
+    const DeviceTree::View view = ui->deviceTree->view();
     closeDevice();
     ui->deviceTree->clear();
     updateUiFromTreeItem(nullptr);
@@ -260,35 +243,22 @@ void IpConfigurationWidget::doRefresh() {
     try {
         fillTree();
     } catch (...) {
-        select(mac, adapterName);
+        show(view);
         throw;
     }
-    select(mac, adapterName);
+    show(view);
 }
 
 void IpConfigurationWidget::fillTree() {
     m_NetworkAdapters = CNetworkAdapter::allNetworkAdapters(RequiredFlags, QNetworkInterface::IsLoopBack);
-    for (int i = 0; i < m_NetworkAdapters.size(); ++i) {
-        auto *item = new QTreeWidgetItem(ui->deviceTree, AdapterRow);
-        item->setData(ColName, IndexRole, i);
-        UpdateTreeItemFromNetworkAdapter(item, &m_NetworkAdapters[i]);
-    }
+    for (int i = 0; i < m_NetworkAdapters.size(); ++i)
+        UpdateTreeItemFromNetworkAdapter(ui->deviceTree->addAdapterRow(m_NetworkAdapters[i], i), &m_NetworkAdapters[i]);
     if (m_NetworkAdapters.isEmpty())
         return;
     m_pDeviceLister->discoverAllDevices();
     addDeviceRows();
-    sizeColumnsOnce();
-}
-
-void IpConfigurationWidget::sizeColumnsOnce() {
-    if (m_areColumnsSized || m_pDeviceLister->devices().empty())
-        return;
-    constexpr int Gap = 8; // between the texts of neighbouring columns
-    for (int column = 0; column < ui->deviceTree->columnCount(); ++column) {
-        ui->deviceTree->resizeColumnToContents(column);
-        ui->deviceTree->setColumnWidth(column, ui->deviceTree->columnWidth(column) + Gap);
-    }
-    m_areColumnsSized = true;
+    if (!m_pDeviceLister->devices().empty())
+        ui->deviceTree->sizeColumnsOnce();
 }
 
 void IpConfigurationWidget::addDeviceRows() {
@@ -298,94 +268,39 @@ void IpConfigurationWidget::addDeviceRows() {
         sorted.push_back({&device, index++});
     std::stable_sort(sorted.begin(), sorted.end(), CompareDIByProps{"ModelName", PropMacAddress});
     for (const DIPtrAndIndexPair &entry : sorted) {
-        QTreeWidgetItem *adapter = findAdapterTreeItem(displayText(*entry.m_pDI, PropIfName));
-        auto *item = adapter ? new QTreeWidgetItem(adapter, DeviceRow) : new QTreeWidgetItem(ui->deviceTree, DeviceRow);
-        item->setData(ColName, IndexRole, entry.m_DIIndex);
         const CQuorelGigEDeviceInfo device(*entry.m_pDI);
-        UpdateTreeItemFromDeviceInfo(item, &device);
+        UpdateTreeItemFromDeviceInfo(ui->deviceTree->addDeviceRow(device), &device);
     }
 }
 
-void IpConfigurationWidget::select(const QString &mac, const QString &adapterName) {
-    QTreeWidgetItem *item = mac.isEmpty() ? nullptr : findDeviceTreeItem(mac);
-    if (!item && !adapterName.isEmpty())
-        item = findAdapterTreeItem(adapterName);
-    if (!item)
-        item = ui->deviceTree->topLevelItem(0);
-    ui->deviceTree->setCurrentItem(item);
-    updateUiFromTreeItem(item);
+void IpConfigurationWidget::show(const DeviceTree::View &view) {
+    ui->deviceTree->restore(view);
+    updateUiFromTreeItem(ui->deviceTree->currentItem());
     if (m_NetworkAdapters.isEmpty())
         setSelectionInfoText(noAdaptersText());
 }
 
 std::size_t IpConfigurationWidget::updateTreeRowFromDeviceInfoByMac(const QString &mac) {
-    std::size_t count = 0;
-    for (QTreeWidgetItem *item : deviceTreeItems()) {
-        const OptionalDevice device = deviceOf(item);
-        if (device && displayText(*device, PropMacAddress) == mac && UpdateTreeItemFromDeviceInfo(item, &*device))
-            ++count;
-    }
-    return count;
+    const OptionalDevice device = deviceOf(mac);
+    return device && UpdateTreeItemFromDeviceInfo(ui->deviceTree->findDevice(mac), &*device) ? 1 : 0;
 }
 
 bool IpConfigurationWidget::UpdateTreeItemFromDeviceInfo(QTreeWidgetItem *item, const CQuorelGigEDeviceInfo *device) {
     if (!item || !device)
         return false;
-    const EDeviceAccessiblityInfo verdict = GetAccessibility(*device);
-    const QString model = displayText(*device, "ModelName");
-    item->setText(ColName, plainDeviceText(model));
-    item->setIcon(ColName, m_Icons.model(model));
-    item->setText(ColSerialNumber, plainDeviceText(displayText(*device, "SerialNumber")));
-    item->setText(ColMac, displayText(*device, PropMacAddress));
-    item->setText(ColStatus, FormatAccessibility(verdict));
-    item->setIcon(ColStatus, m_Icons.accessibility(verdict));
-    item->setText(ColIpConfiguration, formatIPConfigurationOf(*device));
-    item->setText(ColIpAddress, displayText(*device, "IpAddress"));
-    item->setText(ColSubnetMask, displayText(*device, "SubnetMask"));
+    ui->deviceTree->showDevice(*item, *device);
     return true;
 }
 
 bool IpConfigurationWidget::UpdateTreeItemFromNetworkAdapter(QTreeWidgetItem *item, const CNetworkAdapter *adapter) {
     if (!item || !adapter)
         return false;
-    item->setText(ColName, adapter->displayName());
-    item->setIcon(ColName, m_Icons.adapter());
-    item->setFirstColumnSpanned(true);
-    item->setExpanded(true);
-    item->setChildIndicatorPolicy(QTreeWidgetItem::ShowIndicator);
+    ui->deviceTree->showAdapter(*item, *adapter);
     return true;
 }
 
 QTreeWidgetItem *IpConfigurationWidget::findAdapterTreeItem(const QString &name) const {
-    // A device seen through several adapters stands under the first that there is.
-    for (const QString &part : name.split(QLatin1Char(';'))) {
-        for (int i = 0; i < ui->deviceTree->topLevelItemCount(); ++i) {
-            QTreeWidgetItem *item = ui->deviceTree->topLevelItem(i);
-            const CNetworkAdapter *adapter =
-                item->type() == AdapterRow ? GetNetworkAdapterFromItemIndex(indexOf(item)) : nullptr;
-            if (adapter != nullptr && adapter->name() == part)
-                return item;
-        }
-    }
-    return nullptr;
-}
-
-QTreeWidgetItem *IpConfigurationWidget::findDeviceTreeItem(const QString &mac) const {
-    for (QTreeWidgetItem *item : deviceTreeItems()) {
-        const OptionalDevice device = deviceOf(item);
-        if (device && displayText(*device, PropMacAddress) == mac)
-            return item;
-    }
-    return nullptr;
-}
-
-std::vector<QTreeWidgetItem *> IpConfigurationWidget::deviceTreeItems() const {
-    std::vector<QTreeWidgetItem *> items;
-    for (QTreeWidgetItemIterator i(ui->deviceTree); *i; ++i) {
-        if ((*i)->type() == DeviceRow)
-            items.push_back(*i);
-    }
-    return items;
+    return ui->deviceTree->findAdapter(name);
 }
 
 // Selection
@@ -401,8 +316,12 @@ IpConfigurationWidget::OptionalDevice IpConfigurationWidget::GetDeviceInfoFromIt
     return CQuorelGigEDeviceInfo(devices[static_cast<std::size_t>(index)]);
 }
 
-IpConfigurationWidget::OptionalDevice IpConfigurationWidget::deviceOf(const QTreeWidgetItem *item) const {
-    return item && item->type() == DeviceRow ? GetDeviceInfoFromItemIndex(indexOf(item)) : std::nullopt;
+IpConfigurationWidget::OptionalDevice IpConfigurationWidget::deviceOf(const QString &mac) const {
+    const auto &devices = m_pDeviceLister->devices();
+    const auto found = std::find_if(devices.begin(), devices.end(), [&](const CDeviceInfo &device) {
+        return displayText(device, PropMacAddress) == mac;
+    });
+    return GetDeviceInfoFromItemIndex(static_cast<int>(found - devices.begin()));
 }
 
 IpConfigurationWidget::OptionalDevice IpConfigurationWidget::GetSelectedDeviceInfo() const {
@@ -410,23 +329,35 @@ IpConfigurationWidget::OptionalDevice IpConfigurationWidget::GetSelectedDeviceIn
 }
 
 const CNetworkAdapter *IpConfigurationWidget::GetSelectedNetworkAdapter() const {
-    const QTreeWidgetItem *item = ui->deviceTree->currentItem();
-    return item && item->type() == AdapterRow ? GetNetworkAdapterFromItemIndex(indexOf(item)) : nullptr;
+    return GetNetworkAdapterFromItemIndex(DeviceTree::adapterIndexOf(ui->deviceTree->currentItem()));
 }
 
 const CNetworkAdapter *IpConfigurationWidget::GetNetworkAdapaterFromDeviceItem(const QTreeWidgetItem *item) const {
-    if (item && item->type() == DeviceRow)
-        item = item->parent();
-    return item && item->type() == AdapterRow ? GetNetworkAdapterFromItemIndex(indexOf(item)) : nullptr;
+    return adapterOf(DeviceTree::keyOf(item).adapterName);
 }
 
-void IpConfigurationWidget::onCurrentItemChanged(QTreeWidgetItem *current, QTreeWidgetItem *previous) {
+const CNetworkAdapter *IpConfigurationWidget::adapterOf(const QString &name) const {
+    return GetNetworkAdapterFromItemIndex(DeviceTree::adapterIndexOf(findAdapterTreeItem(name)));
+}
+
+DeviceSurroundings IpConfigurationWidget::surroundingsOf(const QTreeWidgetItem *item) const {
+    const DeviceTree::RowKey key = DeviceTree::keyOf(item);
+    const OptionalDevice device = deviceOf(key.mac);
+    return {key.adapterName, firstIPv4Entry(adapterOf(key.adapterName)), addressEntriesOf(m_NetworkAdapters),
+            device && m_ForcedAddresses.value(key.mac) == displayText(device->GetIpAddress())};
+}
+
+void IpConfigurationWidget::onCurrentItemChanged(QTreeWidgetItem * /*current*/, QTreeWidgetItem * /*previous*/) {
+    if (m_BusyDepth > 0)
+        return;
+    bool saved = false;
     guarded("onCurrentItemChanged", [&] {
-        if (checkSaveChanges())
-            saveChangesOf(previous);
+        saved = saveBeforeLeaving();
         closeDevice();
-        updateUiFromTreeItem(current);
+        updateUiFromTreeItem(ui->deviceTree->currentItem());
     });
+    if (saved)
+        QTimer::singleShot(0, this, &IpConfigurationWidget::refresh); // not while the selection changes
 }
 
 void IpConfigurationWidget::updateUiFromTreeItem(const QTreeWidgetItem *item) {
@@ -439,13 +370,21 @@ void IpConfigurationWidget::showPatchedInfo(const QString &mac) {
     updateSelectionInfo(ui->deviceTree->currentItem());
 }
 
+void IpConfigurationWidget::onUpdated(const QString &mac, std::optional<commissioning::Address> forced) {
+    if (forced)
+        m_ForcedAddresses[mac] = QHostAddress(*forced).toString();
+    showPatchedInfo(mac);
+}
+
 void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
     const OptionalDevice device = deviceOf(item);
     const CNetworkAdapter *adapter = GetNetworkAdapaterFromDeviceItem(item);
     if (device) {
-        const QString diagnosis = diagnosisText(*device, adapter);
-        setSelectionInfoText(deviceText(*device) + diagnosis);
-        scrollSelectionInfo(!diagnosis.isEmpty()); // to what is wrong
+        QString notes = diagnosisText(*device, adapter);
+        if (isAtTemporaryAddress(*device, surroundingsOf(item).isForced))
+            notes += temporaryAddressText(*device);
+        setSelectionInfoText(deviceText(*device) + notes);
+        scrollSelectionInfo(!notes.isEmpty()); // to what is wrong
     } else if (adapter)
         setSelectionInfoText(adapterText(*adapter));
     else
@@ -466,174 +405,127 @@ void IpConfigurationWidget::setHintText(const QString &text) { ui->hintText->set
 
 void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
     QTreeWidgetItem *item = ui->deviceTree->itemAt(position);
-    if (!item || item->type() == AdapterRow)
+    if (!item || item->type() == DeviceTree::AdapterRow)
         return;
-    Q_ASSERT_X(item->type() == DeviceRow, "onShowContextMenu", "Unknown treeitem type");
+    Q_ASSERT_X(item->type() == DeviceTree::DeviceRow, "onShowContextMenu", "Unknown treeitem type");
     QMenu menu(this);
     QAction *assign = menu.addAction(QStringLiteral("&Assign Temporary IP Address..."));
     connect(assign, SIGNAL(triggered()), this, SLOT(onAssignTemporaryIPAddress()));
     menu.exec(ui->deviceTree->viewport()->mapToGlobal(position));
 }
 
-void IpConfigurationWidget::onSelectionInfo_linkActivated(const QString &) {}
+void IpConfigurationWidget::onSelectionInfo_linkActivated(const QString &link) {
+    if (m_BusyDepth > 0 || !m_Editor.device() || link != QLatin1String(KeepAddressLink))
+        return;
+    m_Editor.takeCurrentAddresses();
+    showEditorState();
+}
 
 void IpConfigurationWidget::ShowNetworkConnections_triggered() {}
+
+void IpConfigurationWidget::onNetworkAdapterProperties() {}
+
+void IpConfigurationWidget::aimAtSelection() {
+    m_Change = {};
+    m_Change.adapter = DeviceTree::keyOf(ui->deviceTree->currentItem()).adapterName.toStdString();
+    if (const OptionalDevice device = GetSelectedDeviceInfo())
+        m_Change.device = *device;
+}
 
 // Editor
 
 void IpConfigurationWidget::fillEditor(const QTreeWidgetItem *item) {
     const OptionalDevice device = deviceOf(item);
-    const auto persistentOr = [&](const char *persistent, const char *current) {
-        return device ? displayText(*device, device->GetPropertyAvailable(persistent) ? persistent : current)
-                      : QString();
-    };
-    ui->editIpAddress->setText(persistentOr("GevPersistentIPAddress", "IpAddress"));
-    ui->editNetmask->setText(persistentOr("GevPersistentSubnetMask", "SubnetMask"));
-    ui->editDefaultGateway->setText(persistentOr("GevPersistentDefaultGateway", "DefaultGateway"));
-    checkModeButton(device);
-    clearEditFlags();
-    updateUiState(const_cast<QTreeWidgetItem *>(item));
-    m_Loaded = editorContent();
+    if (device)
+        m_Editor.load(*device, surroundingsOf(item));
+    else
+        m_Editor.clear();
+    showEditorState();
 }
 
-void IpConfigurationWidget::checkModeButton(const OptionalDevice &device) {
-    // Of the flags of the current configuration only this number is patched after a save.
-    const uint modes = device ? displayText(*device, "IpConfigCurrent").toUInt() : 0;
-    QRadioButton *chosen = nullptr;
-    if ((modes & 1u) != 0)
-        chosen = ui->btnUsePersistentIp;
-    else if ((modes & 2u) != 0)
-        chosen = ui->btnUseDhcp;
-    else if ((modes & 4u) != 0)
-        chosen = ui->btnUseAutoIp;
-    const auto buttons = {ui->btnUsePersistentIp, ui->btnUseDhcp, ui->btnUseAutoIp};
-    for (QRadioButton *button : buttons)
+void IpConfigurationWidget::updateEditor() {
+    QTreeWidgetItem *item = ui->deviceTree->currentItem();
+    if (const OptionalDevice device = deviceOf(item))
+        m_Editor.follow(*device, surroundingsOf(item));
+    showEditorState();
+}
+
+void IpConfigurationWidget::showEditorState() {
+    checkModeButton();
+    const std::pair<QLineEdit *, EditorState::Field> edits[] = {{ui->editIpAddress, EditorState::IpAddress},
+                                                                {ui->editNetmask, EditorState::Netmask},
+                                                                {ui->editDefaultGateway, EditorState::DefaultGateway}};
+    for (const auto &[edit, field] : edits) {
+        if (edit->text() != m_Editor.text(field)) // else the text cursor would move
+            edit->setText(m_Editor.text(field));
+    }
+    updateUiState(ui->deviceTree->currentItem());
+}
+
+void IpConfigurationWidget::checkModeButton() {
+    const auto mode = m_Editor.chosenMode();
+    const std::pair<QRadioButton *, Mode> buttons[] = {
+        {ui->btnUsePersistentIp, Mode::Static}, {ui->btnUseDhcp, Mode::Dhcp}, {ui->btnUseAutoIp, Mode::Auto}};
+    for (const auto &[button, own] : buttons)
         button->setAutoExclusive(false); // else one could not be unchecked
-    for (QRadioButton *button : buttons)
-        button->setChecked(button == chosen); // NOLINT(clang-analyzer-core.CallAndMessage): the list holds no null
-    for (QRadioButton *button : buttons)
+    for (const auto &[button, own] : buttons)
+        button->setChecked(mode == own);
+    for (const auto &[button, own] : buttons)
         button->setAutoExclusive(true);
 }
 
 void IpConfigurationWidget::updateUiState(QTreeWidgetItem *item) {
     const OptionalDevice device = deviceOf(item);
-    const EDeviceAccessiblityInfo verdict = device ? GetAccessibility(*device) : Accessibility_Unknown;
-    const bool inUse = verdict == Accessibility_Opened || verdict == Accessibility_OpenedExclusively;
-    enableWidgets(device && !inUse);
-    if (inUse)
+    enableWidgets(device && !isInUse(*device));
+    if (device && isInUse(*device))
         setHintText(QStringLiteral("The device is in use. Its configuration cannot be changed."));
 }
 
 void IpConfigurationWidget::enableWidgets(bool enable) {
-    const OptionalDevice device = GetSelectedDeviceInfo();
-    const bool known = device && device->GetPropertyAvailable("_PortableIpConfigOptions");
     ui->editor->setEnabled(enable);
-    ui->btnUsePersistentIp->setEnabled(enable && known && device->IsPersistentIpSupported());
-    ui->btnUseDhcp->setEnabled(enable && known && device->IsDhcpSupported());
-    ui->btnUseAutoIp->setEnabled(enable && known && device->IsAutoIpSupported());
-    const bool isStatic = selectedMode() == AddressMode::Static;
+    ui->btnUsePersistentIp->setEnabled(enable && m_Editor.isSupported(Mode::Static));
+    ui->btnUseDhcp->setEnabled(enable && m_Editor.isSupported(Mode::Dhcp));
+    ui->btnUseAutoIp->setEnabled(enable && m_Editor.isSupported(Mode::Auto));
     for (QLineEdit *edit : {ui->editIpAddress, ui->editNetmask, ui->editDefaultGateway})
-        edit->setEnabled(enable && isStatic);
-    const bool valid = isValidConfigInUI();
-    const bool changed = hasChanges();
-    setHintText(changed && !valid && enable ? QStringLiteral("The addresses do not make a valid configuration.")
-                                            : QString());
-    ui->btnWriteConfiguration->setEnabled(enable && changed && valid);
-    ui->btnWriteConfiguration->setDefault(m_isEditModeActive && changed && valid);
+        edit->setEnabled(enable && m_Editor.mode() == Mode::Static);
+    setHintText(enable ? m_Editor.hint() : QString());
+    const bool isSavable = enable && m_Editor.hasChanges() && isValidConfigInUI();
+    ui->btnWriteConfiguration->setEnabled(isSavable);
+    ui->btnWriteConfiguration->setDefault(m_Editor.isEditModeActive() && isSavable);
 }
 
 void IpConfigurationWidget::ipConfigurationEdited() {
-    m_isIpProtocolConfigDirty = selectedMode() != m_Loaded.mode;
-    // With another mode the addresses are the camera's: what was typed for a static one shall not be written.
-    if (selectedMode() != AddressMode::Static)
-        revertAddresses();
-    edited();
+    if (ui->btnUsePersistentIp->isChecked())
+        m_Editor.chooseMode(Mode::Static);
+    else
+        m_Editor.chooseMode(ui->btnUseDhcp->isChecked() ? Mode::Dhcp : Mode::Auto);
+    showEditorState();
 }
 
-void IpConfigurationWidget::on_editIpAddress_textEdited(const QString &text) {
-    m_isIpAddressEdited = true;
-    m_isIpAddressDirty = canonicalIpAddress(text) != m_Loaded.ipAddress;
-    edited();
+void IpConfigurationWidget::typed(EditorState::Field field, const QString &text) {
+    m_Editor.type(field, text);
+    showEditorState();
 }
 
-void IpConfigurationWidget::on_editNetmask_textEdited(const QString &text) {
-    m_isNetmaskEdited = true;
-    m_isNetmaskDirty = canonicalNetmask(*m_pNetmaskValidator, text) != m_Loaded.netmask;
-    edited();
-}
+void IpConfigurationWidget::on_editIpAddress_textEdited(const QString &text) { typed(EditorState::IpAddress, text); }
+
+void IpConfigurationWidget::on_editNetmask_textEdited(const QString &text) { typed(EditorState::Netmask, text); }
 
 void IpConfigurationWidget::on_editNetmask_editingFinished() {
     QString mask = ui->editNetmask->text();
-    m_pNetmaskValidator->fixup(mask);
+    ui->editNetmask->validator()->fixup(mask);
     ui->editNetmask->setText(mask);
 }
 
 void IpConfigurationWidget::on_editDefaultGateway_textEdited(const QString &text) {
-    m_isDefaultGatewayEdited = true;
-    m_isDefaultGatewayDirty = canonicalIpAddress(text) != m_Loaded.defaultGateway;
-    edited();
+    typed(EditorState::DefaultGateway, text);
 }
 
-void IpConfigurationWidget::edited() {
-    m_isEditModeActive = true;
-    updateUiState(ui->deviceTree->currentItem());
-}
-
-void IpConfigurationWidget::onReturnPressed() {
-    if (ui->btnWriteConfiguration->isEnabled())
-        ui->btnWriteConfiguration->click();
-}
+void IpConfigurationWidget::onReturnPressed() { ui->btnWriteConfiguration->click(); }
 
 void IpConfigurationWidget::revertEditor() { fillEditor(ui->deviceTree->currentItem()); }
 
-bool IpConfigurationWidget::isValidConfigInUI() const {
-    const AddressMode mode = selectedMode();
-    return mode == AddressMode::Static ? areAddressesValid() : mode != AddressMode::None;
-}
-
-bool IpConfigurationWidget::areAddressesValid() const {
-    return ui->editIpAddress->hasAcceptableInput() && isIPAddressValidForDevice(editorContent().ipAddress) &&
-           m_pNetmaskValidator->isUsable(ui->editNetmask->text()) && ui->editDefaultGateway->hasAcceptableInput();
-}
-
-void IpConfigurationWidget::revertAddresses() {
-    ui->editIpAddress->setText(m_Loaded.ipAddress);
-    ui->editNetmask->setText(m_Loaded.netmask);
-    ui->editDefaultGateway->setText(m_Loaded.defaultGateway);
-    m_isIpAddressDirty = m_isIpAddressEdited = false;
-    m_isNetmaskDirty = m_isNetmaskEdited = false;
-    m_isDefaultGatewayDirty = m_isDefaultGatewayEdited = false;
-}
-
-bool IpConfigurationWidget::hasChanges() const {
-    return m_isIpProtocolConfigDirty || m_isIpAddressDirty || m_isNetmaskDirty || m_isDefaultGatewayDirty ||
-           m_isCustomNameDirty;
-}
-
-IpConfigurationWidget::AddressMode IpConfigurationWidget::selectedMode() const {
-    const auto isChosen = [](const QRadioButton *button) { return button->isEnabled() && button->isChecked(); };
-    if (isChosen(ui->btnUsePersistentIp))
-        return AddressMode::Static;
-    if (isChosen(ui->btnUseDhcp))
-        return AddressMode::Dhcp;
-    return isChosen(ui->btnUseAutoIp) ? AddressMode::AutoIp : AddressMode::None;
-}
-
-IpConfigurationWidget::EditorContent IpConfigurationWidget::editorContent() const {
-    return {selectedMode(), canonicalIpAddress(ui->editIpAddress->text()),
-            canonicalNetmask(*m_pNetmaskValidator, ui->editNetmask->text()),
-            canonicalIpAddress(ui->editDefaultGateway->text())};
-}
-
 void IpConfigurationWidget::clearEditFlags() {
-    m_isIpProtocolConfigDirty = false;
-    m_isIpAddressDirty = false;
-    m_isIpAddressEdited = false;
-    m_isNetmaskDirty = false;
-    m_isNetmaskEdited = false;
-    m_isDefaultGatewayDirty = false;
-    m_isDefaultGatewayEdited = false;
-    m_isCustomNameDirty = false;
-    m_isEditModeActive = false;
+    m_Editor.clearEditFlags();
     ui->btnWriteConfiguration->setDefault(false);
 }

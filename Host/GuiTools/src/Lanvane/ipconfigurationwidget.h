@@ -1,13 +1,15 @@
 #pragma once
 
-#include "Lanvane/DeviceDisplay.h"
 #include "Lanvane/DeviceLister.h"
+#include "Lanvane/DeviceTree.h"
+#include "Lanvane/EditorState.h"
 #include "Lanvane/NetworkAdapter.h"
 #include "Lanvane/WindowInteraction.h"
 #include "commissioning/Change.h"
 #include "commissioning/Connection.h"
 #include "commissioning/Result.h"
 
+#include <QHash>
 #include <QMessageBox>
 #include <QWidget>
 
@@ -15,8 +17,8 @@
 #include <memory>
 #include <optional>
 
-class QIpNetmaskValidator;
-class QTreeWidgetItem;
+class QLineEdit;
+class QRadioButton;
 namespace Ui {
 class IpConfigurationWidget;
 }
@@ -27,12 +29,13 @@ class IpConfigurationWidget : public QWidget {
     Q_OBJECT
 
 public:
-    enum class AddressMode { None, Static, Dhcp, AutoIp };
-
     explicit IpConfigurationWidget(QWidget *parent = nullptr);
     ~IpConfigurationWidget() override;
 
     void setRediscoveryPatience(const commissioning::RediscoveryPatience &patience) { m_Patience = patience; }
+
+    /// Gives back the device that an operation has opened, if any.
+    void closeDevice();
 
     static void fixupIpAddress(QString &address);
     static void fixupMacAddress(QString &mac);
@@ -59,54 +62,61 @@ private slots:
     void onSelectionInfo_linkActivated(const QString &link);
     void onAssignTemporaryIPAddress();
     void forceIpByMac_triggered();
-    /// Other platforms open their network settings here.
+    // Other platforms open their network settings here.
     void ShowNetworkConnections_triggered();
+    void onNetworkAdapterProperties();
     void onReturnPressed();
     void revertEditor();
 
 private:
     using OptionalDevice = std::optional<Corvo::CQuorelGigEDeviceInfo>;
 
-    /// What the editor showed when it was filled, to tell what the user has changed.
-    struct EditorContent {
-        AddressMode mode = AddressMode::None;
-        QString ipAddress;
-        QString netmask;
-        QString defaultGateway;
+    /// An operation, questions included, runs as long as this lives: no other starts, the window stays, and what the
+    /// user does meanwhile is dropped.
+    class Busy {
+    public:
+        explicit Busy(int &depth) : m_Depth(depth) { ++m_Depth; }
+        ~Busy();
+        Q_DISABLE_COPY(Busy)
+
+    private:
+        int &m_Depth;
     };
 
     // Construction
     void setUpTree();
-    void setUsualColumnWidths();
     void setUpActions();
+    void setUpShortcuts();
     void setUpEditor();
-    void restoreHeader();
-    void saveHeader() const;
+    void restoreLayout();
+    void saveLayout() const;
 
     // Refresh and rows
     void doRefresh();
     void fillTree();
     void addDeviceRows();
-    /// To the first devices; from then on, and when they were restored, the widths are the user's.
-    void sizeColumnsOnce();
-    void select(const QString &mac, const QString &adapterName);
+    void show(const DeviceTree::View &view);
     std::size_t updateTreeRowFromDeviceInfoByMac(const QString &mac);
     bool UpdateTreeItemFromDeviceInfo(QTreeWidgetItem *item, const Corvo::CQuorelGigEDeviceInfo *device);
     bool UpdateTreeItemFromNetworkAdapter(QTreeWidgetItem *item, const CNetworkAdapter *adapter);
     QTreeWidgetItem *findAdapterTreeItem(const QString &name) const;
-    QTreeWidgetItem *findDeviceTreeItem(const QString &mac) const;
-    std::vector<QTreeWidgetItem *> deviceTreeItems() const;
 
     // Selection
     const CNetworkAdapter *GetNetworkAdapterFromItemIndex(int index) const;
     OptionalDevice GetDeviceInfoFromItemIndex(int index) const;
-    OptionalDevice deviceOf(const QTreeWidgetItem *item) const;
+    /// As the lister has it now.
+    OptionalDevice deviceOf(const QString &mac) const;
+    OptionalDevice deviceOf(const QTreeWidgetItem *item) const { return deviceOf(DeviceTree::keyOf(item).mac); }
     OptionalDevice GetSelectedDeviceInfo() const;
     const CNetworkAdapter *GetSelectedNetworkAdapter() const;
     /// The adapter of an adapter row, or that under which a device is listed.
     const CNetworkAdapter *GetNetworkAdapaterFromDeviceItem(const QTreeWidgetItem *item) const;
+    const CNetworkAdapter *adapterOf(const QString &name) const;
+    DeviceSurroundings surroundingsOf(const QTreeWidgetItem *item) const;
     void updateUiFromTreeItem(const QTreeWidgetItem *item);
     void showPatchedInfo(const QString &mac);
+    /// An operation has changed what is known of a device. \param forced the address it was given, if it was.
+    void onUpdated(const QString &mac, std::optional<commissioning::Address> forced);
     void updateSelectionInfo(const QTreeWidgetItem *item);
     void setSelectionInfoText(const QString &richText);
     /// \param toEnd where the diagnosis stands, which matters more than the device's data above it.
@@ -115,36 +125,39 @@ private:
 
     // Editor
     void fillEditor(const QTreeWidgetItem *item);
-    void checkModeButton(const OptionalDevice &device);
+    /// After the current row's device has changed. What the user has typed stays.
     void updateEditor();
+    void showEditorState();
+    void checkModeButton();
     void updateUiState(QTreeWidgetItem *item);
     void enableWidgets(bool enable);
-    void edited();
-    bool isValidConfigInUI() const;
-    bool areAddressesValid() const;
-    void revertAddresses();
-    bool hasChanges() const;
-    AddressMode selectedMode() const;
-    EditorContent editorContent() const;
+    void typed(EditorState::Field field, const QString &text);
+    bool isValidConfigInUI() const { return m_Editor.isValid(); }
     void clearEditFlags();
 
-    // Writing the configuration: ways into the commissioning library (IpConfigurationWriting.cpp)
+    // Saving: what is asked for, when and of whom (IpConfigurationSaving.cpp)
+    /// Writes it and shows what became of the device.
+    bool save(const commissioning::Change &change);
+    bool saveEdited();
+    bool checkSaveChanges() const;
+    /// \returns whether there was something and it was saved.
+    bool saveBeforeLeaving();
+    /// \returns whether the window may close.
+    bool saveBeforeClosing();
+    /// What was sent and what is known, of the last save.
+    QString saveReport() const;
+    /// What the user should know of a save that did not fail.
+    void showRemark();
+    QMessageBox::StandardButton showBox(QMessageBox::Icon icon, const QString &text, const QString &informativeText,
+                                        QMessageBox::StandardButtons buttons) const;
+
+    // Ways into the commissioning library (IpConfigurationWriting.cpp)
     commissioning::Context operationContext();
-    /// What the editor asks for.
-    commissioning::Change changeFor(const Corvo::CQuorelGigEDeviceInfo &device) const;
     /// How it ended is in m_LastSave.
     bool writeConfiguration(const Corvo::CQuorelGigEDeviceInfo &device);
     bool broadcastConfiguration(const QString &mac);
     bool unicastConfiguration(const QString &oldIpAddress);
     bool waitForDevice(const QString &mac);
-    void closeDevice();
-    /// \returns the button chosen.
-    int showFailedSave(const QString &text, QMessageBox::StandardButtons buttons);
-    /// What the user should know of a save that did not fail.
-    void showRemark();
-    bool checkSaveChanges() const;
-    void saveChangesOf(QTreeWidgetItem *item);
-    bool saveBeforeClosing();
 
     // Temporary address (IpConfigurationForceIp.cpp)
     /// What follows is about the selected device, or any on the selected adapter.
@@ -157,27 +170,18 @@ private:
     void guarded(const char *context, const std::function<void()> &work);
 
     std::unique_ptr<Ui::IpConfigurationWidget> ui;
-    bool m_isIpProtocolConfigDirty = false;
-    bool m_isIpAddressDirty = false;
-    bool m_isIpAddressEdited = false;
-    bool m_isNetmaskDirty = false;
-    bool m_isNetmaskEdited = false;
-    bool m_isDefaultGatewayDirty = false;
-    bool m_isDefaultGatewayEdited = false;
-    bool m_isEditModeActive = false;
-    bool m_isCustomNameDirty = false;
+    EditorState m_Editor; ///< with the flags of what is edited and what differs
     std::unique_ptr<DeviceLister> m_pDeviceLister;
+    CNetworkAdapterList m_NetworkAdapters;  ///< of the last refresh
     commissioning::Connection m_Connection; ///< open only while something is written
     WindowInteraction m_Interaction;
-    commissioning::Change m_Change; ///< what the running operation is about
+    /// What the running operation was asked to do, of the moment its key was pressed: no part of it reads the tree's
+    /// selection or the editor.
+    commissioning::Change m_Change;
     commissioning::Result m_LastSave;
-    CNetworkAdapterList m_NetworkAdapters; ///< of the last refresh
-    RowIcons m_Icons;
-    EditorContent m_Loaded;
-    QIpNetmaskValidator *m_pNetmaskValidator = nullptr; ///< owned by its line edit
-    bool m_areColumnsSized = false;
+    QHash<QString, QString> m_ForcedAddresses; ///< by MAC address, until they are stored
     commissioning::RediscoveryPatience m_Patience;
-    int m_BusyDepth = 0; ///< operations that run; no other starts and the window stays meanwhile
+    int m_BusyDepth = 0; ///< operations that run
 };
 
 /// The widget's category in the trace log.

@@ -1,4 +1,5 @@
 #include "Lanvane/MainWnd.h"
+#include "Lanvane/TerminationSignals.h"
 #include "MinimalCorvo/CorvoBase.h"
 
 #include <QApplication>
@@ -6,6 +7,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -19,11 +21,19 @@ void LanvaneMessageOutput(QtMsgType type, const QMessageLogContext &context, con
     std::abort();
 }
 
-/// Hundreds of cameras answer a search faster than the library's usual buffer takes.
-void provideLargeReceiveBuffer() {
-    constexpr const char *Variable = "CORVO_BROADCAST_RECV_BUF_SIZE";
-    if (!qEnvironmentVariableIsSet(Variable))
-        qputenv(Variable, "1000000");
+/// What the tool needs differs from what the library does when nothing is set.
+void provideSettings() {
+    const std::pair<const char *, const char *> settings[] = {
+        // Hundreds of cameras answer a search faster than the usual buffer takes.
+        {"CORVO_BROADCAST_RECV_BUF_SIZE", "1000000"},
+        // How long, in ms, a camera stays blocked when the tool dies: short, but longer than the 10 s that a camera may
+        // ask for to write a setting.
+        {"CORVO_GIGE_HEARTBEAT", "12000"},
+    };
+    for (const auto &[variable, value] : settings) {
+        if (!qEnvironmentVariableIsSet(variable))
+            qputenv(variable, value);
+    }
 }
 
 /// The library is up as long as this lives.
@@ -49,7 +59,7 @@ static int run(int argc, char *argv[]) {
     QCoreApplication::setOrganizationDomain(QStringLiteral("quorel.example"));
     QGuiApplication::setDesktopFileName(QStringLiteral("lanvane")); // by which Wayland docks find the icon
     qInstallMessageHandler(&LanvaneMessageOutput);
-    provideLargeReceiveBuffer();
+    provideSettings();
     Q_INIT_RESOURCE(Lanvane); // in a static library the linker would leave them out
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
@@ -61,6 +71,7 @@ static int run(int argc, char *argv[]) {
     const QIcon icon = applicationIcon();
     window.setWindowIcon(icon);
     window.setWindowTitle(window.windowTitle() + buildSuffix());
+    const TerminationSignals terminationSignals([&window] { window.giveUpDevice(); });
     window.show();
     QObject::connect(&application, SIGNAL(lastWindowClosed()), &application, SLOT(quit()));
     return QApplication::exec();

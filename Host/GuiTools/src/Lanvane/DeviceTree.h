@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Lanvane/DeviceDisplay.h"
+
+#include <QTreeWidget>
+
+#include <vector>
+
+class QSettings;
+
+/// The tree of network adapters and, below each, of the devices found through it: its rows, the look-up of rows, its
+/// header and its scroll position.
+///
+/// Rows go when the list is filled anew. What has to survive that, or an event loop, is held by MAC address or adapter
+/// name (RowKey), never by a pointer to an item.
+class DeviceTree : public QTreeWidget {
+    Q_OBJECT
+
+public:
+    enum Column { ColName, ColSerialNumber, ColMac, ColStatus, ColIpConfiguration, ColIpAddress, ColSubnetMask };
+    enum RowType { AdapterRow = QTreeWidgetItem::UserType + 1, DeviceRow };
+
+    /// Names a row: the MAC address of a device's, else the adapter's. Both empty for none.
+    struct RowKey {
+        QString mac;
+        QString adapterName; ///< of the adapter itself, or of the one that the device stands under
+    };
+    /// What the user has before his eyes.
+    struct View {
+        RowKey current;
+        RowKey top;
+        int horizontal = 0; ///< scroll position in pixels
+    };
+
+    explicit DeviceTree(QWidget *parent = nullptr);
+
+    /// \param index of the adapter in its list.
+    QTreeWidgetItem *addAdapterRow(const CNetworkAdapter &adapter, int index);
+    /// Under the first adapter of those it was found through that has a row, else a row of its own. Still to be shown.
+    QTreeWidgetItem *addDeviceRow(const Corvo::CQuorelGigEDeviceInfo &device);
+    void showAdapter(QTreeWidgetItem &item, const CNetworkAdapter &adapter);
+    void showDevice(QTreeWidgetItem &item, const Corvo::CQuorelGigEDeviceInfo &device);
+
+    /// \param names several joined by ";", of which the first that has a row counts.
+    QTreeWidgetItem *findAdapter(const QString &names) const;
+    QTreeWidgetItem *findDevice(const QString &mac) const;
+    std::vector<QTreeWidgetItem *> deviceRows() const;
+
+    static RowKey keyOf(const QTreeWidgetItem *item);
+    /// Of an adapter's row; -1 for any other.
+    static int adapterIndexOf(const QTreeWidgetItem *item);
+
+    View view() const;
+    /// Selects and scrolls as it was. Where the row is gone its adapter's is selected, else the first.
+    void restore(const View &view);
+
+    void restoreHeader(const QSettings &settings);
+    void saveHeader(QSettings &settings) const;
+    /// To the first devices; from then on, and when the user has chosen them, the widths are the user's.
+    void sizeColumnsOnce();
+
+private:
+    QTreeWidgetItem *find(const RowKey &key) const;
+    void setUsualColumnWidths();
+    bool areColumnWidthsUsual() const;
+
+    RowIcons m_Icons;
+    std::vector<int> m_UsualWidths; ///< by column
+    bool m_areColumnsSized = false;
+};

@@ -1,0 +1,114 @@
+#include "Desktop.h"
+
+#include "Lanvane/WaitIndication.h"
+
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QtTest>
+
+using namespace testnet;
+using testing::HasSubstr;
+
+namespace {
+
+using Editing = Desktop;
+
+TEST_F(Editing, ATemporaryAddressIsSaidToBeOneAndCanBeKept) {
+    open({cameraAt(1, "172.16.0.9/16", ",vendor-config=error"), cameraAt(2, "192.168.10.22/24")});
+    select(1);
+    expectForceIp(AssignHeader, "192.168.10.77");
+    useContextMenu();
+    EXPECT_THAT(info().toStdString(), HasSubstr("Currently at the temporary address 192.168.10.77"));
+    the<QLabel>("selectionInfo").linkActivated("#keep-address");
+    EXPECT_EQ("192.168.10.77 255.255.255.0 0.0.0.0", addresses());
+    click("btnWriteConfiguration");
+    EXPECT_EQ("192.168.10.77", status(1).persistent.address.toString());
+    EXPECT_THAT(info().toStdString(), Not(HasSubstr("temporary")));
+    EXPECT_FALSE(isEnabled("btnWriteConfiguration"));
+}
+
+TEST_F(Editing, WhatIsShownIsWhatACameraGetsByUnicast) {
+    camsim::CameraConfig camera = cameraAt(1, "192.168.10.21/24", ",vendor-config=error,dhcp=192.168.10.140/24");
+    camera.ipEnabled = 6;
+    open({camera});
+    select(1);
+    EXPECT_EQ("192.168.10.140 255.255.255.0 0.0.0.0", addresses());
+    click("btnUsePersistentIp");
+    type("editIpAddress", "192.168.10.61");
+    click("btnUseDhcp"); // and back: what was typed is not lost
+    click("btnUsePersistentIp");
+    const QString shown = addresses();
+    click("btnWriteConfiguration");
+    EXPECT_EQ("192.168.10.61 255.255.255.0 0.0.0.0", shown);
+    EXPECT_EQ("192.168.10.61", addressOf(1));
+    EXPECT_EQ("255.255.255.0", status(1).persistent.mask.toString());
+}
+
+TEST_F(Editing, AQuestionIsAnOperationAndNamesItsCamera) {
+    open({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24")});
+    select(1);
+    type("editIpAddress", "192.168.10.51");
+    expect("Ostra Lanvane: Do you want to save the changes to the configuration?", [&](QWidget &box) {
+        EXPECT_EQ("<p>Virtual Camera, 1, 025AE3000001</p>", static_cast<QMessageBox &>(box).informativeText());
+        auto &widget = the<IpConfigurationWidget>("IpConfigurationWidget");
+        QMetaObject::invokeMethod(&widget, "on_btnWriteConfiguration_clicked");
+        widget.refresh();
+        EXPECT_FALSE(window().close());
+        click(*static_cast<QMessageBox &>(box).button(QMessageBox::No));
+    });
+    select(2);
+    EXPECT_EQ("2 192.168.10.22", selected() + " " + text("editIpAddress"));
+    EXPECT_EQ(0u, status(1).ipCycles + status(2).ipCycles);
+}
+
+TEST_F(Editing, TheListStaysWhereItWasScrolled) {
+    Cameras cameras;
+    for (unsigned i = 1; i <= 30; ++i)
+        cameras.push_back(cameraAt(i, "192.168.10." + std::to_string(20 + i) + "/24", ",dhcp=192.168.10.200/24"));
+    open(cameras);
+    const auto atTop = [this] { return tree().itemAt(0, 0)->text(Serial); };
+    select(20);
+    tree().verticalScrollBar()->setValue(18);
+    tree().horizontalScrollBar()->setValue(30);
+    const QString top = atTop();
+    click("btnUseDhcp");
+    click("btnWriteConfiguration");
+    EXPECT_EQ("192.168.10.200", addressOf(20));
+    EXPECT_EQ(top, atTop());
+    nic0->cameras.removeCamera(camera(1).mac);
+    refresh();
+    EXPECT_EQ(top + " 20", atTop() + " " + selected());
+    EXPECT_EQ(30, tree().horizontalScrollBar()->value());
+}
+
+TEST_F(Editing, ARowFollowsACameraThatDiedOfASave) {
+    open({unicastCamera(1, "192.168.10.21/24")});
+    select(1);
+    type("editIpAddress", "192.168.10.51");
+    nic0->cameras.setReachable(camera(1).mac, false);
+    expectForceIp(ConnectHeader);
+    expectBox(NotSaved, QMessageBox::Close);
+    click("btnWriteConfiguration");
+    EXPECT_EQ("192.168.10.21 Not Reachable", cell(1, IpAddress) + " " + cell(1, Status));
+    EXPECT_EQ("192.168.10.51", text("editIpAddress"));
+    EXPECT_TRUE(isEnabled("btnWriteConfiguration"));
+}
+
+TEST_F(Editing, NothingTypedIsTooMuch) {
+    camsim::CameraConfig camera = cameraAt(1, "192.168.10.21/24");
+    camera.ipOptions = 0;
+    open({camera});
+    select(1);
+    EXPECT_EQ("The device says that it supports none of these configurations.", the<QLabel>("hintText").text());
+    QElapsedTimer elapsed;
+    elapsed.start();
+    the<QLineEdit>("editIpAddress").setText(QString(32000, '0'));
+    EXPECT_LT(elapsed.elapsed(), 1000);
+    const QWidget neverShown;
+    awaitExposure(neverShown);
+}
+
+} // namespace
