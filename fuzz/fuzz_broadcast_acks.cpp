@@ -3,7 +3,8 @@
 // What a discovery accepts becomes device infos. fuzz_broadcast_acks -max_len=4096 -timeout=5 CORPUS
 // seeds/fuzz_broadcast_acks
 
-#include "ScriptedNetwork.h"
+#include "FuzzInput.h"
+#include "support/ScriptedNetwork.h"
 
 #include "MinimalCorvoGigETL/EnumCallee.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
@@ -112,9 +113,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     std::vector<Bytes> datagrams;
     ScriptedNetwork network([&](const Bytes &) {
         while (!input.IsEmpty()) {
-            network.queue.push_back(ReadArrival(input));
-            if (network.queue.back().error == 0)
-                datagrams.push_back(network.queue.back().datagram);
+            const Arrival arrival = ReadArrival(input);
+            if (arrival.error == 0)
+                datagrams.push_back(arrival.datagram);
+            network.queue(arrival);
         }
         return 0;
     });
@@ -135,7 +137,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
         Discover(datagrams,
                  broadcastAcknowledge ? Gx::Enumerator::FlagBroadcastAcknowledge : Gx::Enumerator::FlagDefault,
                  (choice & 8) != 0 ? device : nullptr);
-        Require(network.queue.empty(), "an answer that nobody read");
+        Require(network.isQueueEmpty(), "an answer that nobody read");
     }
     return 0;
 }

@@ -3,7 +3,8 @@
 // follow: a byte of EAnswer bits, a length, that many bytes of a datagram.
 // fuzz_control_acks -max_len=4096 -timeout=5 CORPUS seeds/fuzz_control_acks
 
-#include "ScriptedNetwork.h"
+#include "FuzzInput.h"
+#include "support/ScriptedNetwork.h"
 
 #include "gxapi/ControlChannel.h"
 
@@ -42,10 +43,19 @@ public:
     ScriptedDevice(FuzzInput &input, bool opensWell, std::uint32_t capabilities)
         : m_Input(input), m_OpensWell(opensWell), m_Capabilities(capabilities) {}
 
-    void EndOpening() { m_OpensWell = false; }
+    void EndOpening() {
+        m_OpensWell = false;
+        m_IsOpen = true;
+    }
 
+    Bytes lastSent;
+    std::size_t sendCount = 0;
     ScriptedNetwork network{[this](const Bytes &request) {
         CheckRequest(request);
+        if (Half(request, 2) == TAG_WRITEREG_CMD && Word(request, 8) == GEV_REG_CONTROL_CHANNEL_PRIVILEGE && m_IsOpen)
+            return 0; // given back after a loss, perhaps by another thread
+        lastSent = request;
+        ++sendCount;
         if (!m_OpensWell)
             return Answer(request);
         Bytes answer(HeaderSize + PayloadSize(request), 0);
@@ -87,21 +97,19 @@ private:
             if ((answer & RightLength) != 0)
                 PutHalf(bytes, 4, bytes.size() - HeaderSize);
         }
-        Arrival arrival;
-        arrival.datagram = std::move(bytes);
-        arrival.error = (answer & SocketError) != 0 ? ECONNREFUSED : 0;
-        network.queue.push_back(std::move(arrival));
+        network.answer(std::move(bytes), 0, (answer & SocketError) != 0 ? ECONNREFUSED : 0);
     }
 
     FuzzInput &m_Input;
     bool m_OpensWell;
+    bool m_IsOpen = false;
     std::uint32_t m_Capabilities;
 };
 
 /// What "success" must mean, for the last transaction of an access.
-void CheckAccepted(const ScriptedNetwork &network) {
-    const Bytes &request = network.lastSent;
-    const Bytes &answer = network.lastReceived;
+void CheckAccepted(const ScriptedDevice &device) {
+    const Bytes &request = device.lastSent;
+    const Bytes answer = device.network.lastReceived();
     Require(answer.size() >= HeaderSize, "accepted without a header");
     Require(Half(answer, 0) == 0, "accepted a failure");
     Require(Half(answer, 2) == Half(request, 2) + 1, "accepted another command's answer");
@@ -113,8 +121,9 @@ void CheckAccepted(const ScriptedNetwork &network) {
 }
 
 /// Data read are those of the answer, and what was not read is as it was.
-void CheckRead(const ScriptedNetwork &network, GXSTATUS status, const Bytes &data) {
-    const std::size_t done = Word(network.lastSent, 8) - Base;
+void CheckRead(const ScriptedDevice &device, GXSTATUS status, const Bytes &data) {
+    const std::size_t done = Word(device.lastSent, 8) - Base;
+    const Bytes received = device.network.lastReceived();
     Require(done < data.size(), "asked for something else");
     if (status != GX_SUCCESS) {
         Require(std::all_of(data.begin() + static_cast<std::ptrdiff_t>(done), data.end(),
@@ -123,11 +132,10 @@ void CheckRead(const ScriptedNetwork &network, GXSTATUS status, const Bytes &dat
         return;
     }
     const std::size_t size = data.size() - done;
-    Require(
-        std::equal(data.end() - static_cast<std::ptrdiff_t>(size), data.end(),
-                   network.lastReceived.end() - static_cast<std::ptrdiff_t>(network.lastReceived.size() - HeaderSize -
-                                                                            (PayloadSize(network.lastSent) - size))),
-        "read something else");
+    Require(std::equal(data.end() - static_cast<std::ptrdiff_t>(size), data.end(),
+                       received.end() - static_cast<std::ptrdiff_t>(received.size() - HeaderSize -
+                                                                    (PayloadSize(device.lastSent) - size))),
+            "read something else");
 }
 
 GXSTATUS Access(Gx::ControlChannel &channel, unsigned kind, std::size_t count, Bytes &data) {
@@ -154,19 +162,19 @@ GXSTATUS Access(Gx::ControlChannel &channel, unsigned kind, std::size_t count, B
     }
 }
 
-void Use(Gx::ControlChannel &channel, ScriptedNetwork &network, unsigned kind, std::size_t count) {
+void Use(Gx::ControlChannel &channel, ScriptedDevice &device, unsigned kind, std::size_t count) {
     const bool isRead = kind < 2;
     Bytes data(4 * count, Untouched);
-    network.sendCount = 0;
-    network.queue.clear();
+    device.sendCount = 0;
+    device.network.clearQueue();
     const GXSTATUS status = Access(channel, kind, count, data);
-    Require(network.sendCount > 0 || status == GX_E_DISCONNECTED, "answered without asking");
-    if (network.sendCount == 0)
+    Require(device.sendCount > 0 || status == GX_E_DISCONNECTED, "answered without asking");
+    if (device.sendCount == 0)
         return;
     if (status == GX_SUCCESS)
-        CheckAccepted(network);
+        CheckAccepted(device);
     if (isRead)
-        CheckRead(network, status, data);
+        CheckRead(device, status, data);
     if (status == GX_E_GEV_ACCESS_DENIED) {
         Bytes more(4);
         Require(Access(channel, 1, 1, more) == GX_E_DISCONNECTED, "in use without access");
@@ -186,7 +194,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     Gx::ControlChannel *channel = nullptr;
     const GXSTATUS status =
-        Gx::ControlChannel::Create(reinterpret_cast<const sockaddr *>(&address), choice >> 3 & 3, 600000, &channel);
+        Gx::ControlChannel::Create(reinterpret_cast<const sockaddr *>(&address), choice >> 3 & 3, UINT32_MAX, &channel);
     Require((status == GX_SUCCESS) == (channel != nullptr), "a channel exactly after success");
     Require(channel != nullptr || (choice & 0x80) != 0, "an opening that is answered well");
     if (!channel)
@@ -195,7 +203,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     (void)channel->EnableCommandDuplication((choice & 0x20) != 0);
     for (unsigned kind = 0; kind < 4; ++kind)
         if ((choice & 4) != 0 || (choice & 3) == kind)
-            Use(*channel, device.network, kind, count);
+            Use(*channel, device, kind, count);
     Require(channel->Destroy() == GX_SUCCESS, "destruction");
     return 0;
 }

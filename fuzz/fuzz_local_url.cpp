@@ -2,7 +2,8 @@
 // each up to a zero, the rest is the memory from 0x10000 on. Its description is downloaded and unzipped.
 // fuzz_local_url -max_len=4096 -rss_limit_mb=2048 -malloc_limit_mb=256 -timeout=10 CORPUS seeds/fuzz_local_url
 
-#include "ScriptedNetwork.h"
+#include "FuzzInput.h"
+#include "support/ScriptedNetwork.h"
 
 #include "Base/GCException.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
@@ -50,9 +51,7 @@ struct Camera {
         PutHalf(answer, 2, Half(request, 2) + 1u);
         PutHalf(answer, 4, answer.size() - 8);
         PutHalf(answer, 6, Half(request, 6));
-        Arrival arrival;
-        arrival.datagram = std::move(answer);
-        network.queue.push_back(std::move(arrival));
+        network.answer(std::move(answer));
         return 0;
     }
 

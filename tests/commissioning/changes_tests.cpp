@@ -55,13 +55,21 @@ TEST_F(Forced, AFailureGivesItsReasonToTheNextQuestion) {
     site->cameras.setFaults(camera(2).mac, camsim::parseFaults("loss-to-camera=100,commands=forceip"));
     answers = {"192.168.10.78"};
     EXPECT_FALSE(force(2));
-    EXPECT_THAT(reasons, ElementsAre("", "The camera did not answer, and it still has the address 192.168.10.22."));
+    EXPECT_THAT(reasons, ElementsAre("", "The camera did not acknowledge and still has the address 192.168.10.22."));
     reasons.clear();
     site->cameras.removeCamera(camera(2).mac);
     answers = {"192.168.10.78"};
     EXPECT_FALSE(force(2));
     EXPECT_THAT(reasons, ElementsAre("", "No camera with this MAC address answered."));
     EXPECT_THAT(reports, ElementsAre(StartsWith(ForceFailed), StartsWith(ForceFailed), StartsWith(ForceFailed)));
+
+    reasons.clear();
+    site->cameras.addCamera(cameraAt(3, "192.168.10.23/24", ",applies=no"));
+    devices = search(layer());
+    answers = {"192.168.10.79"};
+    EXPECT_FALSE(force(3));
+    EXPECT_THAT(reasons, ElementsAre("", "The camera acknowledged but still has the address 192.168.10.23."));
+    EXPECT_EQ("192.168.10.23", device(3).GetIpAddress());
 }
 
 using SmallChanges = Operations;

@@ -138,17 +138,17 @@ TEST_F(SavedChanges, TellsWhatACameraThatDiesHasStored) {
 TEST_F(SavedChanges, ALostRestartIsRepeated) {
     const struct {
         Mode mode;
-        const char *faults, *text;
+        const char *ignored, *text;
         bool success;
     } rows[] = {
-        {Mode::Static, "loss-to-camera=100,commands=forceip,limit=3", "", true},
-        {Mode::Dhcp, "loss-to-camera=100,commands=forceip,limit=3", "", true},
-        {Mode::Dhcp, "loss-to-camera=100,commands=forceip",
+        {Mode::Static, "3", "", true},
+        {Mode::Dhcp, "3", "", true},
+        {Mode::Dhcp, "all",
          "The settings are stored, and the camera still has the address 192.168.10.21. If it should have another one, "
          "it "
          "may need a power cycle.",
          true},
-        {Mode::Static, "loss-to-camera=100,commands=forceip",
+        {Mode::Static, "all",
          "The settings are stored in the camera. It now has the address 192.168.10.21 and is set to a static address. "
          "It "
          "did not restart its IP configuration: it may need a power cycle.",
@@ -156,17 +156,53 @@ TEST_F(SavedChanges, ALostRestartIsRepeated) {
     };
     start({cameraAt(1, "192.168.10.21/24")});
     for (const auto &row : rows) {
-        SCOPED_TRACE(testing::Message() << row.faults << " " << row.success);
+        SCOPED_TRACE(testing::Message() << row.ignored << " " << row.success);
         site->cameras.removeCamera(camera(1).mac);
-        site->cameras.addCamera(cameraAt(1, "192.168.10.21/24", ",dhcp=192.168.10.140/24"));
+        site->cameras.addCamera(
+            cameraAt(1, "192.168.10.21/24", std::string(",dhcp=192.168.10.140/24,ignored-restarts=") + row.ignored));
         devices = search(layer());
-        spoil(row.faults);
         const Result result = configure(context(), change(row.mode));
         EXPECT_EQ(row.success, result.success);
         EXPECT_EQ(row.text, result.text);
         EXPECT_EQ(Path::Broadcast, result.path); // what is stored need not be written once more
     }
     EXPECT_THAT(reports, ElementsAre());
+}
+
+TEST_F(SavedChanges, AnAcknowledgeOfACameraThatDoesNothingIsNotBelieved) {
+    start({cameraAt(1, "192.168.10.21/24", ",applies=no")});
+    const Result result = configure(context(), change(Mode::Static));
+    EXPECT_TRUE(result.success && result.path == Path::Unicast) << result.text;
+    EXPECT_EQ("192.168.10.51 255.255.255.0 0.0.0.0", storedNow());
+}
+
+TEST_F(SavedChanges, AnOutageWhileWritingLocksNobodyOut) {
+    start({cameraAt(1, "192.168.10.21/24", ",vendor-config=error,xml=none")});
+    for (const char *const after : {"0", "1", "2"}) { // the addresses, the heartbeat timeout, the end of control
+        site->cameras.removeCamera(camera(1).mac);
+        site->cameras.addCamera(cameraAt(1, "192.168.10.21/24", ",vendor-config=error,xml=none"));
+        devices = search(layer());
+        bool isWritten = false;
+        onStep = [&](Step step) {
+            if (step == Step::Write && !std::exchange(isWritten, true))
+                spoil(std::string("outage=700,deaf-after=") + after + ",commands=writereg");
+        };
+        const Result result = configure(context(), change(Mode::Static));
+        EXPECT_EQ(result.success, site->addressOf(1) == "192.168.10.51") << after << ": " << result.text;
+        EXPECT_EQ(after[0] != '0', result.success) << result.text;
+        std::this_thread::sleep_for(std::chrono::milliseconds(700));
+        EXPECT_FALSE(status().holder) << after;
+    }
+}
+
+TEST_F(SavedChanges, ANameThatIsGoneAfterwardsIsWrittenBack) {
+    start({cameraAt(1, "192.168.10.21/24", ",name=left")});
+    onStep = [&](Step step) {
+        if (step == Step::Rediscover)
+            site->cameras.writeRegister(camera(1).mac, GEV_REG_USER_DEFINED_NAME, 0);
+    };
+    EXPECT_EQ("", configure(context(), change(Mode::Static)).text);
+    EXPECT_EQ("left", status().userName);
 }
 
 TEST_F(SavedChanges, AForgedAcknowledgeIsNotBelieved) {

@@ -36,6 +36,9 @@ TEST_F(Searching, CamerasAsPlainValues) {
                                    testing::HasSubstr("5 169.254.")));
     const Camera held = cameraOf(device(2));
     EXPECT_EQ(Mode::Static, held.mode);
+    ASSERT_TRUE(held.holder);
+    EXPECT_EQ("192.168.10.200 5555", toText(held.holder->address) + " " + std::to_string(held.holder->port));
+    EXPECT_FALSE(cameraOf(device(1)).holder);
     EXPECT_THAT(cameraOf(device(5)).modes, ElementsAre(Mode::Dhcp, Mode::Auto));
     EXPECT_EQ(0u, status(1).requests.count(TAG_WRITEREG_CMD));
 }

@@ -1,13 +1,21 @@
 #pragma once
 
 #include "gxapi/ControlChannel.h"
+#include "support/ScriptedNetwork.h"
 #include "support/ScriptedPeer.h"
+#include "support/SocketAddress.h"
 
 #include <atomic>
 #include <cstdint>
 #include <gtest/gtest.h>
 
-using Answers = std::vector<Bytes>;
+/// What a device answers to a request, and when on the scripted clock.
+struct Answer {
+    Answer(Bytes given, std::uint32_t delay_ms = 0) : bytes(std::move(given)), after_ms(delay_ms) {}
+    Bytes bytes;
+    std::uint32_t after_ms;
+};
+using Answers = std::vector<Answer>;
 
 inline std::uint16_t command(const Bytes &request) { return static_cast<std::uint16_t>(request[2] << 8 | request[3]); }
 inline std::uint32_t word(const Bytes &bytes, std::size_t offset) {
@@ -50,40 +58,51 @@ private:
 
 inline Answers good(const Bytes &request) { return {Device().answer(request)}; }
 
+inline bool isRelease(const Bytes &request) {
+    return command(request) == TAG_WRITEREG_CMD && word(request, 8) == GEV_REG_CONTROL_CHANNEL_PRIVILEGE &&
+           word(request, 12) == 0;
+}
+
 /// A channel to a scripted device. The script sees the requests that follow the opening, numbered from 0.
 class ScriptedChannel : public Gx::ControlChannel::SurpriseRemovalCallback {
 public:
-    using Script = ScriptedPeer::Script;
+    using Script = std::function<Answers(const Bytes &request, std::size_t number)>;
 
     explicit ScriptedChannel(Script script, Device device = {}, std::uint32_t accessFlags = 0,
                              std::uint32_t heartbeat_ms = 600000)
-        : m_Peer([this, script, device](const Bytes &request, std::size_t number) {
-              return number < m_Opening ? Answers{device.answer(request)} : script(request, number - m_Opening);
-          }) {
-        const sockaddr_in address = m_Peer.address();
-        EXPECT_EQ(Gx::ControlChannel::Create(reinterpret_cast<const sockaddr *>(&address), accessFlags, heartbeat_ms,
-                                             &m_pChannel),
-                  0u);
+        : m_Script(std::move(script)), m_Device(device) {
+        EXPECT_EQ(Gx::ControlChannel::Create(SocketAddress("127.0.0.1"), accessFlags, heartbeat_ms, &m_pChannel), 0u);
         EXPECT_EQ(m_pChannel->RegisterSurpriseRemovalCallback(this), 0u);
-        m_Opening = m_Peer.requests().size();
+        m_IsOpen = true;
     }
     ~ScriptedChannel() override { destroy(); }
 
     void destroy() {
         if (m_pChannel) {
+            EXPECT_EQ(m_pChannel->RegisterSurpriseRemovalCallback(nullptr), 0u); // a notification may be on its way
             EXPECT_EQ(m_pChannel->Destroy(), 0u);
         }
         m_pChannel = nullptr;
     }
 
-    Gx::ControlChannel *operator->() { return m_pChannel; }
-    void OnSurpriseRemoval() noexcept override { ++lost; }
+    /// With the notification of a loss on its way, if need be.
+    void destroyRegistered() { EXPECT_EQ(std::exchange(m_pChannel, nullptr)->Destroy(), 0u); }
 
-    /// The requests after the opening.
+    Gx::ControlChannel *operator->() { return m_pChannel; }
+    void OnSurpriseRemoval() noexcept override {
+        if (onLost)
+            onLost();
+        ++lost;
+    }
+
+    /// The requests after the opening, and when they were sent.
     std::vector<Bytes> requests() const {
-        std::vector<Bytes> all = m_Peer.requests();
-        all.erase(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(m_Opening));
-        return all;
+        const std::lock_guard lock(m_Mutex);
+        return m_Requests;
+    }
+    std::vector<std::uint64_t> times_ms() const {
+        const std::lock_guard lock(m_Mutex);
+        return m_Times_ms;
     }
     GXSTATUS read(std::uint32_t address = 0x1000) {
         value = 0;
@@ -99,10 +118,34 @@ public:
     }
 
     std::atomic<int> lost{0};
+    std::atomic<int> sendError{0}; ///< errno of further sends
+    std::function<void()> onLost;
     std::uint32_t value = 0;
 
 private:
-    std::atomic<std::size_t> m_Opening{SIZE_MAX};
-    ScriptedPeer m_Peer;
+    int onSend(const Bytes &request) {
+        if (sendError != 0)
+            return sendError;
+        Answers answers = {m_Device.answer(request)};
+        if (m_IsOpen) {
+            const std::lock_guard lock(m_Mutex);
+            m_Requests.push_back(request);
+            m_Times_ms.push_back(network.now_ms());
+            answers = m_Script(request, m_Requests.size() - 1);
+        }
+        for (Answer &answer : answers)
+            network.answer(std::move(answer.bytes), answer.after_ms);
+        return 0;
+    }
+
+    Script m_Script;
+    Device m_Device;
+    std::atomic<bool> m_IsOpen{false};
+    mutable std::mutex m_Mutex;
+    std::vector<Bytes> m_Requests;
+    std::vector<std::uint64_t> m_Times_ms;
     Gx::ControlChannel *m_pChannel = nullptr;
+
+public:
+    ScriptedNetwork network{[this](const Bytes &request) { return onSend(request); }}; ///< gone before the above
 };

@@ -128,8 +128,14 @@ TEST_F(Saving, ACameraThatDoesNotComeBackIsReported) {
     select(1);
     type("editIpAddress", "192.168.10.51");
     expectForceIp(ConnectHeader);
-    expectBox(NotSaved, QMessageBox::Close);
+    expect(QString("Ostra Lanvane: ") + NotSaved, [](QWidget &dialog) {
+        auto &box = static_cast<QMessageBox &>(dialog);
+        EXPECT_EQ("The settings were sent, but the camera did not come back. It does not answer the search.",
+                  box.informativeText());
+        click(*box.button(QMessageBox::Close));
+    });
     click("btnWriteConfiguration");
+    EXPECT_EQ("Not Reachable", cell(1, Status));
     EXPECT_THAT(reports, ElementsAre(Lost));
     EXPECT_THAT(waits, ElementsAre(Rediscovering, Opening));
     EXPECT_EQ("192.168.10.51", status(1).persistent.address.toString());

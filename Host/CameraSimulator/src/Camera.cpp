@@ -1,9 +1,4 @@
-#include "camsim/Camera.h"
-
-#include "IpCycle.h"
-#include "Privilege.h"
-#include "RegisterMap.h"
-#include "Wire.h"
+#include "CameraImpl.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -12,37 +7,7 @@
 namespace camsim {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 constexpr std::size_t headerSize = sizeof(GVCP_REQUEST_HEADER);
-constexpr std::size_t maxMemoryCount = GVCP_MAX_PAYLOAD - 4; // the address precedes the data
-constexpr std::uint32_t minHeartbeatTimeout = 500;           // ms
-constexpr std::uint32_t primaryApplicationPort = 0x0A04;
-constexpr std::uint32_t primaryApplicationAddress = 0x0A14;
-
-/// What a command led to; the payload belongs to the acknowledge.
-struct Outcome {
-    GevStatus status = GevStatus::Success;
-    Bytes payload;
-};
-
-/// A datagram whose header has been read.
-struct Command {
-    Endpoint source;
-    bool broadcast = false;
-    std::uint8_t flags = 0;
-    std::uint16_t code = 0;
-    std::uint16_t id = 0;
-    const std::uint8_t *datagram = nullptr; ///< from the header on
-    const std::uint8_t *payload = nullptr;
-    std::size_t size = 0; ///< of the payload
-    bool lengthFits = false;
-
-    bool asksForAck() const { return (flags & GEV_COMMAND_FLAG_ANSWER) != 0; }
-    bool allowsBroadcastAck() const { return (flags & GEV_DISCOVERY_COMMAND_FLAG_BROADCAST_ACK) != 0; }
-    bool writes() const { return code == TAG_WRITEREG_CMD || code == TAG_WRITEMEM_CMD; }
-    std::size_t totalSize() const { return headerSize + size; }
-};
 
 std::optional<Command> readHeader(const Request &request) {
     if (request.size < headerSize)
@@ -62,82 +27,12 @@ std::optional<Command> readHeader(const Request &request) {
     return command;
 }
 
-/// Payload of WRITEREG_ACK and WRITEMEM_ACK.
-Bytes writeIndex(std::size_t index) {
-    Bytes payload;
-    append32(payload, static_cast<std::uint32_t>(index));
-    return payload;
-}
-
 std::string checkedName(const CameraConfig &config) { return "camera " + config.mac.toString() + ": "; }
 
 } // namespace
 
-class Camera::Impl {
-public:
-    Impl(CameraConfig initial, TimePoint now);
-
-    bool hears(Ipv4 destination) const;
-    std::vector<Reply> receive(const Request &request, TimePoint now);
-    void advance(TimePoint now);
-    std::optional<TimePoint> nextDeadline() const;
-    void powerCycle(TimePoint now);
-    void setHolder(std::optional<Holder> holder, TimePoint now);
-    CameraStatus status() const;
-
-    CameraConfig config;
-    RegisterMap registers;
-    IpCycle ip;
-
-private:
-    bool isBroadcast(Ipv4 destination) const;
-    std::vector<Reply> handle(const Command &command, TimePoint now);
-    std::vector<Reply> discovery(const Command &command);
-    std::vector<Reply> forceIp(const Command &command, TimePoint now);
-    std::vector<Reply> setIpConfig(const Command &command);
-    std::vector<Reply> control(const Command &command, TimePoint now);
-    std::vector<Reply> acknowledge(const Command &command, const Outcome &outcome, const IpSettings &from);
-
-    Outcome execute(const Command &command, TimePoint now);
-    Outcome readReg(const Command &command) const;
-    Outcome writeReg(const Command &command, TimePoint now);
-    Outcome readMem(const Command &command) const;
-    Outcome writeMem(const Command &command, TimePoint now);
-    GevStatus writeWord(const Command &command, std::uint32_t address, std::uint32_t value, TimePoint now);
-    GevStatus writeTail(const Command &command, std::uint32_t address, const std::uint8_t *bytes, std::size_t count);
-    GevStatus writePrivilege(const Command &command, std::uint32_t value, TimePoint now);
-    std::uint32_t filtered(std::uint32_t address, std::uint32_t value) const;
-    bool countFits(std::size_t count) const;
-    bool concatenates() const { return (config.capabilities & GEV_CAPABILITY_CONCATENATION) != 0; }
-
-    GevStatus storeIpConfig(const _GVCP_SETIPCONFIG_REQUEST &record);
-    void take(const IpSettings &settings);
-    void restartIp(TimePoint now);
-    IpSources sources() const;
-    void dropControl(TimePoint now);
-    void showHolder();
-    std::optional<TimePoint> heartbeatExpiry() const;
-
-    /// The last executed write, to recognise a re-send of it.
-    struct LastWrite {
-        Endpoint source;
-        Bytes datagram;
-        Outcome outcome;
-
-        bool isRepeatedBy(const Command &command) const {
-            return command.source == source && std::equal(command.datagram, command.datagram + command.totalSize(),
-                                                          datagram.begin(), datagram.end());
-        }
-    };
-
-    Privilege privilege_;
-    std::optional<LastWrite> lastWrite_;
-    std::map<std::uint16_t, std::uint64_t> requests_;
-    std::uint64_t acknowledges_ = 0;
-};
-
 Camera::Impl::Impl(CameraConfig initial, TimePoint now)
-    : config(std::move(initial)), registers(config), ip(config.restartSilence) {
+    : config(std::move(initial)), registers(config), ip(config.restartSilence), timestampZero_(now) {
     if (config.bootedAtStart)
         take(config.forced ? *config.forced : sources().choose());
     else
@@ -176,8 +71,10 @@ void Camera::Impl::setHolder(std::optional<Holder> holder, TimePoint now) {
 void Camera::Impl::showHolder() {
     const Endpoint application = privilege_.held() ? privilege_.holder()->application : Endpoint{};
     registers.set(GEV_REG_CONTROL_CHANNEL_PRIVILEGE, privilege_.value());
-    registers.set(primaryApplicationPort, application.port);
-    registers.set(primaryApplicationAddress, application.address.value);
+    if ((config.capabilities & GEV_CAPABILITY_PRIMARY_APPLICATION) == 0)
+        return;
+    registers.set(GEV_REG_PRIMARY_APPLICATION_PORT, application.port);
+    registers.set(GEV_REG_PRIMARY_APPLICATION_IP_ADDRESS, application.address.value);
 }
 
 void Camera::Impl::powerCycle(TimePoint now) {
@@ -185,6 +82,7 @@ void Camera::Impl::powerCycle(TimePoint now) {
     config.persistent = registers.persistent();
     config.userName = registers.userName();
     registers = RegisterMap(config);
+    timestampZero_ = now;
     restartIp(now);
 }
 
@@ -298,11 +196,16 @@ std::vector<Reply> Camera::Impl::forceIp(const Command &command, TimePoint now) 
     const IpSettings forced{fromWire(record.StaticIp), fromWire(record.StaticSubnetMask),
                             fromWire(record.StaticDefaultGateway)};
     if (!forced.address) {
-        restartIp(now);
+        if (ignoredRestarts_ == config.ignoredRestarts)
+            restartIp(now);
+        else
+            ++ignoredRestarts_;
         return {};
     }
     if (!forced.isUsable())
         return acknowledge(command, {GevStatus::InvalidParameter, {}}, old);
+    if (!config.appliesBroadcasts)
+        return acknowledge(command, {}, old);
     if (forced.address != old.address)
         dropControl(now);
     take(forced);
@@ -335,160 +238,14 @@ GevStatus Camera::Impl::storeIpConfig(const _GVCP_SETIPCONFIG_REQUEST &record) {
     const bool usesPersistent = (enabled & GEV_IP_CONFIG_PERSISTENT_IP) != 0;
     if (usesPersistent && !persistent.isUsable())
         return GevStatus::InvalidParameter;
+    if (!config.appliesBroadcasts)
+        return GevStatus::Success;
     registers.set(GEV_REG_NETWORK_INTERFACE_CONFIGURATION, enabled);
     if (usesPersistent)
         registers.setPersistent(persistent);
     if (record.UserDefinedName[0] != '\0')
         registers.store(GEV_REG_USER_DEFINED_NAME, reinterpret_cast<const std::uint8_t *>(record.UserDefinedName),
                         sizeof record.UserDefinedName);
-    return GevStatus::Success;
-}
-
-std::vector<Reply> Camera::Impl::control(const Command &command, TimePoint now) {
-    const bool isRepeated = lastWrite_ && lastWrite_->isRepeatedBy(command);
-    const Outcome outcome = isRepeated ? lastWrite_->outcome : execute(command, now);
-    if (privilege_.heldBy(command.source))
-        privilege_.heartbeat(now);
-    if (command.writes())
-        lastWrite_ =
-            LastWrite{command.source, Bytes(command.datagram, command.datagram + command.totalSize()), outcome};
-    return acknowledge(command, outcome, *ip.current());
-}
-
-Outcome Camera::Impl::execute(const Command &command, TimePoint now) {
-    if (!command.lengthFits)
-        return {GevStatus::InvalidHeader, {}};
-    switch (command.code) {
-    case TAG_READREG_CMD:
-        return readReg(command);
-    case TAG_WRITEREG_CMD:
-        return writeReg(command, now);
-    case TAG_READMEM_CMD:
-        return readMem(command);
-    case TAG_WRITEMEM_CMD:
-        return writeMem(command, now);
-    default:
-        return {GevStatus::NotImplemented, {}};
-    }
-}
-
-Outcome Camera::Impl::readReg(const Command &command) const {
-    const std::size_t count = command.size / 4;
-    if (count == 0 || command.size % 4 != 0 || command.size > GVCP_MAX_PAYLOAD || (count > 1 && !concatenates()))
-        return {GevStatus::InvalidParameter, {}};
-    if (privilege_.deniesReading(command.source))
-        return {GevStatus::AccessDenied, {}};
-    Outcome outcome;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::uint32_t address = load32(command.payload + 4 * i);
-        std::uint8_t value[4];
-        outcome.status = address % 4 != 0 ? GevStatus::BadAlignment : registers.read(address, sizeof value, value);
-        if (outcome.status != GevStatus::Success)
-            break;
-        outcome.payload.insert(outcome.payload.end(), value, value + sizeof value);
-    }
-    return outcome;
-}
-
-Outcome Camera::Impl::writeReg(const Command &command, TimePoint now) {
-    constexpr std::size_t itemSize = sizeof(GVCP_WRITEREG_ITEM);
-    const std::size_t count = command.size / itemSize;
-    if (count == 0 || command.size % itemSize != 0 || command.size > GVCP_MAX_PAYLOAD || (count > 1 && !concatenates()))
-        return {GevStatus::InvalidParameter, writeIndex(0)};
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::uint8_t *item = command.payload + itemSize * i;
-        const GevStatus status = writeWord(command, load32(item), load32(item + 4), now);
-        if (status != GevStatus::Success)
-            return {status, writeIndex(i)};
-    }
-    return {GevStatus::Success, writeIndex(count)};
-}
-
-bool Camera::Impl::countFits(std::size_t count) const {
-    return count > 0 && count <= maxMemoryCount && (count % 4 == 0 || config.anyMemoryCount);
-}
-
-Outcome Camera::Impl::readMem(const Command &command) const {
-    if (command.totalSize() != sizeof(GVCP_READMEM_REQUEST))
-        return {GevStatus::InvalidParameter, {}};
-    const auto record = loadRecord<GVCP_READMEM_REQUEST>(command.datagram);
-    const std::uint32_t address = ntohl(record.Address);
-    const std::size_t count = ntohs(record.Count);
-    if (privilege_.deniesReading(command.source))
-        return {GevStatus::AccessDenied, {}};
-    if (!countFits(count))
-        return {GevStatus::InvalidParameter, {}};
-    if (address % 4 != 0)
-        return {GevStatus::BadAlignment, {}};
-    Outcome outcome;
-    append32(outcome.payload, address);
-    outcome.payload.resize(4 + count);
-    outcome.status = registers.read(address, count, outcome.payload.data() + 4);
-    if (outcome.status != GevStatus::Success)
-        outcome.payload.clear();
-    return outcome;
-}
-
-Outcome Camera::Impl::writeMem(const Command &command, TimePoint now) {
-    if ((config.capabilities & GEV_CAPABILITY_WRITEMEM) == 0)
-        return {GevStatus::NotImplemented, {}};
-    if (command.size < 4 || !countFits(command.size - 4))
-        return {GevStatus::InvalidParameter, writeIndex(0)};
-    const std::uint32_t address = load32(command.payload);
-    const std::size_t count = command.size - 4;
-    for (std::size_t done = 0; done < count; done += 4) {
-        const auto at = static_cast<std::uint32_t>(address + done);
-        const std::uint8_t *data = command.payload + 4 + done;
-        const GevStatus status =
-            count - done >= 4 ? writeWord(command, at, load32(data), now) : writeTail(command, at, data, count - done);
-        if (status != GevStatus::Success)
-            return {status, writeIndex(done)};
-    }
-    return {GevStatus::Success, writeIndex(count)};
-}
-
-GevStatus Camera::Impl::writeWord(const Command &command, std::uint32_t address, std::uint32_t value, TimePoint now) {
-    if (address % 4 != 0)
-        return GevStatus::BadAlignment;
-    if (address == GEV_REG_CONTROL_CHANNEL_PRIVILEGE)
-        return writePrivilege(command, value, now);
-    if (!privilege_.heldBy(command.source))
-        return GevStatus::AccessDenied;
-    const GevStatus status = registers.writable(address, 4);
-    if (status == GevStatus::Success)
-        registers.set(address, filtered(address, value));
-    return status;
-}
-
-GevStatus Camera::Impl::writeTail(const Command &command, std::uint32_t address, const std::uint8_t *bytes,
-                                  std::size_t count) {
-    std::uint8_t word[4];
-    if (!privilege_.heldBy(command.source) || address == GEV_REG_CONTROL_CHANNEL_PRIVILEGE)
-        return GevStatus::AccessDenied;
-    const GevStatus status = registers.writable(address, sizeof word);
-    if (status != GevStatus::Success)
-        return status;
-    (void)registers.read(address, sizeof word, word);
-    std::copy_n(bytes, count, word);
-    registers.set(address, filtered(address, load32(word)));
-    return status;
-}
-
-std::uint32_t Camera::Impl::filtered(std::uint32_t address, std::uint32_t value) const {
-    if (address == GEV_REG_NETWORK_INTERFACE_CONFIGURATION)
-        return value & config.ipOptions;
-    if (address == GEV_REG_HEARTBEAT_TIMEOUT)
-        return std::max(value, minHeartbeatTimeout);
-    return value;
-}
-
-GevStatus Camera::Impl::writePrivilege(const Command &command, std::uint32_t value, TimePoint now) {
-    if (!privilege_.request(command.source, value, now))
-        return GevStatus::AccessDenied;
-    if (privilege_.held())
-        showHolder();
-    else
-        dropControl(now);
     return GevStatus::Success;
 }
 

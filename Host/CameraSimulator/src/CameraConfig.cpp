@@ -31,6 +31,7 @@ void checkConfig(const CameraConfig &config) {
     }
     checkDuration(config.restartSilence, "restart silence");
     checkDuration(config.heartbeatTimeout, "heartbeat timeout");
+    checkDuration(config.flashTime, "flash time");
     if (config.heldBy && config.heldBy->privilege != GEV_EXCLUSIVE_CONTROL_ACCESS &&
         config.heldBy->privilege != GEV_CONTROL_ACCESS)
         throw std::invalid_argument("the holder's privilege must be 1 (exclusive) or 2 (control)");

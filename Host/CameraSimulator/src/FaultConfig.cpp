@@ -17,6 +17,8 @@ void FaultConfig::check() const {
     for (const auto &[name, chance] : chances)
         if (!(chance >= 0 && chance <= 100))
             throw std::invalid_argument(std::string(name) + " must be a percentage of 0 to 100");
+    if (outage.count() < 0)
+        throw std::invalid_argument("the outage must be 0 ms or longer");
     if (delayMin.count() < 0 || delayMin > delayMax)
         throw std::invalid_argument("the delay must be a range of 0 ms or more, the smaller time first");
 }

@@ -43,15 +43,21 @@ Bytes FaultInjector::randomBytes(std::size_t count) {
     return bytes;
 }
 
-CommandFate FaultInjector::command(FaultState &state, std::uint16_t code) {
+bool FaultInjector::isDeaf(FaultState &state, bool matches, TimePoint now) {
+    if (!state.outageEnd && matches && state.heard++ >= state.config.deafAfter)
+        state.outageEnd = now + state.config.outage;
+    return state.outageEnd && now < *state.outageEnd;
+}
+
+CommandFate FaultInjector::command(FaultState &state, std::uint16_t code, TimePoint now) {
     const FaultConfig &config = state.config;
+    const bool matches = config.commands.empty() ||
+                         std::find(config.commands.begin(), config.commands.end(), code) != config.commands.end();
     CommandFate fate;
-    if (state.arrived >= config.silentAfter) {
+    if (state.arrived >= config.silentAfter || isDeaf(state, matches, now)) {
         fate.lost = true;
         return fate;
     }
-    const bool matches = config.commands.empty() ||
-                         std::find(config.commands.begin(), config.commands.end(), code) != config.commands.end();
     fate.exposed = matches && state.exposed < config.limit;
     state.exposed += fate.exposed ? 1 : 0;
     fate.lost = fate.exposed && happens(config.lossToCamera);
@@ -65,7 +71,7 @@ void FaultInjector::acknowledge(const FaultState &state, const CommandFate &fate
     const std::chrono::milliseconds range = config.delayMax - config.delayMin;
     const std::chrono::microseconds extra(
         range.count() == 0 ? 0 : between(0, static_cast<std::uint64_t>(range.count()) * 1000));
-    const TimePoint due = now + config.delayMin + extra;
+    const TimePoint due = now + reply.delay + config.delayMin + extra;
     if (!fate.exposed) {
         out.push_back({std::move(reply), due});
         return;

@@ -4,6 +4,7 @@
 #include "camsim/FaultConfig.h"
 
 #include <cstdint>
+#include <optional>
 #include <random>
 #include <vector>
 
@@ -14,6 +15,8 @@ struct FaultState {
     FaultConfig config;
     std::uint64_t arrived = 0; ///< commands, for FaultConfig::silentAfter
     std::uint64_t exposed = 0; ///< commands, for FaultConfig::limit
+    std::uint64_t heard = 0;   ///< commands, for FaultConfig::deafAfter
+    std::optional<TimePoint> outageEnd = std::nullopt;
 };
 
 /// What becomes of one command and its acknowledges.
@@ -34,13 +37,14 @@ class FaultInjector {
 public:
     explicit FaultInjector(std::uint64_t seed) : generator_(seed) {}
 
-    CommandFate command(FaultState &state, std::uint16_t code);
+    CommandFate command(FaultState &state, std::uint16_t code, TimePoint now);
     /// Appends what is really sent for `reply`.
     void acknowledge(const FaultState &state, const CommandFate &fate, Reply reply, TimePoint now,
                      std::vector<Outgoing> &out);
     std::uint64_t applied() const { return applied_; }
 
 private:
+    static bool isDeaf(FaultState &state, bool matches, TimePoint now);
     bool happens(double percent);
     std::uint64_t between(std::uint64_t low, std::uint64_t high);
     std::vector<std::uint8_t> randomBytes(std::size_t count);

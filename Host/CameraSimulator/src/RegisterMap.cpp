@@ -11,7 +11,9 @@ constexpr std::uint32_t identityEnd = 0x00F8;
 constexpr std::uint32_t urlSize = 512;
 constexpr std::uint32_t persistentBlock = 0x0640; // three address fields of 16 bytes
 constexpr std::uint32_t controlBlock = 0x0900;    // channel counts up to the discovery acknowledge delay
-constexpr std::uint32_t primaryApplication = 0x0A04;
+constexpr std::uint32_t activeLinks = 0x0910;
+constexpr std::uint32_t timestampEnd = 0x0950;
+constexpr std::int64_t usualPendingTimeout = 100; // ms
 constexpr std::uint32_t nominalTick = 1000000000; // ns
 
 std::uint64_t endOf(const MemoryRegion &region) { return std::uint64_t{region.address} + region.bytes.size(); }
@@ -66,7 +68,8 @@ void RegisterMap::addIdentity(const CameraConfig &config) {
     addBootstrap(0, GEV_REG_NETWORK_INTERFACE_CONFIGURATION, false);
     addBootstrap(GEV_REG_NETWORK_INTERFACE_CONFIGURATION, 4, true);
     addBootstrap(0x0018, GEV_REG_USER_DEFINED_NAME - 0x0018, false);
-    addBootstrap(GEV_REG_USER_DEFINED_NAME, identityEnd - GEV_REG_USER_DEFINED_NAME, true);
+    addBootstrap(GEV_REG_USER_DEFINED_NAME, identityEnd - GEV_REG_USER_DEFINED_NAME,
+                 (config.capabilities & GEV_CAPABILITY_USER_DEFINED_NAME) != 0);
     set(GEV_REG_VERSION, config.gevVersion);
     set(GEV_REG_DEVICE_MODE, config.deviceMode);
     set(GEV_REG_DEVICE_MAC_HIGH, static_cast<std::uint32_t>(config.mac.toNumber() >> 32));
@@ -101,14 +104,22 @@ void RegisterMap::addControl(const CameraConfig &config) {
     addBootstrap(controlBlock, GEV_REG_HEARTBEAT_TIMEOUT - controlBlock, false);
     addBootstrap(GEV_REG_HEARTBEAT_TIMEOUT, 4, true);
     addBootstrap(GEV_REG_TIMESTAMP_TICK_FREQUENCY_HIGH, 8, false);
+    addBootstrap(GEV_REG_TIMESTAMP_CONTROL, 4, true);
+    addBootstrap(GEV_REG_TIMESTAMP_VALUE_HIGH, timestampEnd - GEV_REG_TIMESTAMP_VALUE_HIGH, false);
+    addBootstrap(GEV_REG_PENDING_TIMEOUT, 4, false);
     addBootstrap(GEV_REG_CONTROL_CHANNEL_PRIVILEGE, 4, true);
-    addBootstrap(primaryApplication, 0x14, false);
+    if ((config.capabilities & GEV_CAPABILITY_PRIMARY_APPLICATION) != 0)
+        addBootstrap(GEV_REG_PRIMARY_APPLICATION_PORT, 0x14, false);
     addBootstrap(GEV_REG_MESSAGE_CHANNEL_PORT, 4, true);
     addBootstrap(GEV_REG_MESSAGE_CHANNEL_DESTINATION, 12, true);
     addBootstrap(GEV_REG_STREAM_CHANNEL_PORT, GEV_STREAM_CHANNEL_STRIDE, true);
     set(GEV_REG_NUMBER_OF_MESSAGE_CHANNELS, 1);
     set(GEV_REG_NUMBER_OF_STREAM_CHANNELS, 1);
-    set(GEV_REG_GVCP_CAPABILITY, config.capabilities);
+    set(activeLinks, 1);
+    const bool pends = config.sendsPendingAck && config.flashTime.count() > 0;
+    set(GEV_REG_GVCP_CAPABILITY, config.capabilities | (pends ? std::uint32_t{GEV_CAPABILITY_PENDING_ACK} : 0));
+    set(GEV_REG_PENDING_TIMEOUT,
+        static_cast<std::uint32_t>(std::max<std::int64_t>(config.flashTime.count(), usualPendingTimeout)));
     set(GEV_REG_HEARTBEAT_TIMEOUT, static_cast<std::uint32_t>(config.heartbeatTimeout.count()));
     set(GEV_REG_TIMESTAMP_TICK_FREQUENCY_LOW, nominalTick);
 }

@@ -9,6 +9,7 @@
 #include <functional>
 #include <istream>
 #include <iterator>
+#include <limits>
 #include <utility>
 
 namespace camsim {
@@ -127,7 +128,7 @@ const CameraKey cameraKeys[] = {
      [](CameraText &c, Text v) { c.config.gevVersion = toWord(v); }},
     {"device-mode", "NUMBER", "register 0x0004, bit 31 for a big-endian device",
      [](CameraText &c, Text v) { c.config.deviceMode = toWord(v); }},
-    {"capabilities", "NUMBER", "register 0x0934, bit 0 concatenation, bit 1 WRITEMEM",
+    {"capabilities", "NUMBER", "register 0x0934, bit 0 concatenation, 1 WRITEMEM, 27 holder, 30 serial number, 31 name",
      [](CameraText &c, Text v) { c.config.capabilities = toWord(v); }},
     {"vendor-config", "supported|not-implemented|error|silent", "the vendor IP-configuration command",
      [](CameraText &c, Text v) {
@@ -153,6 +154,17 @@ const CameraKey cameraKeys[] = {
                                                                   {"refuse", WhileControlled::Refuse},
                                                                   {"ignore", WhileControlled::Ignore}});
      }},
+    {"applies", "yes|no", "no: acknowledges FORCEIP and the vendor command but stays as it is",
+     [](CameraText &c, Text v) { c.config.appliesBroadcasts = toBool(v); }},
+    {"ignored-restarts", "N|all", "so many commands to restart the IP configuration do nothing",
+     [](CameraText &c, Text v) {
+         constexpr auto all = std::numeric_limits<std::uint64_t>::max();
+         c.config.ignoredRestarts = v == "all" ? all : toNumber(v, all);
+     }},
+    {"flash", "MS", "a write of stored settings takes so long",
+     [](CameraText &c, Text v) { c.config.flashTime = std::chrono::milliseconds(toNumber(v, 65535)); }},
+    {"pending-ack", "yes|no", "announces an acknowledge that takes so long, or is just late",
+     [](CameraText &c, Text v) { c.config.sendsPendingAck = toBool(v); }},
     {"held-by", "ADDRESS:PORT [control|exclusive]", "an application has control from the start",
      [](CameraText &c, Text v) { c.config.heldBy = toHolder(v); }},
     {"heartbeat", "MS", "heartbeat timeout",
@@ -198,6 +210,10 @@ const FaultKey faultKeys[] = {
      }},
     {"silent-after", "N", "silence for good after N commands",
      [](FaultConfig &f, Text v) { f.silentAfter = toNumber(v, FaultConfig::forever); }},
+    {"deaf-after", "N", "an outage starts with the command after N of them",
+     [](FaultConfig &f, Text v) { f.deafAfter = toNumber(v, FaultConfig::forever); }},
+    {"outage", "MS", "its length; nothing is heard meanwhile",
+     [](FaultConfig &f, Text v) { f.outage = toMilliseconds(v); }},
     {"limit", "N", "only the first N commands are exposed to faults",
      [](FaultConfig &f, Text v) { f.limit = toNumber(v, FaultConfig::forever); }},
     {"commands", "NAME[+NAME...]", "only these: discovery, forceip, readreg, writereg, readmem, writemem, setipconfig",

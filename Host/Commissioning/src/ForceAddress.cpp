@@ -35,6 +35,10 @@ AddressQuestion questionOf(const ForceRequest &request) {
     return question;
 }
 
+std::string stillAt(const CQuorelGigEDeviceInfo &camera, const char *what) {
+    return std::string(what) + " still has the address " + toText(currentAddressOf(camera)) + ".";
+}
+
 /// With the camera as it is now, after an attempt in vain.
 std::string reasonOfFailure(const Context &context, const std::string &mac) {
     std::optional<CQuorelGigEDeviceInfo> camera = lookFor(context, mac);
@@ -42,9 +46,7 @@ std::string reasonOfFailure(const Context &context, const std::string &mac) {
         return "No camera with this MAC address answered.";
     testAccessibility(context.layer, *camera);
     const std::string obstacle = forceObstacle(*camera);
-    return obstacle.empty()
-               ? "The camera did not answer, and it still has the address " + toText(currentAddressOf(*camera)) + "."
-               : obstacle;
+    return obstacle.empty() ? stillAt(*camera, "The camera did not acknowledge and") : obstacle;
 }
 
 void takeOver(const Context &context, const TemporaryAddress &entered) {
@@ -53,23 +55,27 @@ void takeOver(const Context &context, const TemporaryAddress &entered) {
     context.interaction.updated(entered.mac, entered.address);
 }
 
-bool forceAndAwait(const Context &context, const TemporaryAddress &entered, Address *pForced) {
+Attempt forceAndAwait(const Context &context, const TemporaryAddress &entered, Address *pForced, std::string *pReason) {
     const char *const mac = entered.mac.c_str();
     const auto indication = context.interaction.begin(Step::Force);
     context.trace.progress("Now forcing IP for MAC=%s. Retries remaining=%i.", mac, 0);
     sendForcedAddress(context, entered);
     context.trace.progress("Successfully forced IP for MAC=%s.", mac);
+    const std::optional<CQuorelGigEDeviceInfo> back = waitForDevice(context, entered.mac);
+    if (back && currentAddressOf(*back) != entered.address) {
+        *pReason = stillAt(*back, "The camera acknowledged but");
+        return Attempt::AskAgain;
+    }
     if (pForced)
         *pForced = entered.address;
-    const bool isBack = waitForDevice(context, entered.mac).has_value();
     takeOver(context, entered);
-    return isBack;
+    return back ? Attempt::Done : Attempt::Failed;
 }
 
 Attempt attempt(const Context &context, const TemporaryAddress &entered, Address *pForced, std::string *pReason) {
     const char *const mac = entered.mac.c_str();
     try {
-        return forceAndAwait(context, entered, pForced) ? Attempt::Done : Attempt::Failed;
+        return forceAndAwait(context, entered, pForced, pReason);
     } catch (const GenICam::GenericException &error) {
         context.trace.error("Failed to force IP for MAC=%s. Err='%s'", mac, error.GetDescription());
         context.interaction.failure("forceIp", std::current_exception(), nullptr);

@@ -11,11 +11,6 @@ using Corvo::CQuorelGigEDeviceInfo;
 
 namespace {
 
-// Of the control channel's holder, and the capability that says that the camera has them.
-constexpr std::uint32_t PrimaryApplicationPort = 0x0A04;
-constexpr std::uint32_t PrimaryApplicationAddress = 0x0A14;
-constexpr std::uint32_t HolderCapability = 0x08000000;
-
 bool hasMac(const std::array<std::uint32_t, 2> &registers, const CQuorelGigEDeviceInfo &device) {
     char mac[sizeof "025AE3000001"];
     std::snprintf(mac, sizeof mac, "%04X%08X", registers[0] & 0xFFFF, registers[1]);
@@ -46,9 +41,10 @@ std::optional<StoredAddresses> Registers::readStored() {
 }
 
 std::optional<Holder> Registers::readHolder() {
-    if ((read(GEV_REG_GVCP_CAPABILITY).value_or(0) & HolderCapability) == 0)
+    if ((read(GEV_REG_GVCP_CAPABILITY).value_or(0) & GEV_CAPABILITY_PRIMARY_APPLICATION) == 0)
         return std::nullopt;
-    const auto values = read(std::array<std::uint32_t, 2>{PrimaryApplicationAddress, PrimaryApplicationPort});
+    const auto values =
+        read(std::array<std::uint32_t, 2>{GEV_REG_PRIMARY_APPLICATION_IP_ADDRESS, GEV_REG_PRIMARY_APPLICATION_PORT});
     if (!values || (*values)[0] == 0)
         return std::nullopt;
     return Holder{(*values)[0], static_cast<std::uint16_t>((*values)[1]), std::nullopt};

@@ -66,6 +66,15 @@ std::string describeParts(const Change &change, const Result &result) {
     return describeWhole(mode, address, result);
 }
 
+/// The right address with something else that is wrong.
+std::string describeStored(const Change &change, const Result &result) {
+    const bool isHalf = change.mode == Mode::Static && result.stored && result.stored->address == change.address &&
+                        addressPart(change, result) == Part::Missing;
+    return isHalf ? " It has stored the address, with the mask " + toText(result.stored->mask) + " and the gateway " +
+                        toText(result.stored->gateway) + "."
+                  : "";
+}
+
 std::string modeText(const Corvo::CQuorelGigEDeviceInfo &device) {
     const std::optional<Mode> mode = modeOf(device);
     if (!mode)
@@ -90,6 +99,12 @@ std::string describePresent(const Change &change, const Result &result) {
     return text;
 }
 
+std::string nameRemark(const Change &change, const Result &result) {
+    return result.isNameLost
+               ? " The camera has lost its name \"" + std::string(change.device.GetUserDefinedName().c_str()) + "\"."
+               : "";
+}
+
 /// A camera with another mode may have kept its address because its server gives it just that.
 std::string remarkOf(const Change &change, const Result &result) {
     const bool keepsAddress = change.modeDiffers && change.mode != Mode::Static && result.now &&
@@ -105,8 +120,8 @@ std::string remarkOf(const Change &change, const Result &result) {
 
 std::string describe(const Change &change, const Result &result) {
     if (result.success)
-        return remarkOf(change, result);
-    return describeParts(change, result) + describePresent(change, result);
+        return remarkOf(change, result) + nameRemark(change, result);
+    return describeParts(change, result) + describeStored(change, result) + describePresent(change, result);
 }
 
 } // namespace commissioning

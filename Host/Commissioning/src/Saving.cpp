@@ -10,6 +10,7 @@
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Rediscovery.h"
 #include "commissioning/Search.h"
+#include "commissioning/SmallChanges.h"
 
 namespace commissioning {
 
@@ -265,7 +266,23 @@ bool Saving::verify() {
     if (!isDone)
         m_Context.trace.warning("MAC=%s is back without the settings it was sent.",
                                 m_Change.device.GetMacAddress().c_str());
+    else if (m_Result.path == Path::Broadcast)
+        keepName();
     return isDone;
+}
+
+/// The vendor command carries a name field that is left empty, which some cameras take for a name.
+void Saving::keepName() {
+    const CQuorelGigEDeviceInfo &before = m_Change.device;
+    const bool isGone = before.IsUserDefinedNameAvailable() && !before.GetUserDefinedName().empty() &&
+                        m_Result.now->GetUserDefinedName().empty();
+    if (!isGone)
+        return;
+    m_Context.trace.warning("MAC=%s has lost its user-defined name '%s'.", before.GetMacAddress().c_str(),
+                            before.GetUserDefinedName().c_str());
+    // One that cannot be read cannot be written either.
+    m_Result.isNameLost =
+        !m_Result.stored || !rename(m_Context, *m_Result.now, before.GetUserDefinedName().c_str()).success;
 }
 
 void Saving::inspect() {

@@ -28,6 +28,7 @@ struct Reply {
     Ipv4 source;
     Ipv4 gateway; ///< the router the datagram has to take; 0.0.0.0 when the destination is on the camera's link
     std::vector<std::uint8_t> bytes;
+    std::chrono::milliseconds delay{0}; ///< until the camera sends it
 };
 
 /// A camera's state at one moment.

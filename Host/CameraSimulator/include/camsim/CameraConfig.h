@@ -66,7 +66,11 @@ struct CameraConfig {
 
     std::uint32_t gevVersion = 0x00020000;                      ///< major in the high half, minor in the low half
     std::uint32_t deviceMode = GEV_DEVICE_MODE_BIG_ENDIAN | 1u; ///< register 0x0004; character set 1 is UTF-8
-    std::uint32_t capabilities = GEV_CAPABILITY_CONCATENATION | GEV_CAPABILITY_WRITEMEM; ///< register 0x0934
+    /// Register 0x0934. The holder's address and port can be read, and the user-defined name be written, where it says
+    /// so; the bit of pending acknowledges is added for a camera that sends them.
+    std::uint32_t capabilities = GEV_CAPABILITY_CONCATENATION | GEV_CAPABILITY_WRITEMEM |
+                                 GEV_CAPABILITY_PRIMARY_APPLICATION | GEV_CAPABILITY_SERIAL_NUMBER |
+                                 GEV_CAPABILITY_USER_DEFINED_NAME;
 
     /// Supported modes, register 0x0010 (masks GEV_IP_CONFIG_...).
     std::uint32_t ipOptions = GEV_IP_CONFIG_PERSISTENT_IP | GEV_IP_CONFIG_DHCP | GEV_IP_CONFIG_LLA;
@@ -87,6 +91,15 @@ struct CameraConfig {
     BroadcastAck broadcastAck = BroadcastAck::WhenNeeded;
     ForceIpAck forceIpAck = ForceIpAck::FromNewAddress;
     WhileControlled whileControlled = WhileControlled::Refuse;
+
+    /// false: FORCEIP and the vendor command are acknowledged with success and change nothing.
+    bool appliesBroadcasts = true;
+    /// So many FORCEIP to 0.0.0.0, the command to restart the IP configuration, do nothing.
+    std::uint64_t ignoredRestarts = 0;
+    /// Time that a write of stored settings takes: it is acknowledged that late. 65535 ms at most.
+    std::chrono::milliseconds flashTime{0};
+    /// Whether a PENDING_ACK announces the late acknowledge.
+    bool sendsPendingAck = true;
 
     std::optional<Holder> heldBy; ///< An application in control from the start; lost at a power cycle.
     bool heartbeatExpires = true; ///< false: the privilege is only given back by its holder.

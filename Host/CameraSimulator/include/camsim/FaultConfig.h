@@ -27,8 +27,12 @@ struct FaultConfig {
     static constexpr std::uint64_t forever = std::numeric_limits<std::uint64_t>::max();
     /// The camera is silent for good after this many commands that reached it, counted from the setting of the faults.
     std::uint64_t silentAfter = forever;
+    /// After this many commands that reached the camera (of those in `commands`) the next one starts an outage: the
+    /// camera hears nothing for `outage`. It happens once after the setting of the faults.
+    std::uint64_t deafAfter = forever;
+    std::chrono::milliseconds outage{0};
     /// Faults happen to the first `limit` commands they can happen to, then the traffic is clean. With a chance of
-    /// 100 this loses exactly the first n acknowledges. Delay and silence are not limited.
+    /// 100 this loses exactly the first n acknowledges. Delay, silence and outage are not limited.
     std::uint64_t limit = forever;
     /// Command codes that faults happen to; empty means all.
     std::vector<std::uint16_t> commands;

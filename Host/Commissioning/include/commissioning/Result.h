@@ -31,6 +31,7 @@ struct Result {
     Path path = Path::None; ///< the last one taken
     Delivery mode = Delivery::NotSent;
     Delivery addresses = Delivery::NotSent;
+    bool isNameLost = false; ///< the camera's user-defined name is gone and could not be written back
     Verification verification = Verification::None;
     std::optional<Corvo::CQuorelGigEDeviceInfo> now; ///< the camera as it was last heard; none when it was not
     std::optional<StoredAddresses> stored;           ///< none when they could not be read

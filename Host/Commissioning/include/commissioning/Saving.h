@@ -40,6 +40,7 @@ private:
     bool isStored() const;
     /// Of the camera that is back.
     bool verify();
+    void keepName();
     void readBack();
     void inspect();
 

@@ -6,7 +6,8 @@ namespace GxImp::Posix {
 /// owner, that the object lives until Deliver has run.
 class CAsyncCallback {
 public:
-    void Queue() noexcept;
+    /// \return false when no thread can be made; nothing will be delivered then.
+    [[nodiscard]] bool Queue() noexcept;
 
 protected:
     CAsyncCallback() noexcept = default;

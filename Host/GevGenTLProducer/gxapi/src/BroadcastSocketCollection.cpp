@@ -19,6 +19,9 @@ namespace {
 
 std::atomic<std::uint64_t> g_DroppedDatagrams{0};
 
+/// Of a search for a port that is free on every adapter.
+constexpr int MaxPortAttempts = 8;
+
 } // namespace
 
 bool Pause::operator()(CSocket &) noexcept {
@@ -86,17 +89,28 @@ GXSTATUS CBroadcastSocketCollection::AddAdapter(void *self, const _GX_SOCKET_INT
 }
 
 GXSTATUS CBroadcastSocketCollection::PrepareSockets() noexcept {
+    GXSTATUS status = GX_SUCCESS;
+    bool isPortTaken = true;
+    for (int attempt = 0; attempt < MaxPortAttempts && isPortTaken; ++attempt)
+        status = PrepareRows(&isPortTaken);
+    return status;
+}
+
+GXSTATUS CBroadcastSocketCollection::PrepareRows(bool *pIsPortTaken) noexcept {
+    *pIsPortTaken = false;
     bool anyReady = false;
     std::uint16_t commonPort = 0;
     GXSTATUS lastError = GxStatusFromSocket(ENODEV);
     for (std::size_t row = 0; row < m_Adapters.Count; ++row) {
         const GXSTATUS status = PrepareSocket(row, commonPort);
         if (status == GX_SUCCESS) {
-            anyReady = true;
-        } else {
-            lastError = status;
-            m_Sockets[row].Close();
+            anyReady = anyReady || !IsDedicatedReceiver(row); // which alone could only listen
+            continue;
         }
+        lastError = status;
+        m_Sockets[row].Close();
+        // The first row's port is free on its own address; somebody else may have it on another.
+        *pIsPortTaken = *pIsPortTaken || (commonPort != 0 && status == GxStatusFromSocket(EADDRINUSE));
     }
     return anyReady ? GX_SUCCESS : lastError;
 }
@@ -175,8 +189,7 @@ GXSTATUS CBroadcastSocketCollection::BindRow(std::size_t row, std::uint16_t &com
 }
 
 bool CBroadcastSocketCollection::IsSender(std::size_t row) const noexcept {
-    const bool isDedicatedReceiver = m_HasDedicatedReceiver && row == 0;
-    return m_Sockets[row].IsOpen() && !isDedicatedReceiver && &m_Sockets[row] != m_pUnicastSocket;
+    return m_Sockets[row].IsOpen() && !IsDedicatedReceiver(row) && &m_Sockets[row] != m_pUnicastSocket;
 }
 
 GXSTATUS CBroadcastSocketCollection::SendBroadcast(const GXBUF &request, bool limitedBroadcast,

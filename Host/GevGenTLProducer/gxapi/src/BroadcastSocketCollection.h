@@ -73,9 +73,12 @@ private:
     void AddSharedRow(in_addr_t networkOrderAddress) noexcept;
     static GXSTATUS AddAdapter(void *self, const _GX_SOCKET_INTERFACE_INFO &info) noexcept;
     [[nodiscard]] GXSTATUS PrepareSockets() noexcept;
+    /// One attempt, with one common port. \param pIsPortTaken whether an adapter is missing because of the port.
+    [[nodiscard]] GXSTATUS PrepareRows(bool *pIsPortTaken) noexcept;
     [[nodiscard]] GXSTATUS PrepareSocket(std::size_t row, std::uint16_t &commonPort) noexcept;
     [[nodiscard]] GXSTATUS SetOptions(std::size_t row) noexcept;
     [[nodiscard]] GXSTATUS BindRow(std::size_t row, std::uint16_t &commonPort) noexcept;
+    bool IsDedicatedReceiver(std::size_t row) const noexcept { return m_HasDedicatedReceiver && row == 0; }
     bool IsSender(std::size_t row) const noexcept;
     void CountDrops() noexcept;
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <ctime>
 
 namespace GxImp {
 
@@ -17,6 +16,12 @@ std::int64_t Now() noexcept {
 }
 
 } // namespace
+
+timespec MonotonicIn(std::uint32_t milliseconds) noexcept {
+    const std::int64_t time_ns = Now() + milliseconds * NanosecondsPerMillisecond;
+    constexpr std::int64_t Second_ns = 1000 * NanosecondsPerMillisecond;
+    return {static_cast<time_t>(time_ns / Second_ns), static_cast<long>(time_ns % Second_ns)};
+}
 
 Deadline::Deadline(std::uint32_t timeout_ms) noexcept
     : m_Deadline_ns(timeout_ms == GX_INFINITE ? -1 : Now() + timeout_ms * NanosecondsPerMillisecond) {}

@@ -1,11 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 
 /// Timeout value for waiting without end.
 constexpr std::uint32_t GX_INFINITE = 0xFFFFFFFF;
 
 namespace GxImp {
+
+/// The time of the monotonic clock a while from now.
+timespec MonotonicIn(std::uint32_t milliseconds) noexcept;
 
 /// A point in time on the monotonic clock, so that neither signals nor clock changes extend a wait.
 class Deadline {

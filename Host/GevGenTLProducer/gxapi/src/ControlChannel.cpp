@@ -2,8 +2,10 @@
 
 #include "ControlChannelImp.h"
 #include "Error.h"
+#include "GvcpCommands.h"
 #include "TraceImp.h"
 
+#include <algorithm>
 #include <cstring>
 #include <iterator>
 #include <new>
@@ -15,6 +17,10 @@ namespace {
 constexpr std::uint32_t MinHeartbeatTimeout_ms = 500;
 constexpr std::uint32_t DefaultHeartbeatTimeout_ms = 3000;
 constexpr std::uint32_t PrivilegeMask = GEV_EXCLUSIVE_CONTROL_ACCESS | GEV_CONTROL_ACCESS;
+
+/// Of the attempts to give the privilege back to a silent device: outages while a link comes up again last as long.
+constexpr std::uint32_t MaxReleaseTime_ms = 3000;
+constexpr std::uint32_t ReleasePeriod_ms = 200;
 
 /// The host beats three times within the device's timeout.
 constexpr std::uint32_t HeartbeatPeriod(std::uint32_t timeout_ms) noexcept { return timeout_ms / 3; }
@@ -48,11 +54,13 @@ GXSTATUS CControlChannel::Open(const sockaddr *deviceAddress, std::uint32_t acce
         status = StartHeartbeat();
     if (status == GX_SUCCESS)
         status = ReadCapabilities();
-    if (status != GX_SUCCESS) {
-        (void)m_HeartbeatTimer.Stop();
-        Disconnect();
-        m_GxSocket.Close();
+    if (status == GX_SUCCESS) {
+        m_Opened = true;
+        return status;
     }
+    (void)m_HeartbeatTimer.Stop();
+    Disconnect();
+    m_GxSocket.Close();
     return status;
 }
 
@@ -76,10 +84,9 @@ GXSTATUS CControlChannel::OpenSocket() noexcept {
 GXSTATUS CControlChannel::GainPrivilege(std::uint32_t accessFlags) noexcept {
     if ((accessFlags & PrivilegeMask) == 0)
         return GX_SUCCESS;
+    m_DeviceAccessFlags = accessFlags; // The consent may be lost on its way; only a refusal changes this.
     const GXSTATUS status = WriteOneReg(GEV_REG_CONTROL_CHANNEL_PRIVILEGE, accessFlags);
-    if (status == GX_SUCCESS)
-        m_DeviceAccessFlags = accessFlags;
-    else
+    if (status != GX_SUCCESS)
         GX_TRACE(FlagControlChannel, LevelError, "Failed to gain access priviledges 0x%08x. 0x%08X.", accessFlags,
                  status);
     return status;
@@ -120,7 +127,60 @@ void CControlChannel::ReleasePrivilege() noexcept {
     if (status != GX_SUCCESS)
         GX_TRACE(FlagControlChannel, LevelError, "Failed to release control channel 0x%08x. 0x%08X.", privilege,
                  status);
+    if (status == GX_E_DISCONNECTED)
+        SendRelease(); // The outage that ended the channel may be over.
     m_DeviceAccessFlags = 0;
+}
+
+void CControlChannel::LoseToOutage() noexcept {
+    SurpriseRemoval();
+    if (m_DeviceAccessFlags == 0)
+        return;
+    SendRelease();
+    if (!m_Opened)
+        return;
+    AddRef();
+    if (!m_PrivilegeReleaser.Queue())
+        Release(); // not the last reference: the caller has one
+}
+
+void CControlChannel::SendRelease() noexcept {
+    Posix::CAutoLock lock(m_CriticalSection);
+    if (m_Release.Header.FortyTwo != GVCP_KEY) {
+        FormatHeader(m_Release.Header, GEV_COMMAND_FLAG_ANSWER, TAG_WRITEREG_CMD, sizeof m_Release.Item,
+                     TakeRequestId());
+        m_Release.Item = {htonl(GEV_REG_CONTROL_CHANNEL_PRIVILEGE), 0};
+    }
+    (void)m_GxSocket.SendTo(&m_Release, sizeof m_Release, deviceAddr);
+}
+
+/// True when the device has answered, or when no answer can be received.
+bool CControlChannel::AwaitRelease() noexcept {
+    const Deadline end(ReleasePeriod_ms);
+    GXSTATUS status = GX_SUCCESS;
+    while (status == GX_SUCCESS && !end.HasPassed()) {
+        GVCP_WRITE_RESPONSE response{};
+        std::size_t received = 0;
+        status = m_GxSocket.Recv(&response, sizeof response, static_cast<std::uint32_t>(end.RemainingPollTimeout()),
+                                 &received);
+        if (received >= sizeof response.Header && response.Header.AckId == m_Release.Header.ReqId)
+            return true;
+    }
+    return status != GX_SUCCESS && status != GX_E_TIMEOUT;
+}
+
+void CControlChannel::CPrivilegeReleaser::Deliver() noexcept {
+    // A device takes the privilege back by itself after the heartbeat timeout.
+    const Deadline end(std::min<std::uint32_t>(m_Channel.m_HeartbeatTimeout_ms, MaxReleaseTime_ms));
+    while (!m_Channel.AwaitRelease() && !end.HasPassed())
+        m_Channel.SendRelease();
+    m_Channel.Release(); // may delete the channel and, with it, this object
+}
+
+std::uint16_t CControlChannel::TakeRequestId() noexcept {
+    const std::uint16_t id = XactId;
+    XactId = static_cast<std::uint16_t>(id + (id == 0xFFFF ? 2 : 1)); // never 0
+    return id;
 }
 
 GXSTATUS CControlChannel::Destroy() noexcept {
@@ -135,25 +195,27 @@ GXSTATUS CControlChannel::Destroy() noexcept {
 }
 
 void CControlChannel::Disconnect() noexcept {
-    {
-        // In one go: a heartbeat that waits for the lock must not beat without the privilege.
-        Posix::CAutoLock lock(m_CriticalSection);
-        ReleasePrivilege();
-        m_Disconnected = true;
-    }
+    ReleasePrivilege();
+    m_Disconnected = true;
     m_HeartbeatTimer.Join(); // The thread must be gone before the last reference is.
+    DeliverRemoval();
 }
 
 void CControlChannel::SurpriseRemoval() noexcept {
     if (m_Disconnected.exchange(true))
         return;
+    if (m_SurpriseRemovalCallback.IsRegistered()) {
+        AddRef();
+        m_RemovalPending = !m_SurpriseRemovalCallback.Queue();
+    }
     const GXSTATUS status = m_HeartbeatTimer.Stop();
     if (status != GX_SUCCESS)
         GX_TRACE(FlagControlChannel, LevelError, "Failed to stop heartbeat timer. Status 0x%08X.", status);
-    if (!m_SurpriseRemovalCallback.IsRegistered())
-        return;
-    AddRef();
-    m_SurpriseRemovalCallback.Queue();
+}
+
+void CControlChannel::DeliverRemoval() noexcept {
+    if (m_RemovalPending.exchange(false))
+        m_SurpriseRemovalCallback.Deliver(); // may delete this channel
 }
 
 void CControlChannel::CSurpriseRemovalCallback::Register(SurpriseRemovalCallback *callee) noexcept {
@@ -197,9 +259,13 @@ GXSTATUS CControlChannel::SetHeartbeatTimeout(std::uint32_t ms) noexcept {
         GX_TRACE(FlagControlChannel, LevelError, "Attempt to set too small heartbeat timeout of %u ms.", ms);
         return GX_E_HEARTBEAT_TOO_SMALL;
     }
+    // One change at a time: else one caller's timeout could reach the device and the other's the timer.
+    Posix::CAutoLock lock(m_HeartbeatChange);
     const std::uint32_t before = m_HeartbeatTimeout_ms.exchange(ms);
-    if (!m_HeartbeatTimer.IsStarted())
-        return GX_SUCCESS;
+    return m_HeartbeatTimer.IsStarted() ? ChangeHeartbeat(before, ms) : GX_SUCCESS;
+}
+
+GXSTATUS CControlChannel::ChangeHeartbeat(std::uint32_t before, std::uint32_t ms) noexcept {
     // In either order the host beats faster than the device expects, all the time.
     if (ms <= before) {
         const GXSTATUS status = RetriggerHeartbeat(ms);

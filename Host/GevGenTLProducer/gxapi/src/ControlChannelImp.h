@@ -13,9 +13,9 @@ namespace GxImp {
 
 /// The control channel over a UDP socket.
 ///
-/// Lock order: the lock of the surprise-removal callback (whose callee may call the channel), the timer mutex (held by
-/// the heartbeat), m_CriticalSection. A thread that holds a started transaction therefore must not call
-/// SetHeartbeatTimeout or Destroy. Members that other threads read without m_CriticalSection are atomic.
+/// Lock order: the lock of the surprise-removal callback (whose callee may call the channel), m_HeartbeatChange, the
+/// timer mutex (held by the heartbeat), m_CriticalSection. A thread that holds a started transaction therefore must not
+/// call SetHeartbeatTimeout or Destroy. Members that other threads read without m_CriticalSection are atomic.
 class CControlChannel : public Gx::ControlChannel, public CRefCounted {
 public:
     class CXaction;
@@ -61,8 +61,12 @@ public:
     [[nodiscard]] GXSTATUS WriteMemEmulated(std::uint32_t address, const void *data, std::uint32_t size) noexcept;
 
     /// Declares the device lost: disconnects for good, stops the heartbeat and queues the callback, if one is
-    /// registered.
+    /// registered. When no thread can be made for it the callback runs as the last act of the heartbeat's.
     void SurpriseRemoval() noexcept;
+    /// The same for a device that has fallen silent. It may hold our privilege until its heartbeat timeout and be
+    /// closed to everybody, so it is told that the privilege is given back: at once, when the channel is destroyed,
+    /// and meanwhile, for three seconds at most, until it answers. The caller holds m_CriticalSection.
+    void LoseToOutage() noexcept;
 
 private:
     using Property = std::atomic<std::uint32_t>;
@@ -86,8 +90,6 @@ private:
         explicit CSurpriseRemovalCallback(CControlChannel &parent) noexcept : m_pParentControlChannel(&parent) {}
         void Register(SurpriseRemovalCallback *callee) noexcept;
         bool IsRegistered() const noexcept { return m_pCallee != nullptr; }
-
-    protected:
         void Deliver() noexcept override;
 
     private:
@@ -102,6 +104,19 @@ private:
 
     protected:
         void TimeoutRoutine() noexcept override;
+        void OnEnded() noexcept override { m_Channel.DeliverRemoval(); }
+
+    private:
+        CControlChannel &m_Channel;
+    };
+
+    /// Gives the privilege back to a device that may be silent for a while, on a thread of its own.
+    class CPrivilegeReleaser : public Posix::CAsyncCallback {
+    public:
+        explicit CPrivilegeReleaser(CControlChannel &channel) noexcept : m_Channel(channel) {}
+
+    protected:
+        void Deliver() noexcept override;
 
     private:
         CControlChannel &m_Channel;
@@ -112,20 +127,34 @@ private:
     [[nodiscard]] GXSTATUS StartHeartbeat() noexcept;
     [[nodiscard]] GXSTATUS ReadCapabilities() noexcept;
     void ReleasePrivilege() noexcept;
+    void SendRelease() noexcept;
+    bool AwaitRelease() noexcept;
+    void DeliverRemoval() noexcept;
+    std::uint16_t TakeRequestId() noexcept;
     /// Ends the use of a channel whose heartbeat was stopped.
     void Disconnect() noexcept;
     [[nodiscard]] GXSTATUS WriteHeartbeatTimeout(std::uint32_t ms) noexcept;
     [[nodiscard]] GXSTATUS RetriggerHeartbeat(std::uint32_t ms) noexcept;
+    [[nodiscard]] GXSTATUS ChangeHeartbeat(std::uint32_t before, std::uint32_t ms) noexcept;
     [[nodiscard]] GXSTATUS WriteOneReg(std::uint32_t address, std::uint32_t value) noexcept;
     bool HasCapability(std::uint32_t bits) const noexcept { return (m_GvcpCapabilities & bits) != 0; }
 
     CSurpriseRemovalCallback m_SurpriseRemovalCallback{*this};
+    CPrivilegeReleaser m_PrivilegeReleaser{*this};
+    /// Request that gives the privilege back, the same in every attempt; guarded by m_CriticalSection until sent.
+    struct {
+        GVCP_WRITEREG_REQUEST Header;
+        GVCP_WRITEREG_ITEM Item;
+    } m_Release{};
+    Posix::CCriticalSection m_HeartbeatChange;
     CSocket m_GxSocket;
     sockaddr_in deviceAddr{};
     std::uint16_t XactId = 1; ///< next request id, guarded by m_CriticalSection
     Posix::CCriticalSection m_CriticalSection{Posix::CCriticalSection::Kind::Recursive};
     std::atomic<bool> m_Disconnected{false};
-    std::atomic<std::uint32_t> m_DeviceAccessFlags{0}; ///< privilege held: 0, 1 or 2
+    std::atomic<bool> m_RemovalPending{false};         ///< a callback without a thread of its own
+    std::atomic<bool> m_Opened{false};                 ///< the opening has succeeded
+    std::atomic<std::uint32_t> m_DeviceAccessFlags{0}; ///< privilege that may be held: 0, 1 or 2
     std::atomic<std::uint32_t> m_DeviceMode{0};
     std::atomic<std::uint32_t> m_GvcpCapabilities{0};
     std::atomic<std::uint32_t> m_HeartbeatTimeout_ms{3000};

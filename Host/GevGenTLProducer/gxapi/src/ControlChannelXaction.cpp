@@ -11,11 +11,15 @@ namespace GxImp {
 
 namespace {
 
-/// Each outdated acknowledge restarts the timeout; this many timeouts later no further one does.
+/// Each outdated acknowledge restarts the timeout; this many timeouts after the first one no further one does.
 constexpr std::uint64_t MaxOutdatedTimeouts = 50;
+/// However short the timeout is: some outdated acknowledges may have been on their way already.
+constexpr std::uint64_t MinPatience_ms = 1000;
+/// How long a device may put off one acknowledge; the channel's heartbeat waits meanwhile.
+constexpr std::uint32_t MaxPending_ms = 10000;
 
 Deadline PatienceFor(std::uint32_t timeout_ms, std::uint32_t attempts) noexcept {
-    const std::uint64_t patience_ms = timeout_ms * (attempts + MaxOutdatedTimeouts);
+    const std::uint64_t patience_ms = std::max(timeout_ms * (attempts + MaxOutdatedTimeouts), MinPatience_ms);
     return Deadline(static_cast<std::uint32_t>(std::min<std::uint64_t>(patience_ms, GX_INFINITE)));
 }
 
@@ -43,14 +47,12 @@ GXSTATUS CControlChannel::CXaction::Init(CControlChannel &channel, std::uint8_t 
 
     channel.m_CriticalSection.Enter();
     m_pControlChannel = &channel;
-    m_Patience = PatienceFor(m_Timeout, m_MaxAttempts);
     if (channel.m_Disconnected) {
         GX_TRACE(FlagControlChannel, LevelError, "Attempt to init transaction at disconnected control channel");
         return GX_E_DISCONNECTED;
     }
-    const std::uint16_t requestId = channel.XactId;
-    channel.XactId = static_cast<std::uint16_t>(requestId + (requestId == 0xFFFF ? 2 : 1));
-    FormatHeader(*Request<GVCP_REQUEST_HEADER>(), flags, command, static_cast<std::uint16_t>(length), requestId);
+    FormatHeader(*Request<GVCP_REQUEST_HEADER>(), flags, command, static_cast<std::uint16_t>(length),
+                 channel.TakeRequestId());
 
     const GXSTATUS status = Start();
     if (status != GX_SUCCESS)
@@ -77,7 +79,7 @@ GXSTATUS CControlChannel::CXaction::Complete(const GXBUF *buffers, std::size_t c
     GXSTATUS status = GX_SUCCESS;
     Verdict verdict = Verdict::Retry;
     while (verdict == Verdict::Retry) {
-        status = GxSocketRecv(m_pControlChannel->m_GxSocket, buffers, count, m_Timeout, pReceived);
+        status = GxSocketRecv(m_pControlChannel->m_GxSocket, buffers, count, WaitTime(), pReceived);
         if (status == GX_SUCCESS)
             verdict = Judge(*pReceived, &status);
         else if (status == GX_E_TIMEOUT)
@@ -86,6 +88,10 @@ GXSTATUS CControlChannel::CXaction::Complete(const GXBUF *buffers, std::size_t c
             return Lose(status);
     }
     return status;
+}
+
+std::uint32_t CControlChannel::CXaction::WaitTime() const noexcept {
+    return m_Completion ? static_cast<std::uint32_t>(m_Completion->RemainingPollTimeout()) : m_Timeout;
 }
 
 CControlChannel::CXaction::Verdict CControlChannel::CXaction::Judge(std::size_t received, GXSTATUS *pStatus) noexcept {
@@ -102,10 +108,7 @@ CControlChannel::CXaction::Verdict CControlChannel::CXaction::Judge(std::size_t 
     if (difference > 0) {
         GX_TRACE(FlagControlChannel, LevelWarning, "Outdated transaction id. Expected: 0x%02hx encountered: 0x%02hx.",
                  requestId, ackId);
-        if (!m_Patience.HasPassed())
-            return Verdict::Retry;
-        *pStatus = Lose(GX_E_GEV_NO_MSG);
-        return Verdict::Done;
+        return HandleOutdated(pStatus);
     }
     if (difference < 0) {
         GX_TRACE(FlagControlChannel, LevelError, "Wrong transaction id. Expected: 0x%02hx encountered: 0x%02hx.",
@@ -113,15 +116,40 @@ CControlChannel::CXaction::Verdict CControlChannel::CXaction::Judge(std::size_t 
         *pStatus = GX_E_UNEXPECTED_RESPONSE;
         return Verdict::Done;
     }
+    if (ntohs(response.Acknowledge) == TAG_PENDING_ACK && received >= sizeof(GVCP_PENDING_RESPONSE))
+        return HandlePending(ntohs(Response<GVCP_PENDING_RESPONSE>()->TimeToCompletion), pStatus);
     *pStatus = GxStatusFromGv(ntohs(response.Status));
     if (*pStatus == GX_E_GEV_ACCESS_DENIED) {
         GX_TRACE(FlagControlChannel, LevelError, "Control access priviledge lost.");
+        m_pControlChannel->m_DeviceAccessFlags = 0; // so there is none to give back
         m_pControlChannel->SurpriseRemoval();
     }
     return Verdict::Done;
 }
 
+CControlChannel::CXaction::Verdict CControlChannel::CXaction::HandleOutdated(GXSTATUS *pStatus) noexcept {
+    if (!m_Patience)
+        m_Patience = PatienceFor(m_Timeout, m_MaxAttempts);
+    if (!m_Patience->HasPassed())
+        return Verdict::Retry;
+    *pStatus = Lose(GX_E_GEV_NO_MSG);
+    return Verdict::Done;
+}
+
+CControlChannel::CXaction::Verdict CControlChannel::CXaction::HandlePending(std::uint16_t timeToCompletion_ms,
+                                                                            GXSTATUS *pStatus) noexcept {
+    GX_TRACE(FlagControlChannel, LevelVerbose, "Acknowledge pending for %hu ms.", timeToCompletion_ms);
+    if (!m_PendingEnd)
+        m_PendingEnd = Deadline(MaxPending_ms);
+    if (m_PendingEnd->HasPassed()) // Then it counts for nothing, however often it comes.
+        return HandleTimeout(pStatus);
+    const auto left_ms = static_cast<std::uint32_t>(m_PendingEnd->RemainingPollTimeout());
+    m_Completion = Deadline(std::min<std::uint32_t>(timeToCompletion_ms, left_ms));
+    return Verdict::Retry;
+}
+
 CControlChannel::CXaction::Verdict CControlChannel::CXaction::HandleTimeout(GXSTATUS *pStatus) noexcept {
+    m_Completion.reset();
     ++m_pControlChannel->m_StatisticReadWriteTimeoutCount;
     if (++m_CountOfAttempts >= m_MaxAttempts) {
         *pStatus = Lose(GX_E_GEV_NO_MSG);
@@ -139,7 +167,7 @@ CControlChannel::CXaction::Verdict CControlChannel::CXaction::HandleTimeout(GXST
 
 GXSTATUS CControlChannel::CXaction::Lose(GXSTATUS status) noexcept {
     GX_TRACE(FlagControlChannel, LevelError, "Failed to receive GVCP acknowledge. Status = 0x%08x)", status);
-    m_pControlChannel->SurpriseRemoval();
+    m_pControlChannel->LoseToOutage();
     return status;
 }
 
@@ -188,7 +216,7 @@ CControlChannel::CReadRegXaction::Create(std::uint32_t count) noexcept {
 GXSTATUS CControlChannel::CReadRegXaction::Init(CControlChannel &channel, const std::uint32_t *addresses,
                                                 std::uint32_t *values) noexcept {
     m_pValues = values;
-    auto *items = reinterpret_cast<std::uint32_t *>(Request<std::uint8_t>() + sizeof(GVCP_REQUEST_HEADER));
+    auto *items = reinterpret_cast<std::uint32_t *>(Request<std::uint8_t>() + sizeof(GVCP_READREG_REQUEST));
     for (std::uint32_t i = 0; i < Count; ++i)
         items[i] = htonl(addresses[i]);
     return CXaction::Init(channel, GEV_COMMAND_FLAG_ANSWER, TAG_READREG_CMD, 4 * Count, channel.m_ReadRegTimeout_ms,
@@ -196,7 +224,7 @@ GXSTATUS CControlChannel::CReadRegXaction::Init(CControlChannel &channel, const 
 }
 
 GXSTATUS CControlChannel::CReadRegXaction::Complete() noexcept {
-    const std::uint64_t expected = std::uint64_t{4} * Count + sizeof(GVCP_RESPONSE_HEADER);
+    const std::uint64_t expected = std::uint64_t{4} * Count + sizeof(GVCP_READREG_RESPONSE);
     if (expected > UINT32_MAX) {
         GX_TRACE(FlagControlChannel, LevelError, "Internal buffer overflow.");
         return GX_E_OVERFLOW;
@@ -214,7 +242,7 @@ GXSTATUS CControlChannel::CReadRegXaction::Complete() noexcept {
         return GX_E_SHORT_DATA;
     }
     const auto *items =
-        reinterpret_cast<const std::uint32_t *>(Response<std::uint8_t>() + sizeof(GVCP_RESPONSE_HEADER));
+        reinterpret_cast<const std::uint32_t *>(Response<std::uint8_t>() + sizeof(GVCP_READREG_RESPONSE));
     for (std::uint32_t i = 0; i < Count; ++i)
         m_pValues[i] = ntohl(items[i]);
     return GX_SUCCESS;
@@ -230,7 +258,7 @@ CControlChannel::CWriteRegXaction::Create(std::uint32_t count) noexcept {
 
 GXSTATUS CControlChannel::CWriteRegXaction::Init(CControlChannel &channel, const std::uint32_t *addresses,
                                                  const std::uint32_t *values) noexcept {
-    auto *items = reinterpret_cast<GVCP_WRITEREG_ITEM *>(Request<std::uint8_t>() + sizeof(GVCP_REQUEST_HEADER));
+    auto *items = reinterpret_cast<GVCP_WRITEREG_ITEM *>(Request<std::uint8_t>() + sizeof(GVCP_WRITEREG_REQUEST));
     for (std::uint32_t i = 0; i < Count; ++i)
         items[i] = {htonl(addresses[i]), htonl(values[i])};
     return CXaction::Init(channel, GEV_COMMAND_FLAG_ANSWER, TAG_WRITEREG_CMD, 8 * Count, channel.m_WriteRegTimeout_ms,

@@ -3,6 +3,8 @@
 #include "Clock.h"
 #include "ControlChannelImp.h"
 
+#include <optional>
+
 namespace GxImp {
 
 /// One request and its acknowledge. From Init until it is destroyed it holds the channel's lock, so it must be
@@ -40,7 +42,11 @@ private:
     [[nodiscard]] GXSTATUS Send() noexcept;
     /// What to do with a datagram that arrived: Retry asks for the next one.
     enum class Verdict { Done, Retry };
+    /// How long to wait for the next datagram, in ms.
+    std::uint32_t WaitTime() const noexcept;
     Verdict Judge(std::size_t received, GXSTATUS *pStatus) noexcept;
+    Verdict HandleOutdated(GXSTATUS *pStatus) noexcept;
+    Verdict HandlePending(std::uint16_t timeToCompletion_ms, GXSTATUS *pStatus) noexcept;
     Verdict HandleTimeout(GXSTATUS *pStatus) noexcept;
     GXSTATUS Lose(GXSTATUS status) noexcept;
 
@@ -52,7 +58,9 @@ private:
     std::size_t m_RequestLength = 0; ///< bytes to send
     std::uint32_t m_Timeout = 0;     ///< ms
     std::uint32_t m_MaxAttempts = 0;
-    Deadline m_Patience{GX_INFINITE}; ///< with a device that sends outdated acknowledges without end
+    std::optional<Deadline> m_Patience;   ///< with outdated acknowledges, from the first one on
+    std::optional<Deadline> m_Completion; ///< while pending: when the device wants to be done
+    std::optional<Deadline> m_PendingEnd; ///< of all that may be pending, from the first such message on
 };
 
 class CControlChannel::CReadRegXaction : public CXaction {

@@ -5,7 +5,7 @@
 #include "TraceImp.h"
 
 #include <cerrno>
-#include <sys/time.h>
+#include <ctime>
 
 namespace GxImp::Posix {
 
@@ -40,6 +40,8 @@ GXSTATUS CRetriggerableTimer::Stop() noexcept {
 }
 
 void CRetriggerableTimer::Join() noexcept {
+    if (m_Thread.IsCurrent())
+        m_Thread.Detach();
     if (!m_Thread.IsStarted())
         return;
     {
@@ -50,21 +52,20 @@ void CRetriggerableTimer::Join() noexcept {
 }
 
 bool CRetriggerableTimer::WaitForPeriod() noexcept {
-    timeval now{};
-    gettimeofday(&now, nullptr);
-    const long microseconds = now.tv_usec + static_cast<long>(m_Period_ms % 1000) * 1000;
-    timespec deadline{};
-    deadline.tv_sec = now.tv_sec + m_Period_ms / 1000 + microseconds / 1000000;
-    deadline.tv_nsec = microseconds % 1000000 * 1000;
-    return pthread_cond_timedwait(&m_cond, m_mutex.GetMutex(), &deadline) == ETIMEDOUT;
+    // On a wall clock that is set back the heartbeat would pause, and the device take its privilege back.
+    const timespec deadline = MonotonicIn(m_Period_ms);
+    return pthread_cond_clockwait(&m_cond, m_mutex.GetMutex(), CLOCK_MONOTONIC, &deadline) == ETIMEDOUT;
 }
 
 std::uint32_t CRetriggerableTimer::CTimerThread::Run() noexcept {
-    CAutoLock lock(m_Timer.m_mutex);
-    while (m_Timer.m_Running) {
-        if (m_Timer.WaitForPeriod() && m_Timer.m_Running)
-            m_Timer.TimeoutRoutine();
+    {
+        CAutoLock lock(m_Timer.m_mutex);
+        while (m_Timer.m_Running) {
+            if (m_Timer.WaitForPeriod() && m_Timer.m_Running)
+                m_Timer.TimeoutRoutine();
+        }
     }
+    m_Timer.OnEnded(); // may delete the timer and, with it, this object
     return 0;
 }
 

@@ -10,7 +10,8 @@ namespace GxImp::Posix {
 ///
 /// The timeout routine runs on the timer's thread with the timer mutex held, so it must not call Retrigger. Stop takes
 /// no mutex and may be called from anywhere, the routine and threads that hold a lock the routine waits for included.
-/// Whoever destroys the timer calls Stop and Join before the derived part is gone, and never on the timer's thread.
+/// Whoever destroys the timer calls Stop and Join before the derived part is gone; on the timer's thread only from
+/// OnEnded.
 class CRetriggerableTimer {
 public:
     CRetriggerableTimer() noexcept;
@@ -24,13 +25,16 @@ public:
     [[nodiscard]] GXSTATUS Retrigger(std::uint32_t period_ms) noexcept;
     /// No timeout routine starts after this; one that is running goes on.
     [[nodiscard]] GXSTATUS Stop() noexcept;
-    /// Waits for the thread of a stopped timer. The caller must hold no lock that the timeout routine takes.
+    /// Waits for the thread of a stopped timer, or lets go of it when it is the caller's. The caller must hold no lock
+    /// that the timeout routine takes.
     void Join() noexcept;
     /// True from Create to Stop.
     bool IsStarted() const noexcept { return m_Running; }
 
 protected:
     virtual void TimeoutRoutine() noexcept = 0;
+    /// The last that the timer's thread does after Stop; no lock is held, and the timer may be destroyed.
+    virtual void OnEnded() noexcept {}
 
 private:
     class CTimerThread : public CThread {

@@ -4,7 +4,6 @@
 #include "GxAssert.h"
 
 #include <cerrno>
-#include <ctime>
 
 namespace GxImp::Posix {
 
@@ -45,11 +44,7 @@ GXSTATUS CThread::Join(std::uint32_t *pExitCode, std::uint32_t timeout_ms) noexc
     if (timeout_ms == GX_INFINITE) {
         error = pthread_join(m_Handle, &exitCode);
     } else {
-        timespec deadline{};
-        clock_gettime(CLOCK_MONOTONIC, &deadline);
-        const long nanoseconds = deadline.tv_nsec + static_cast<long>(timeout_ms % 1000) * 1000000;
-        deadline.tv_sec += timeout_ms / 1000 + nanoseconds / 1000000000;
-        deadline.tv_nsec = nanoseconds % 1000000000;
+        const timespec deadline = MonotonicIn(timeout_ms);
         error = pthread_clockjoin_np(m_Handle, &exitCode, CLOCK_MONOTONIC, &deadline);
     }
     if (error == ETIMEDOUT)
@@ -60,6 +55,11 @@ GXSTATUS CThread::Join(std::uint32_t *pExitCode, std::uint32_t timeout_ms) noexc
     if (pExitCode)
         *pExitCode = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(exitCode));
     return GX_SUCCESS;
+}
+
+void CThread::Detach() noexcept {
+    GX_ASSERT(pthread_detach(m_Handle) == 0);
+    m_Started = false;
 }
 
 void *CThread::ThreadProcedure(void *self) noexcept {

@@ -37,8 +37,8 @@ private:
     CCriticalSection &m_Section;
 };
 
-/// A joinable thread. Create and Join belong to one owner at a time; a started thread must be joined before the object
-/// is destroyed.
+/// A joinable thread. Create and Join belong to one owner at a time; a started thread must be joined or
+/// detached before the object is destroyed.
 class CThread {
 public:
     CThread() noexcept = default;
@@ -51,7 +51,10 @@ public:
     /// Waits for the end of Run. \return GX_E_INTERNAL when the thread is not started. \param pExitCode may be null.
     /// \param timeout_ms GX_INFINITE waits without end.
     [[nodiscard]] GXSTATUS Join(std::uint32_t *pExitCode, std::uint32_t timeout_ms) noexcept;
+    /// In place of Join, on the thread itself.
+    void Detach() noexcept;
     bool IsStarted() const noexcept { return m_Started; }
+    bool IsCurrent() const noexcept { return m_Started && pthread_equal(m_Handle, pthread_self()) != 0; }
     pthread_t GetHandle() const noexcept { return m_Handle; }
 
 protected:

@@ -32,7 +32,8 @@ public:
     class SurpriseRemovalCallback {
     public:
         virtual ~SurpriseRemovalCallback() = default;
-        /// Runs on a thread of its own. May call the channel, Destroy and RegisterSurpriseRemovalCallback included.
+        /// Runs on a thread that is inside no operation of the channel. May call the channel, Destroy and
+        /// RegisterSurpriseRemovalCallback included.
         virtual void OnSurpriseRemoval() noexcept = 0;
     };
 
@@ -45,7 +46,7 @@ public:
     /// \param accessFlags 0 to monitor without privilege, or GEV_EXCLUSIVE_CONTROL_ACCESS or GEV_CONTROL_ACCESS.
     /// \param heartbeatTimeout_ms at least 500; the device takes the privilege back after that long without a command.
     /// \param pChannel receives the channel, to be given back by Destroy; null after a failure, which leaves no socket
-    ///        and no thread behind.
+    ///        and no thread behind (but for what Destroy says).
     /// \return 0; GX_E_GEV_ACCESS_DENIED when another application holds the device; GX_E_GEV_NO_MSG when it does not
     ///         answer; GX_E_HEARTBEAT_TOO_SMALL; GX_E_ONLY_IPV4; a socket error.
     [[nodiscard]] static GXSTATUS Create(const sockaddr *deviceAddress, std::uint32_t accessFlags,
@@ -54,7 +55,9 @@ public:
     [[nodiscard]] static GXSTATUS Create(const sockaddr *deviceAddress, std::uint32_t accessFlags,
                                          ControlChannel **pChannel) noexcept;
 
-    /// Ends the heartbeat, gives the privilege back and drops the channel, which must not be used afterwards.
+    /// Ends the heartbeat, gives the privilege back and drops the channel, which must not be used afterwards. After the
+    /// loss of a device that fell silent while the channel held its privilege, a thread of the library goes on giving
+    /// it back until the device answers, for the heartbeat timeout or 3 seconds at most.
     /// No other thread may be inside an operation. A notification of the device's loss may still be on its way then:
     /// unregister the callback first, unless it outlives that.
     [[nodiscard]] virtual GXSTATUS Destroy() noexcept = 0;

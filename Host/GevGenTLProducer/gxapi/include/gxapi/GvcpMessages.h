@@ -42,6 +42,7 @@ enum _GEV_MESSAGE_TAGS : std::uint16_t {
     TAG_READMEM_ACK = 0x0085,
     TAG_WRITEMEM_CMD = 0x0086,
     TAG_WRITEMEM_ACK = 0x0087,
+    TAG_PENDING_ACK = 0x0089, ///< In place of an acknowledge that takes the device longer.
     TAG_EVENT_CMD = 0x00C0,
     TAG_EVENT_ACK = 0x00C1,
     TAG_EVENTDATA_CMD = 0x00C2,
@@ -86,7 +87,13 @@ enum _GEV_BOOTSTRAP_REGISTERS : std::uint32_t {
     GEV_REG_HEARTBEAT_TIMEOUT = 0x0938, ///< ms
     GEV_REG_TIMESTAMP_TICK_FREQUENCY_HIGH = 0x093C,
     GEV_REG_TIMESTAMP_TICK_FREQUENCY_LOW = 0x0940,
+    GEV_REG_TIMESTAMP_CONTROL = 0x0944, ///< 2 latches the timestamp, 1 resets it; reads 0
+    GEV_REG_TIMESTAMP_VALUE_HIGH = 0x0948,
+    GEV_REG_TIMESTAMP_VALUE_LOW = 0x094C,
+    GEV_REG_PENDING_TIMEOUT = 0x0958, ///< ms; a command may take as long
     GEV_REG_CONTROL_CHANNEL_PRIVILEGE = 0x0A00,
+    GEV_REG_PRIMARY_APPLICATION_PORT = 0x0A04,       ///< UDP port of the application in control, 0 for none
+    GEV_REG_PRIMARY_APPLICATION_IP_ADDRESS = 0x0A14, ///< its IPv4 address, 0 for none
     GEV_REG_MESSAGE_CHANNEL_PORT = 0x0B00,
     GEV_REG_MESSAGE_CHANNEL_DESTINATION = 0x0B10,
     GEV_REG_MESSAGE_CHANNEL_TIMEOUT = 0x0B14, ///< ms
@@ -99,13 +106,18 @@ enum _GEV_STREAMING_CHANNEL_REGISTERS : std::uint32_t {
     GEV_REG_STREAM_CHANNEL_DESTINATION = 0x0D18,
     GEV_STREAM_CHANNEL_STRIDE = 0x40
 };
+using GEV_STREAMING_CHANNEL_REGISTERS = _GEV_STREAMING_CHANNEL_REGISTERS;
 
 /// Host-order bits of the GVCP capability register.
 enum _GEV_GVCP_CAPABILITIES : std::uint32_t {
     GEV_CAPABILITY_CONCATENATION = 1u << 0, ///< Several registers per READREG or WRITEREG.
     GEV_CAPABILITY_WRITEMEM = 1u << 1,
     GEV_CAPABILITY_EVENT = 1u << 3,
-    GEV_CAPABILITY_EVENTDATA = 1u << 4
+    GEV_CAPABILITY_EVENTDATA = 1u << 4,
+    GEV_CAPABILITY_PENDING_ACK = 1u << 5,
+    GEV_CAPABILITY_PRIMARY_APPLICATION = 1u << 27, ///< Port and address of the application in control can be read.
+    GEV_CAPABILITY_SERIAL_NUMBER = 1u << 30,
+    GEV_CAPABILITY_USER_DEFINED_NAME = 1u << 31
 };
 
 /// Host-order bit of the device mode register: the device is big-endian.
@@ -224,6 +236,12 @@ struct _GVCP_SETIPCONFIG_REQUEST {
 using GVCP_FORCEIP_RESPONSE = GVCP_RESPONSE_HEADER;
 using GVCP_SETIPCONFIG_RESPONSE = GVCP_RESPONSE_HEADER;
 
+/// READREG_CMD is a header and the addresses of registers, READREG_ACK a header and their values, WRITEREG_CMD a header
+/// and items of address and data; each address, value and datum is a big-endian 32-bit word.
+using GVCP_READREG_REQUEST = GVCP_REQUEST_HEADER;
+using GVCP_READREG_RESPONSE = GVCP_RESPONSE_HEADER;
+using GVCP_WRITEREG_REQUEST = GVCP_REQUEST_HEADER;
+
 struct GVCP_READMEM_REQUEST {
     GVCP_REQUEST_HEADER Header;
     std::uint32_t Address;
@@ -253,6 +271,12 @@ struct GVCP_WRITE_RESPONSE {
     GVCP_RESPONSE_HEADER Header;
     std::uint16_t Reserved;
     std::uint16_t Index;
+};
+
+struct GVCP_PENDING_RESPONSE {
+    GVCP_RESPONSE_HEADER Header;
+    std::uint16_t Reserved;
+    std::uint16_t TimeToCompletion; ///< ms from the sending of this message until the acknowledge is due
 };
 
 struct _GVCP_ACTION_CMD {
@@ -298,5 +322,6 @@ static_assert(sizeof(GVCP_READMEM_REQUEST) == 16 && offsetof(GVCP_READMEM_REQUES
               offsetof(GVCP_READMEM_REQUEST, Count) == 14);
 static_assert(sizeof(GVCP_READMEM_RESPONSE) == 12 && sizeof(GVCP_WRITEMEM_REQUEST) == 12 &&
               sizeof(GVCP_WRITEREG_ITEM) == 8 && sizeof(GVCP_WRITE_RESPONSE) == 12);
+static_assert(sizeof(GVCP_PENDING_RESPONSE) == 12 && offsetof(GVCP_PENDING_RESPONSE, TimeToCompletion) == 10);
 static_assert(sizeof(_GVCP_ACTION_CMD) == 28 && offsetof(_GVCP_ACTION_CMD, GroupKey) == 12 &&
               offsetof(_GVCP_ACTION_CMD, GroupMask) == 16 && offsetof(_GVCP_ACTION_CMD, ActionTime) == 20);

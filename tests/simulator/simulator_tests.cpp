@@ -1,8 +1,8 @@
 // The simulator on plain loopback: sockets, thread and faults.
-#include "camsim/Simulator.h"
 #include "GxSocket.h"
 #include "WireText.h"
 #include "camsim/Scene.h"
+#include "camsim/Simulator.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -172,6 +172,18 @@ TEST_F(RunningSimulator, FaultsHappenAsSet) {
             EXPECT_TRUE(c.acks[i] == "*" || c.acks[i] == wire::text(acks[i])) << wire::text(acks[i]);
         EXPECT_EQ(simulator.status(macOf(1)).acknowledges - executed, c.executed ? 1u : 0u);
     }
+}
+
+TEST_F(RunningSimulator, AnOutageComesOnceAndGoes) {
+    simulator.setFaults(macOf(1), parseFaults("deaf-after=2,outage=60,commands=readreg"));
+    EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 1u);
+    EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 1u);
+    EXPECT_EQ(exchange(discovery, "127.0.0.10").size(), 1u); // does not count
+    EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 0u);
+    EXPECT_EQ(exchange(discovery, "127.0.0.10").size(), 0u);
+    EXPECT_TRUE(waitFor([this] { return exchange(readHeartbeat, "127.0.0.10").size() == 1; }));
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 1u);
 }
 
 TEST_F(RunningSimulator, FaultsOfLengthTimeAndOrder) {

@@ -43,13 +43,17 @@ void expectAcks(const CameraConfig &config, const std::vector<Exchange> &exchang
 
 TEST(CameraRegisters, ReadAndWrite) {
     const std::vector<Exchange> exchanges = {
-        {"read one", "42 01 0080 0004 0007 00000934", "00 00 00 81 00 04 00 07 00 00 00 03"},
+        {"read one", "42 01 0080 0004 0007 00000934", "00 00 00 81 00 04 00 07 C8 00 00 03"},
         {"read two", "42 01 0080 0008 0007 0000064C 0000065C", "00 00 00 81 00 08 00 07 C0 A8 01 0A FF FF FF 00"},
         {"read nothing", "42 01 0080 0000 0007", "80 02 00 81 00 00 00 07"},
         {"read a fraction", "42 01 0080 0006 0007 00000934 0000", "80 02 00 81 00 00 00 07"},
         {"length too long", "42 01 0080 0008 0007 00000934", "80 0E 00 81 00 00 00 07"},
         {"read unaligned", "42 01 0080 0004 0007 00000936", "80 05 00 81 00 00 00 07"},
-        {"second missing", "42 01 0080 0008 0007 00000934 00009000", "80 03 00 81 00 04 00 07 00 00 00 03"},
+        {"second missing", "42 01 0080 0008 0007 00000934 00009000", "80 03 00 81 00 04 00 07 C8 00 00 03"},
+        {"links and pending timeout", "42 01 0080 0008 0007 00000910 00000958",
+         "00 00 00 81 00 08 00 07 00 00 00 01 00 00 00 64"},
+        {"holder", "42 01 0080 0008 0007 00000A04 00000A14", "00 00 00 81 00 08 00 07 00 00 9C 40 C0 A8 01 01"},
+        {"write the name", "42 01 0086 0008 0007 000000E8 6C656674", "00 00 00 87 00 04 00 07 00 00 00 04"},
         {"write", "42 01 0082 0008 0007 00008000 01020304", "00 00 00 83 00 04 00 07 00 00 00 01"},
         {"write without value", "42 01 0082 0004 0007 00008000", "80 02 00 83 00 04 00 07 00 00 00 00"},
         {"write missing", "42 01 0082 0008 0007 00009000 01020304", "80 03 00 83 00 04 00 07 00 00 00 00"},
@@ -63,15 +67,66 @@ TEST(CameraRegisters, ReadAndWrite) {
     expectAcks(camera(), exchanges);
 }
 
-TEST(CameraRegisters, SeveralNeedTheConcatenationCapability) {
+TEST(CameraRegisters, NeedTheirCapability) {
     CameraConfig config = camera();
     config.capabilities = GEV_CAPABILITY_WRITEMEM;
     expectAcks(config, {
                            {"one", "42 01 0080 0004 0007 00000934", "00 00 00 81 00 04 00 07 00 00 00 02"},
+                           {"holder", "42 01 0080 0004 0007 00000A14", "80 03 00 81 00 00 00 07"},
+                           {"name", "42 01 0086 0008 0007 000000E8 6C656674", "80 04 00 87 00 04 00 07 00 00 00 00"},
                            {"read two", "42 01 0080 0008 0007 00000934 00000938", "80 02 00 81 00 00 00 07"},
                            {"write two", "42 01 0082 0010 0007 00008000 00000000 00008004 00000000",
                             "80 02 00 83 00 04 00 07 00 00 00 00"},
                        });
+}
+
+TEST(CameraRegisters, TimestampIsLatchedAndReset) {
+    Conversation talk(camera());
+    ASSERT_EQ(talk.ask(takeControl), takeControlAck);
+    for (const char *control : {"00000003", "00000002"}) { // latch and reset, latch
+        talk.pass(1500ms);
+        EXPECT_EQ(talk.ask("42 01 0082 0008 0007 00000944" + std::string(control)).substr(0, 5), "00 00");
+        EXPECT_EQ(talk.ask("42 01 0080 000C 0008 00000944 00000948 0000094C"),
+                  "00 00 00 81 00 0C 00 08 00 00 00 00 00 00 00 00 59 68 2F 00"); // 1,500,000,000 ns
+    }
+}
+
+TEST(CameraRegisters, HolderIsShownOnlyWhileItHolds) {
+    Conversation talk(camera());
+    const char readHolder[] = "42 01 0080 0008 0007 00000A04 00000A14";
+    const char nobody[] = "00 00 00 81 00 08 00 07 00 00 00 00 00 00 00 00";
+    EXPECT_EQ(talk.ask(readHolder), nobody);
+    ASSERT_EQ(talk.ask(takeControl), takeControlAck);
+    EXPECT_NE(talk.ask(readHolder), nobody);
+    talk.ask("42 01 0082 0008 0002 00000A00 00000000");
+    EXPECT_EQ(talk.ask(readHolder), nobody);
+}
+
+TEST(CameraFlash, WritesOfStoredSettingsTakeTheirTime) {
+    const std::string writes[] = {"42 01 0082 0008 0007 0000064C C0A8010B", "42 01 0086 0008 0007 000000E8 6C656674",
+                                  "42 01 0082 0010 0007 00008000 00000000 00000014 00000005"};
+    for (const bool announces : {true, false}) {
+        for (const std::string &write : writes) {
+            CameraConfig config = camera();
+            config.flashTime = 2500ms;
+            config.sendsPendingAck = announces;
+            Conversation talk(config);
+            ASSERT_EQ(talk.ask(takeControl), takeControlAck);
+            for (const auto &[left, text] : {std::pair{2500ms, "09 C4"}, {1500ms, "05 DC"}}) { // a re-send, too
+                const auto replies = talk.send(write, "192.168.1.10");
+                ASSERT_EQ(replies.size(), announces ? 2u : 1u);
+                EXPECT_EQ(replies.back().delay, left);
+                if (announces) {
+                    EXPECT_EQ(replies[0].delay, 0ms);
+                    EXPECT_EQ(wire::text(replies[0].bytes), "00 00 00 89 00 04 00 07 00 00 " + std::string(text));
+                }
+                talk.pass(1000ms);
+            }
+            EXPECT_EQ(talk.send("42 01 0082 0008 0008 00008000 00000000", "192.168.1.10").at(0).delay, 0ms);
+            EXPECT_EQ(talk.ask("42 01 0080 0004 0007 00000934"),
+                      announces ? "00 00 00 81 00 04 00 07 C8 00 00 23" : "00 00 00 81 00 04 00 07 C8 00 00 03");
+        }
+    }
 }
 
 TEST(CameraMemory, ReadAndWrite) {

@@ -218,6 +218,23 @@ TEST(CameraVendorCommand, StoresOrRefuses) {
         EXPECT_EQ(status.userName, c.name);
         EXPECT_EQ(addressOf(talk.camera), "192.168.1.10");
     }
+    Conversation talk(cameraWith(",name=old,applies=no")); // says yes and stays
+    EXPECT_EQ(wire::text(talk.send(good).at(0).bytes), ok);
+    EXPECT_EQ(talk.camera.status().persistent.address.toString(), "192.168.1.10");
+    EXPECT_EQ(talk.camera.status().userName, "old");
+    EXPECT_EQ(talk.send(wire::forceIp(mac, "C0A80132", "FFFFFF00")).at(0).source.toString(), "192.168.1.10");
+    EXPECT_EQ(addressOf(talk.camera), "192.168.1.10");
+}
+
+TEST(CameraIpCycle, RestartsAreIgnoredAsOftenAsTold) {
+    for (const auto &[told, heeded] : {std::pair{"0", 3u}, {"2", 1u}, {"all", 0u}}) {
+        Conversation talk(cameraWith(",ignored-restarts=" + std::string(told)));
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_TRUE(talk.send(wire::forceIp(mac, "00000000", "00000000")).empty());
+            talk.pass(100ms);
+        }
+        EXPECT_EQ(talk.camera.status().ipCycles, heeded) << told;
+    }
 }
 
 TEST(CameraConfigCheck, NamesTheCameraAndTheFaultOfItsMemory) {

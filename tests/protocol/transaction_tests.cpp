@@ -2,7 +2,6 @@
 #include "support/Leaks.h"
 #include "support/TraceLog.h"
 
-#include <chrono>
 #include <numeric>
 
 using Gx::ControlChannel;
@@ -36,7 +35,7 @@ TEST(Transaction, AcknowledgeIsJudged) {
             for (int before = row.older; before > 0; --before)
                 answers.push_back(acknowledge(request, 0, 0x0081, {9, 9, 9, 9}, -before));
             answers.push_back(acknowledge(request, row.deviceStatus, 0x0081, {0, 0, 0x10, 0}, row.idOffset));
-            answers.back().resize(row.size);
+            answers.back().bytes.resize(row.size);
             return answers;
         });
         channel.setProperty(ControlChannel::MaxRetryCountRead, 0);
@@ -44,19 +43,80 @@ TEST(Transaction, AcknowledgeIsJudged) {
         EXPECT_EQ(channel.read(), row.status) << row.what;
         EXPECT_EQ(channel.value, row.status == 0 ? 0x1000u : 0u) << row.what;
         EXPECT_EQ(channel.read(), row.lost ? 0xE1000016u : row.status) << row.what;
-        channel.destroy();
         EXPECT_TRUE(eventually([&] { return channel.lost == row.lost; })) << row.what;
     }
 }
 
 TEST(Transaction, OutdatedAcknowledgesDoNotHoldItForEver) {
+    const struct {
+        std::uint32_t timeout_ms, quiet_ms; // before them
+        std::uint64_t elapsed_ms;
+    } cases[] = {{100, 250, 250 + 5600}, {100, 0, 5600}, {10, 0, 1000}};
+    for (const auto &row : cases) {
+        ScriptedChannel channel([&row](const Bytes &request, std::size_t number) {
+            Answers answers;
+            for (std::uint32_t i = 0; i < 10000 && number == 0; i += 10)
+                answers.emplace_back(acknowledge(request, 0, 0x0081, {9, 9, 9, 9}, -1), row.quiet_ms + i);
+            return answers;
+        });
+        channel.setProperty(ControlChannel::MaxRetryCountRead, 5);
+        channel.setProperty(ControlChannel::ReadRegTimeout, row.timeout_ms);
+        const std::uint64_t start = channel.network.now_ms();
+        EXPECT_EQ(channel.read(), 0xE101800Bu);
+        EXPECT_EQ(channel.network.now_ms() - start, row.elapsed_ms);
+    }
+}
+
+TEST(Transaction, OutdatedAcknowledgesAreSkippedEvenWithoutTimeout) {
     ScriptedChannel channel([](const Bytes &request, std::size_t) {
-        return Answers(1500, acknowledge(request, 0, 0x0081, {9, 9, 9, 9}, -1)); // for a second and a half
+        return Answers{acknowledge(request, 0, 0x0081, {9, 9, 9, 9}, -1), Device().answer(request)};
     });
-    channel.setProperty(ControlChannel::MaxRetryCountRead, 5);
-    channel.setProperty(ControlChannel::ReadRegTimeout, 10);
-    EXPECT_EQ(channel.read(), 0xE101800Bu);
-    EXPECT_LT(channel.property(ControlChannel::StatisticReadWriteTimeoutCount), 6u); // while they arrived
+    channel.setProperty(ControlChannel::ReadRegTimeout, 0);
+    EXPECT_EQ(channel.read(), 0u);
+}
+
+TEST(Transaction, WaitsForPendingAcknowledges) {
+    struct Pending {
+        std::uint32_t after_ms;
+        std::uint16_t time_ms;
+    };
+    const struct {
+        const char *what;
+        std::vector<Pending> pending;
+        std::uint32_t answer_ms;
+        std::size_t size; // of the message
+        GXSTATUS status;
+        std::size_t requests;
+        std::uint64_t elapsed_ms;
+    } cases[] = {
+        {"one", {{100, 3000}}, 3050, 12, 0, 1, 3050},
+        {"two", {{0, 8000}, {7900, 8000}}, 9900, 12, 0, 1, 9900},
+        {"over, and asked again", {{100, 300}}, 500, 12, 0, 2, 500},
+        {"more than ten seconds", {{0, 8000}, {7900, 8000}}, 20000, 12, 0xE101800B, 2, 10200},
+        {"one after another", std::vector<Pending>(5000, {0, 0}), 20000, 12, 0xE101800B, 2, 200},
+        {"cut", {{0, 3000}}, 3050, 11, 0xE100000B, 1, 0},
+    };
+    for (const auto &row : cases) {
+        ScriptedChannel channel([&row](const Bytes &request, std::size_t number) {
+            Answers answers;
+            for (const Pending &pending : number == 0 ? row.pending : std::vector<Pending>()) {
+                const Bytes payload = {0, 0, static_cast<std::uint8_t>(pending.time_ms >> 8),
+                                       static_cast<std::uint8_t>(pending.time_ms)};
+                answers.emplace_back(acknowledge(request, 0, 0x0089, payload), pending.after_ms);
+                answers.back().bytes.resize(row.size);
+            }
+            if (number == 0)
+                answers.emplace_back(acknowledge(request, 0, 0x0083, {0, 0, 0, 1}), row.answer_ms);
+            return answers;
+        });
+        channel.setProperty(ControlChannel::MaxRetryCountWrite, 1);
+        const std::uint64_t start = channel.network.now_ms();
+        const std::uint32_t address = 0x1000;
+        const std::uint32_t value = 1;
+        EXPECT_EQ(channel->WriteReg(&address, &value, 1), row.status) << row.what;
+        EXPECT_EQ(channel.requests().size(), row.requests) << row.what;
+        EXPECT_EQ(channel.network.now_ms() - start, row.elapsed_ms) << row.what;
+    }
 }
 
 TEST(Transaction, RetriesWithTheSameIdAndCountsTimeouts) {
@@ -111,9 +171,9 @@ TEST(Transaction, EachKindHasItsTimeoutAndRetries) {
         channel.setProperty(kind.timeout, 250);
         channel.setProperty(kind.retries, 1);
         std::uint32_t data[2] = {};
-        const auto start = std::chrono::steady_clock::now();
+        const std::uint64_t start = channel.network.now_ms();
         EXPECT_EQ(kind.access(*channel.operator->(), data), 0xE101800Bu) << kind.name;
-        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500)) << kind.name;
+        EXPECT_EQ(channel.network.now_ms() - start, 500u) << kind.name;
         EXPECT_EQ(channel.requests().size(), 2u) << kind.name;
         EXPECT_EQ(kind.access(*channel.operator->(), data), 0xE1000016u) << kind.name;
         EXPECT_TRUE(eventually([&] { return channel.lost == 1; })) << kind.name;
@@ -237,7 +297,7 @@ TEST(Transaction, DuplicatedCommandsGoOutTwiceWithOneId) {
         [](const Bytes &request, std::size_t number) { return number < 2 ? Answers{} : good(request); });
     EXPECT_EQ(channel->EnableCommandDuplication(true), 0u);
     EXPECT_EQ(channel.read(), 0u); // first pair lost, re-sent as a pair
-    EXPECT_TRUE(eventually([&] { return channel.requests().size() == 4; }));
+    EXPECT_EQ(channel.requests().size(), 4u);
     for (const Bytes &request : channel.requests())
         EXPECT_EQ(request, channel.requests()[0]);
     EXPECT_EQ(channel.read(), 0u); // the second answer to the pair is skipped as outdated

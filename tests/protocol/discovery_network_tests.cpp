@@ -122,7 +122,7 @@ TEST(Adapters, UnusableOnesAreLeftOut) {
     FoundList found;
     EXPECT_TRUE(GxFailed(Enumerator::Discover(&found, 10, Enumerator::FlagDefault, nullptr))); // only loopback
     EXPECT_TRUE(traces.contains("Failed create socket collection"));
-    EXPECT_EQ(Enumerator::Discover(&found, 10, Enumerator::FlagBroadcastAcknowledge, nullptr), GX_FALSE);
+    EXPECT_EQ(Enumerator::Discover(&found, 10, Enumerator::FlagBroadcastAcknowledge, nullptr), 0xE1020000u | ENODEV);
 
     Site noAddress("nic0", "", {cameraAt(1, "192.168.1.20/24")});
     Site noBroadcast("nic1", "", {cameraAt(2, "10.0.0.9/24")});

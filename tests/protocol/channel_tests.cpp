@@ -1,0 +1,297 @@
+#include "ScriptedChannel.h"
+#include "camsim/Scene.h"
+#include "camsim/Simulator.h"
+#include "support/Leaks.h"
+#include "support/SocketAddress.h"
+#include "support/TraceLog.h"
+
+#include <cerrno>
+#include <random>
+#include <thread>
+
+using camsim::parseFaults;
+using Gx::ControlChannel;
+
+namespace {
+
+/// A simulated camera on loopback and a channel to it.
+class ChannelToCamera : public testing::Test {
+protected:
+    ChannelToCamera() {
+        camsim::CameraConfig config = camsim::parseCameras("ip=127.0.0.1/8,enabled=persistent,xml=none")[0];
+        config.memory.push_back({0x20000, Bytes(4096), true});
+        cameras.addCamera(config);
+        cameras.start();
+        before = Holdings::now();
+    }
+    ~ChannelToCamera() override {
+        destroy();
+        EXPECT_TRUE(eventually([&] { return Holdings::now() == before; })) << "the channels left something behind";
+    }
+
+    GXSTATUS open(std::uint32_t accessFlags, std::uint32_t heartbeat_ms = 3000, sa_family_t family = AF_INET) {
+        channel = reinterpret_cast<ControlChannel *>(this); // to see it cleared after a failure
+        return ControlChannel::Create(SocketAddress("127.0.0.1", cameras.port(), family), accessFlags, heartbeat_ms,
+                                      &channel);
+    }
+    void destroy() {
+        if (channel) {
+            EXPECT_EQ(channel->Destroy(), 0u);
+        }
+        channel = nullptr;
+    }
+
+    GXSTATUS read(std::uint32_t address, std::uint32_t *value) { return channel->ReadReg(&address, value, 1); }
+    GXSTATUS write(std::uint32_t address, std::uint32_t value) { return channel->WriteReg(&address, &value, 1); }
+    std::uint32_t privilege() const { return cameras.readRegister(mac, GEV_REG_CONTROL_CHANNEL_PRIVILEGE) & 3; }
+
+    const camsim::MacAddress mac = camsim::CameraConfig().mac;
+    camsim::Simulator cameras{{"lo", camsim::AddressMode::Unmanaged, 0}};
+    Holdings before; // the first channel
+    ControlChannel *channel = nullptr;
+};
+
+TEST_F(ChannelToCamera, FailedCreateLeavesNothingBehind) {
+    const struct {
+        bool held;
+        const char *faults;
+        std::uint32_t heartbeat_ms;
+        sa_family_t family;
+        GXSTATUS status;
+        std::uint32_t privilege; // afterwards
+        const char *trace;
+    } cases[] = {
+        {true, "limit=0", 3000, AF_INET, 0xE1018006, 2, "Failed to gain access priviledges 0x00000002. 0xE1018006."},
+        {false, "limit=0", 499, AF_INET, 0xE1000018, 0, "Attempt to set too small heartbeat timeout of 499 ms."},
+        {false, "limit=0", 500, AF_INET6, 0xE1000009, 0, "Failed to open control channel. 0xE1000009."},
+        // When the heartbeat already runs.
+        {false, "silent-after=1", 3000, AF_INET, 0xE101800B, 2, "Failed to read device mode register. 0xE101800B."},
+        {false, "wrong-code=100,commands=readreg", 3000, AF_INET, 0xE100000B, 0,
+         "Failed to read device mode register. 0xE100000B."},
+    };
+    const camsim::Holder other{{camsim::Ipv4::parse("127.0.0.9"), 4444}};
+    for (const auto &row : cases) {
+        cameras.setHolder(mac, row.held ? std::optional(other) : std::nullopt);
+        cameras.setFaults(parseFaults(row.faults));
+        TraceLog traces;
+        EXPECT_EQ(open(GEV_CONTROL_ACCESS, row.heartbeat_ms, row.family), row.status);
+        EXPECT_EQ(channel, nullptr);
+        EXPECT_EQ(Holdings::now(), before);
+        EXPECT_EQ(privilege(), row.privilege) << row.trace;
+        EXPECT_TRUE(traces.contains(row.trace)) << traces.all();
+    }
+}
+
+/// A device that hears and says nothing for a while and may be held meanwhile.
+class Outage {
+public:
+    std::uint64_t start_ms = UINT64_MAX;
+    std::uint64_t end_ms = UINT64_MAX;
+    std::atomic<bool> held{true};
+
+    ScriptedChannel channel{[this](const Bytes &request, std::size_t) {
+                                const std::uint64_t now_ms = channel.network.now_ms();
+                                if (now_ms >= start_ms && now_ms < end_ms)
+                                    return Answers{};
+                                held = held && !isRelease(request);
+                                return good(request);
+                            },
+                            Device(), GEV_CONTROL_ACCESS, 12000};
+
+    void begin(std::uint32_t length_ms) {
+        start_ms = channel.network.now_ms();
+        end_ms = start_ms + length_ms;
+    }
+    GXSTATUS write() {
+        const std::uint32_t address = 0x1000;
+        const std::uint32_t number = 1;
+        return channel->WriteReg(&address, &number, 1);
+    }
+};
+
+TEST(Loss, ADeviceIsNotHeldAfterAnOutageWhileWriting) {
+    for (const std::uint32_t length_ms : {650u, 1000u, 2000u, 3300u}) {
+        for (const bool stays : {false, true}) {
+            Outage outage;
+            outage.begin(length_ms);
+            EXPECT_EQ(outage.write(), 0xE101800Bu);
+            EXPECT_TRUE(isRelease(outage.channel.requests().at(3))) << "at once";
+            if (!stays)
+                outage.channel.destroy();
+            EXPECT_TRUE(eventually([&] { return !outage.held; })) << length_ms;
+            EXPECT_LT(outage.channel.times_ms().back(), outage.end_ms + 250);
+        }
+    }
+}
+
+TEST(Loss, ADeviceIsToldTwiceWithoutThreads) {
+    Outage outage;
+    outage.begin(1000);
+    outage.channel.network.refusesThreads = true;
+    EXPECT_EQ(outage.write(), 0xE101800Bu);
+    EXPECT_TRUE(isRelease(outage.channel.requests().back()));
+    EXPECT_TRUE(outage.held);
+    outage.channel.network.advance(500);
+    outage.channel.destroy();
+    EXPECT_FALSE(outage.held);
+    EXPECT_EQ(outage.channel.requests().size(), 5u);
+}
+
+TEST(Loss, ADeviceThatDeniesAccessIsSomebodyElses) {
+    ScriptedChannel channel(
+        [](const Bytes &request, std::size_t) { return Answers{acknowledge(request, 0x8006, 0x0081, {})}; }, Device(),
+        GEV_CONTROL_ACCESS);
+    EXPECT_EQ(channel.read(), 0xE1018006u);
+    channel.destroy();
+    EXPECT_EQ(channel.requests().size(), 1u);
+}
+
+TEST(Loss, AnOpeningThatFailsGivesBackWhatItMayHaveGot) {
+    std::vector<Bytes> requests; // the grant is lost
+    ScriptedNetwork network([&](const Bytes &request) {
+        requests.push_back(request);
+        return 0;
+    });
+    const Holdings before = Holdings::now();
+    ControlChannel *channel = nullptr;
+    EXPECT_EQ(ControlChannel::Create(SocketAddress("127.0.0.1"), GEV_CONTROL_ACCESS, &channel), 0xE101800Bu);
+    EXPECT_EQ(Holdings::now(), before);
+    ASSERT_GE(requests.size(), 4u);
+    EXPECT_FALSE(isRelease(requests[2]));
+    EXPECT_TRUE(isRelease(requests[3]));
+}
+
+TEST(Loss, IsToldOnceWhoeverFindsItAndWithoutThreadsToo) {
+    const struct {
+        const char *what;
+        bool hasThreads, byHeartbeat, destroys;
+    } cases[] = {
+        {"caller", true, false, false},
+        {"heartbeat", true, true, false},
+        {"caller, destroyed", true, false, true},
+        {"heartbeat, destroyed", true, true, true},
+        {"caller, no thread", false, false, false},
+        {"heartbeat, no thread", false, true, false},
+        {"caller, no thread, destroyed", false, false, true},
+        {"heartbeat, no thread, destroyed", false, true, true},
+    };
+    for (const auto &row : cases) {
+        Outage outage;
+        ScriptedChannel &channel = outage.channel;
+        if (row.destroys) {
+            channel.onLost = [&] { // the last reference drops on the callback's thread
+                EXPECT_EQ(outage.write(), 0xE1000016u);
+                channel.destroy();
+            };
+        }
+        outage.begin(60000);
+        channel.network.refusesThreads = !row.hasThreads;
+        if (row.byHeartbeat)
+            channel.network.advance(4000);
+        else
+            EXPECT_EQ(channel.read(), 0xE101800Bu);
+        EXPECT_TRUE(eventually([&] { return channel.lost == 1; })) << row.what;
+    }
+}
+
+TEST(Loss, IsNotToldAfterTheCallbackIsUnregistered) {
+    for (const bool hasThreads : {true, false}) {
+        Outage outage;
+        outage.begin(60000);
+        outage.channel.network.refusesThreads = !hasThreads;
+        outage.channel.destroy(); // giving the privilege back finds the loss
+        EXPECT_EQ(outage.channel.lost, 0);
+        Outage registered;
+        registered.begin(60000);
+        registered.channel.network.refusesThreads = !hasThreads;
+        registered.channel.destroyRegistered();
+        EXPECT_TRUE(eventually([&] { return registered.channel.lost == 1; }));
+    }
+}
+
+TEST(Channels, OutliveFailedSends) {
+    ScriptedChannel channel([&](const Bytes &request, std::size_t number) {
+        channel.sendError = number == 0 ? ENETUNREACH : 0; // the request cannot be sent again
+        return number == 0 ? Answers{} : good(request);
+    });
+    EXPECT_EQ(channel.read(), 0xE1020000u | ENETUNREACH);
+    EXPECT_EQ(channel.read(), 0xE1020000u | ENETUNREACH);
+    channel.sendError = 0;
+    EXPECT_EQ(channel.read(), 0u);
+    EXPECT_EQ(channel.requests().size(), 2u);
+    EXPECT_EQ(channel.lost, 0);
+}
+
+TEST(Channels, StreamAndMessageChannelRegisters) {
+    const struct {
+        std::uint32_t capabilities;
+        GXSTATUS status; // of opening a message channel
+    } cases[] = {{0, 0xE100001A}, {GEV_CAPABILITY_EVENT, 0}, {GEV_CAPABILITY_EVENTDATA, 0}};
+    for (const auto &row : cases) {
+        ScriptedChannel channel([](const Bytes &request, std::size_t) { return good(request); },
+                                Device{0, GEV_CAPABILITY_CONCATENATION | row.capabilities});
+        const SocketAddress to("192.168.1.5", 50123);
+        const SocketAddress v6("192.168.1.5", 50123, AF_INET6);
+        EXPECT_EQ(channel->OpenStream(1, to), 0u);
+        EXPECT_EQ(channel->CloseStream(1), 0u);
+        EXPECT_EQ(channel->CloseMessageChannel(), 0u);
+        EXPECT_EQ(channel->OpenMessageChannel(to, 700, 3), row.status);
+        std::vector<Bytes> payloads;
+        for (const Bytes &request : channel.requests())
+            payloads.emplace_back(request.begin() + 8, request.end());
+        payloads.resize(4); // the message channel that was refused
+        const Bytes message = {0, 0, 0x0B, 0x10, 192, 168, 1, 5, 0, 0, 0x0B, 0x14, 0, 0, 2,    0xBC,
+                               0, 0, 0x0B, 0x18, 0,   0,   0, 3, 0, 0, 0x0B, 0x00, 0, 0, 0xC3, 0xCB};
+        const std::vector<Bytes> expected = {{0, 0, 0x0D, 0x58, 192, 168, 1, 5, 0, 0, 0x0D, 0x40, 0, 0, 0xC3, 0xCB},
+                                             {0, 0, 0x0D, 0x40, 0, 0, 0, 0},
+                                             {0, 0, 0x0B, 0x00, 0, 0, 0, 0},
+                                             row.status == 0 ? message : Bytes()};
+        EXPECT_EQ(payloads, expected);
+        EXPECT_EQ(channel->OpenStream(0, v6), 0xE1000009u);
+        EXPECT_EQ(channel->OpenMessageChannel(v6, 1, 1), 0xE1000009u);
+    }
+}
+
+TEST(Channels, ThirtyPercentLossNeverGivesWrongData) {
+    std::mt19937 random(std::random_device{}());
+    const auto happens = [&](unsigned percent) { return random() % 100 < percent; };
+    int failed = 0;
+    for (std::uint32_t i = 0; i < 1000;) {
+        ScriptedChannel channel([&](const Bytes &request, std::size_t) {
+            // Some acknowledges come after their request was re-sent.
+            return happens(51) ? Answers{}
+                               : Answers{{Device().answer(request), static_cast<std::uint32_t>(random() % 5)}};
+        });
+        channel.setProperty(ControlChannel::ReadRegTimeout, 3);
+        channel.setProperty(ControlChannel::MaxRetryCountRead, 9);
+        GXSTATUS status = 0;
+        for (; i < 1000 && status == 0; ++i) {
+            status = channel.read(0x20000 + 4 * i);
+            ASSERT_EQ(channel.value, status == 0 ? 0x20000 + 4 * i : 0);
+        }
+        // Ten losses in a row, 0.51 ^ 10, happen to one read in a thousand: then the device counts as lost.
+        ASSERT_EQ(status, i < 1000 || status != 0 ? 0xE101800Bu : 0u);
+        failed += status != 0;
+    }
+    EXPECT_LE(failed, 50); // without retries half of them would
+}
+
+TEST_F(ChannelToCamera, ThreadsShareOneChannel) {
+    ASSERT_EQ(open(GEV_CONTROL_ACCESS, 500), 0u);
+    std::atomic<int> failures{0};
+    std::vector<std::thread> threads;
+    for (std::uint32_t t = 0; t < 4; ++t) {
+        threads.emplace_back([this, t, &failures] {
+            for (std::uint32_t i = 0; i < 500; ++i) {
+                std::uint32_t value = 0;
+                if (write(0x20000 + 4 * t, i) != 0 || read(0x20000 + 4 * t, &value) != 0 || value != i)
+                    ++failures;
+            }
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(failures, 0);
+}
+
+} // namespace
