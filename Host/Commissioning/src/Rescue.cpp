@@ -27,9 +27,9 @@ Change changeOf(const RescuePlan &plan, const Result &forced) {
 
 Result rescue(const Context &context, const RescuePlan &plan, const AddressSurroundings &around) {
     const std::string mac = plan.device.GetMacAddress().c_str();
-    const std::string refusal = refusalOfAddress(plan.address, plan.mask, mac, around);
-    if (!refusal.empty())
-        return {false, true, Path::None, Delivery::NotSent, Delivery::NotSent, Verification::None, {}, {}, refusal};
+    const std::string reason = refusalOfAddress(plan.address, plan.mask, mac, around);
+    if (!reason.empty())
+        return Result::refusal(reason);
     const Result forced = forceAddressTo(context, plan.device, {mac, plan.address, plan.mask, 0});
     if (forced.refused)
         return forced;

@@ -22,13 +22,6 @@ namespace {
 
 constexpr std::size_t NameBytes = sizeof(GV_DEVICE_DESCRIPTION::UserDefinedName);
 
-Result refusal(const std::string &reason) {
-    Result result;
-    result.refused = true;
-    result.text = reason;
-    return result;
-}
-
 bool isHeld(const CDeviceInfo &device) { return cameraOf(device).status == Status::InUse; }
 
 constexpr char Held[] = "The camera is controlled by another application.";
@@ -83,7 +76,7 @@ void verifyName(const Context &context, const std::string &name, Result *pResult
 
 Result restart(const Context &context, const CQuorelGigEDeviceInfo &device) {
     if (isHeld(device))
-        return refusal(Held);
+        return Result::refusal(Held);
     Result result;
     result.path = Path::Force;
     context.guarded("restart", [&] {
@@ -104,9 +97,9 @@ Result restart(const Context &context, const CQuorelGigEDeviceInfo &device) {
 
 Result rename(const Context &context, const CQuorelGigEDeviceInfo &device, const std::string &name) {
     if (name.size() > NameBytes)
-        return refusal("A name has at most 16 bytes.");
+        return Result::refusal("A name has at most 16 bytes.");
     if (isHeld(device))
-        return refusal(Held);
+        return Result::refusal(Held);
     Result result;
     context.guarded("rename", [&] {
         const std::string adapter; // nobody is asked for a better address than one of the right subnet
@@ -127,7 +120,7 @@ Result rename(const Context &context, const CQuorelGigEDeviceInfo &device, const
 
 Result forceAddressTo(const Context &context, const CQuorelGigEDeviceInfo &device, const TemporaryAddress &address) {
     if (isHeld(device))
-        return refusal(Held);
+        return Result::refusal(Held);
     Result result;
     result.path = Path::Force;
     result.addresses = Delivery::Unconfirmed;

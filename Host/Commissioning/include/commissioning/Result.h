@@ -36,6 +36,14 @@ struct Result {
     std::optional<Corvo::CQuorelGigEDeviceInfo> now; ///< the camera as it was last heard; none when it was not
     std::optional<StoredAddresses> stored;           ///< none when they could not be read
     std::string text; ///< for people: what was sent and what is known. Empty after a success without remarks
+
+    /// Of a change that was not begun.
+    static Result refusal(const std::string &reason) {
+        Result result;
+        result.refused = true;
+        result.text = reason;
+        return result;
+    }
 };
 
 } // namespace commissioning
