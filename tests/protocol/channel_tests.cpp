@@ -1,3 +1,4 @@
+#include "ControlChannelXaction.h"
 #include "ScriptedChannel.h"
 #include "camsim/Scene.h"
 #include "camsim/Simulator.h"
@@ -5,6 +6,7 @@
 #include "support/TraceLog.h"
 
 #include <cerrno>
+#include <chrono>
 #include <map>
 #include <random>
 #include <thread>
@@ -173,6 +175,24 @@ TEST(Loss, IsToldOnceWhoeverFindsItAndWithoutThreadsToo) {
             EXPECT_EQ(channel.read(), 0xE101800Bu);
         EXPECT_TRUE(eventually([&] { return channel.lost == 1; })) << row.what;
     }
+}
+
+TEST(Loss, ACallbackThatDestroysWaitsForWhoFoundIt) {
+    ScriptedChannel channel([](const Bytes &, std::size_t) { return Answers{}; });
+    std::atomic<bool> destroyed{false};
+    channel.onLost = [&] {
+        channel.destroy();
+        destroyed = true;
+    };
+    std::unique_ptr<GxImp::CControlChannel::CReadRegXaction> xaction;
+    const std::uint32_t address = 0x1000;
+    auto *library = static_cast<GxImp::CControlChannel *>(channel.operator->());
+    ASSERT_EQ(library->ReadRegBegin(&address, &channel.value, 1, &xaction), 0u);
+    EXPECT_EQ(xaction->Complete(), 0xE101800Bu);
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_FALSE(destroyed);
+    xaction.reset();
+    EXPECT_TRUE(eventually([&] { return destroyed.load(); }));
 }
 
 TEST(Loss, IsNotToldAfterTheCallbackIsUnregistered) {
