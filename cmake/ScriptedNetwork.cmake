@@ -3,7 +3,7 @@
 function(lanvane_scripted_network target)
   target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/ScriptedNetwork.cpp)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-  foreach(call sendmsg recvmsg recv poll usleep bind getifaddrs freeifaddrs clock_gettime pthread_cond_clockwait
+  foreach(call sendmsg recvmsg poll usleep bind getifaddrs freeifaddrs clock_gettime pthread_cond_clockwait
                pthread_cond_signal pthread_create)
     target_link_options(${target} PRIVATE -Wl,--wrap=${call})
   endforeach()

@@ -23,6 +23,8 @@ TEST(Scene, ReadsCamerasAndFaults) {
                             "[camera]\n"
                             "capabilities = 0x1F\n"
                             "xml = none\n"
+                            "flash = 2500\n"
+                            "pending-ack = no\n"
                             "[faults]\n"
                             "loss-from-camera = 12.5\n"
                             "delay = 5-20\n"
@@ -39,6 +41,8 @@ TEST(Scene, ReadsCamerasAndFaults) {
     EXPECT_EQ(first.xml, defaultXml());
     EXPECT_EQ(scene.cameras[1].capabilities, 0x1Fu);
     EXPECT_TRUE(scene.cameras[1].xml.empty());
+    EXPECT_EQ(scene.cameras[1].flashTime, 2500ms);
+    EXPECT_FALSE(scene.cameras[1].sendsPendingAck);
     EXPECT_EQ(scene.faults.lossFromCamera, 12.5);
     EXPECT_EQ(scene.faults.delayMin, 5ms);
     EXPECT_EQ(scene.faults.delayMax, 20ms);

@@ -16,7 +16,6 @@
 extern "C" {
 ssize_t __real_sendmsg(int, const msghdr *, int);
 ssize_t __real_recvmsg(int, msghdr *, int);
-ssize_t __real_recv(int, void *, std::size_t, int);
 int __real_poll(pollfd *, nfds_t, int);
 int __real_usleep(useconds_t);
 int __real_bind(int, const sockaddr *, socklen_t);
@@ -316,16 +315,6 @@ ssize_t __wrap_recvmsg(int socket, msghdr *message, int flags) {
         return __real_recvmsg(socket, message, flags);
     const ssize_t result = network->receive(socket, *message, (flags & MSG_PEEK) != 0);
     return result < 0 ? fail(static_cast<int>(-result)) : result;
-}
-
-ssize_t __wrap_recv(int socket, void *buffer, std::size_t size, int flags) {
-    if (!current)
-        return __real_recv(socket, buffer, size, flags);
-    iovec part{buffer, size};
-    msghdr message{};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    return __wrap_recvmsg(socket, &message, flags);
 }
 
 int __wrap_poll(pollfd *sockets, nfds_t count, int timeout_ms) {

@@ -92,7 +92,8 @@ _GX_SOCKET_INTERFACE_INFO UnlistedAdapter(const Arrival &arrival) noexcept {
 
 void DropDatagram(CSocket &socket) noexcept {
     char byte = 0;
-    ::recv(static_cast<int>(SOCKET(socket)), &byte, sizeof byte, MSG_DONTWAIT);
+    std::size_t received = 0;
+    (void)socket.Recv(&byte, sizeof byte, 0, &received);
 }
 
 } // namespace

@@ -197,8 +197,13 @@ GXSTATUS CControlChannel::Destroy() noexcept {
 }
 
 void CControlChannel::Disconnect() noexcept {
-    ReleasePrivilege();
-    m_Disconnected = true;
+    {
+        // In one go: a heartbeat that waits for the lock must not beat without the privilege. And a callback that
+        // destroys the channel waits here for the thread that found the loss and is still inside.
+        Posix::CAutoLock lock(m_CriticalSection);
+        ReleasePrivilege();
+        m_Disconnected = true;
+    }
     m_HeartbeatTimer.Join(); // The thread must be gone before the last reference is.
     DeliverRemoval();
 }
@@ -244,8 +249,6 @@ GXSTATUS CControlChannel::RegisterSurpriseRemovalCallback(SurpriseRemovalCallbac
 void CControlChannel::CHeartbeatTimer::TimeoutRoutine() noexcept {
     // Before the values are read: a beat that had to wait must not write a timeout that was changed meanwhile.
     Posix::CAutoLock lock(m_Channel.m_CriticalSection);
-    if (!IsStarted())
-        return;
     const bool write = m_Channel.m_DeviceAccessFlags != 0;
     const std::uint32_t address = GEV_REG_HEARTBEAT_TIMEOUT;
     std::uint32_t value = m_Channel.m_HeartbeatTimeout_ms;
