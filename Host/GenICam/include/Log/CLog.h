@@ -51,7 +51,8 @@ public:
     /// The environment variable GENICAM_LOG_CONFIG names a log4cpp property file. Without it, or when it cannot be used
     /// (which is logged), lines of priority info and above go to
     /// `${XDG_STATE_HOME:-$HOME/.local/state}/ostra-lanvane/trace.log` (5 MiB, one backup `trace.log.1`), which several
-    /// processes may share; a line that is repeated within a minute is counted instead. When that file cannot be written there is no log; this is no failure.
+    /// processes may share; a line that is repeated within a minute is counted instead. When that file cannot be
+    /// written there is no log; this is no failure.
     static void Initialize();
     /// Closes the log. Loggers stay valid.
     static void ShutDown();
