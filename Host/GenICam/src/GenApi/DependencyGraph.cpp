@@ -45,9 +45,10 @@ template <class Visit> void CDependencyGraph::ForEachSource(int32_t index, Visit
 }
 
 std::vector<SDependent> CDependencyGraph::DependentsOf(int32_t origin, bool isInvalidated) {
-    std::vector<SDependent> found;
-    ++m_search;
-    Reach(found, {origin, false, false, isInvalidated});
+    std::vector<SDependent> found = {{origin, false, false, isInvalidated}};
+    m_reached[static_cast<std::size_t>(origin)] = {++m_search, 0};
+    if (isInvalidated)
+        m_invalidated.push_back(origin);
     for (std::size_t at = 0; at < found.size(); ++at) {
         const auto node = static_cast<std::size_t>(found[at].node);
         for (uint32_t edge = m_first[node]; edge < m_first[node + 1]; ++edge)

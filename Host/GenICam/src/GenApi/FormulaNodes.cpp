@@ -103,10 +103,6 @@ double CSwissKnifeNode::DoReadFloat(bool ignoreCache) const {
     return m_kept.Get(*this, ignoreCache, [&] { return m_formulas.Evaluate<double>(EProperty::Formula, ignoreCache); });
 }
 
-void CSwissKnifeNode::DoWriteFloat(double, SWriting) {
-    throw RUNTIME_EXCEPTION("Node '%s' takes no value", NameText());
-}
-
 EAccessMode CIntConverterNode::OwnAccessMode() const { return ConverterAccessMode(*this, m_formulas); }
 
 int64_t CIntConverterNode::DoReadInteger(bool ignoreCache) const {

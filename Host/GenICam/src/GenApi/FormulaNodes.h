@@ -48,7 +48,6 @@ public:
 protected:
     EAccessMode OwnAccessMode() const override { return Combine(RO, m_formulas.VariablesAccessMode()); }
     double DoReadFloat(bool ignoreCache) const override;
-    void DoWriteFloat(double value, SWriting how) override;
     ECachingMode DoCachingMode() const override { return m_formulas.CachingMode(); }
     bool DoIsCached() const override { return m_formulas.IsCached(); }
 

@@ -213,7 +213,7 @@ void CNodeImpl::DoWriteInteger(int64_t, SWriting) {
     throw RUNTIME_EXCEPTION("Node '%s' takes no numeric value", NameText());
 }
 
-void CNodeImpl::DoWriteFloat(double value, SWriting how) { DoWriteInteger(IntegerFor(value), how); }
+void CNodeImpl::DoWriteFloat(double, SWriting) { throw RUNTIME_EXCEPTION("Node '%s' takes no value", NameText()); }
 
 void CNodeImpl::DoWriteText(const std::string &) {
     throw RUNTIME_EXCEPTION("Node '%s' takes no text value", NameText());
