@@ -107,6 +107,7 @@ bool IpConfigurationWidget::sendBroadcastConfiguration(const QString &mac) {
     TRACE(Progress, "Restarting IP configuration and waiting for rediscovery for MAC=%s.", macText.constData());
     if (!restartAndAwait(mac)) {
         TRACE(Warning, "Failed to rediscover the device with MAC=%s.", macText.constData());
+        m_SaveReport = QStringLiteral("The settings were sent, but the camera did not come back.");
         throw RUNTIME_EXCEPTION("Failed to discover reconfigured device");
     }
     TRACE(Progress, "Successfully rediscovered MAC=%s.", macText.constData());
@@ -143,6 +144,7 @@ bool IpConfigurationWidget::sendUnicastConfiguration(const QString &oldIpAddress
     TRACE(Progress, "Finished configuring device with old IP=%s.", oldIp.constData());
     if (!restartAndAwait(mac)) {
         TRACE(Warning, "Failed to rediscover the configured device with old IP=%s.", oldIp.constData());
+        m_SaveReport = QStringLiteral("The settings were sent, but the camera did not come back.");
         throw RUNTIME_EXCEPTION("Failed to discover reconfigured device");
     }
     return true;
