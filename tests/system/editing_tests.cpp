@@ -97,6 +97,20 @@ TEST_F(Editing, ARowFollowsACameraThatDiedOfASave) {
     EXPECT_TRUE(isEnabled("btnWriteConfiguration"));
 }
 
+TEST_F(Editing, TheBoxSaysThatASaveWasSentAndTheCameraStayedAway) {
+    open({cameraAt(1, "192.168.10.21/24", ",silence=3600000")});
+    select(1);
+    type("editIpAddress", "192.168.10.51");
+    expectForceIp(ConnectHeader);
+    expect(QString("Ostra Lanvane: ") + NotSaved, [](QWidget &box) {
+        EXPECT_EQ("The settings were sent, but the camera did not come back.",
+                  static_cast<QMessageBox &>(box).informativeText());
+        box.close();
+    });
+    click("btnWriteConfiguration");
+    EXPECT_EQ("Not Reachable", cell(1, Status));
+}
+
 TEST_F(Editing, NothingTypedIsTooMuch) {
     camsim::CameraConfig camera = cameraAt(1, "192.168.10.21/24");
     camera.ipOptions = 0;

@@ -56,6 +56,8 @@ bool isAtTemporaryAddress(const CQuorelGigEDeviceInfo &device, bool isForced) {
         return false;
     const AddressTexts current = currentAddresses(device);
     const auto stored = storedAddresses(device, isForced);
+    if (stored && stored->ipAddress == NoAddress) // it found one by itself
+        return isForced;
     return !stored || stored->ipAddress != current.ipAddress || stored->netmask != current.netmask;
 }
 
