@@ -14,9 +14,9 @@ Gx::CStopScope::CStopScope(const CStopToken *token) noexcept : m_pOuter(t_pToken
 
 Gx::CStopScope::~CStopScope() { t_pToken = m_pOuter; }
 
-bool GxImp::IsStopRequested() noexcept { return t_pToken && t_pToken->IsStopRequested(); }
+bool GxImp::IsStopRequested() noexcept { return t_pToken != nullptr && t_pToken->IsStopRequested(); }
 
 int GxImp::StopPollTimeout(int timeout_ms) noexcept {
     const bool isShort = timeout_ms >= 0 && timeout_ms <= PollPeriod_ms;
-    return t_pToken && !isShort ? PollPeriod_ms : timeout_ms;
+    return t_pToken != nullptr && !isShort ? PollPeriod_ms : timeout_ms;
 }
