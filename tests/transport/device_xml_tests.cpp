@@ -144,7 +144,7 @@ TEST_F(DeviceXml, IsReadToItsEndAndNotBeyondOrGivenUp) {
     CQuorelGigEDeviceInfo info;
     info.SetAddress(atos(AsSockaddr(peer.address())));
     std::vector<std::uint8_t> bytes;
-    for (const std::uint16_t status : {0x8003, 0x8006}) { // access denied ends a channel
+    for (const std::uint16_t status : {std::uint16_t{0x8003}, std::uint16_t{0x8006}}) { // access denied ends a channel
         refusal = status;
         XmlFileProviderPrivateImpl().ProvideXmlFileRaw(info, bytes);
         EXPECT_EQ(std::string(bytes.begin(), bytes.end()), plain);
