@@ -5,6 +5,8 @@
 #include "support/ScriptedPeer.h"
 #include "support/Zip.h"
 
+#include <atomic>
+
 using namespace Corvo;
 using testing::HasSubstr;
 
@@ -122,8 +124,8 @@ TEST_F(DeviceXml, ComesFromFilesAndInjectedDocuments) {
 
 /// A camera that serves any number of bytes, but none behind the end of its file; and one that answers for ever.
 TEST_F(DeviceXml, IsReadToItsEndAndNotBeyondOrGivenUp) {
-    std::uint16_t refusal = 0x8003;
-    bool isSlow = false;
+    std::atomic<std::uint16_t> refusal{0x8003};
+    std::atomic<bool> isSlow{false};
     char url[512] = {};
     std::snprintf(url, sizeof url, "Local:camera.xml;10000;%zx", plain.size());
     ScriptedPeer peer([&](const Bytes &request, std::size_t) -> std::vector<Bytes> {
@@ -142,7 +144,8 @@ TEST_F(DeviceXml, IsReadToItsEndAndNotBeyondOrGivenUp) {
     CQuorelGigEDeviceInfo info;
     info.SetAddress(atos(AsSockaddr(peer.address())));
     std::vector<std::uint8_t> bytes;
-    for (refusal = 0x8003; refusal <= 0x8006; refusal += 3) { // access denied ends a channel
+    for (const std::uint16_t status : {std::uint16_t{0x8003}, std::uint16_t{0x8006}}) { // access denied ends a channel
+        refusal = status;
         XmlFileProviderPrivateImpl().ProvideXmlFileRaw(info, bytes);
         EXPECT_EQ(std::string(bytes.begin(), bytes.end()), plain);
     }

@@ -20,7 +20,8 @@ namespace {
 
 /// The errno of a status of facility 0x102, also of those that stand for one; 0 for any other.
 int ErrnoOf(GXSTATUS status) {
-    constexpr GXSTATUS facilityMask = 0x0FFF0000, errnoFacility = 0x01020000;
+    constexpr GXSTATUS facilityMask = 0x0FFF0000;
+    constexpr GXSTATUS errnoFacility = 0x01020000;
     switch (status) {
     case GX_E_OUT_OF_MEMORY:
         return ENOMEM;
