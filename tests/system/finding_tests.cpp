@@ -145,7 +145,7 @@ TEST_F(Finding, NothingToListWithoutAdapters) {
 
 TEST_F(Finding, RowOfACameraHeardTwiceAndOfOneWithoutAdapterRow) {
     open({cameraAt(1, "192.168.10.21/24")}, {cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.20.22/24")});
-    nic1->cameras.setFaults(camsim::parseFaults("delay=20")); // to be heard second
+    nic1->cameras.setFaults(camsim::parseFaults("delay=100")); // to be heard second
     refresh();
     EXPECT_THAT(rows(), ElementsAre("nic0 ", "  Virtual Camera 1", "nic1 ", "  Virtual Camera 2"));
     // A dormant link carries datagrams although the system does not count it as running.
