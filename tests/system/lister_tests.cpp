@@ -29,7 +29,7 @@ TEST(Lister, FindsWholePartsOfValues) {
 TEST(Lister, OneEntryForEachMacAndPatches) {
     const Site nic0("nic0", "192.168.10.1/24", {cameraAt(1, "192.168.10.21/24")});
     Site nic1("nic1", "192.168.20.1/24", {cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.20.22/24")});
-    nic1.cameras.setFaults(camsim::parseFaults("delay=20")); // to be heard second
+    nic1.cameras.setFaults(camsim::parseFaults("delay=100")); // to be heard second
     DeviceLister lister;
     lister.discoverAllDevices();
     ASSERT_EQ(2u, lister.devices().size());
