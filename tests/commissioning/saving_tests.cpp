@@ -3,10 +3,13 @@
 
 using namespace commissioning;
 using namespace testnet;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
 namespace {
+
+constexpr char Lost[] = "broadcastConfiguration: Runtime: Failed to discover reconfigured device";
 
 class SavedChanges : public Operations {
 protected:
@@ -133,6 +136,20 @@ TEST_F(SavedChanges, TellsWhatACameraThatDiesHasStored) {
         EXPECT_EQ(row.returns ? site->addressOf(1) : known("IpAddress"), known("IpAddress"));
         EXPECT_FALSE(connection.isOpen());
     }
+}
+
+TEST_F(SavedChanges, OneThatDoesNotComeBackIsKnownByWhatItWasSent) {
+    start({cameraAt(1, "192.168.10.21/24")});
+    for (const auto &[mode, word] : {std::pair(Mode::Dhcp, "6"), std::pair(Mode::Auto, "4")}) {
+        spoil("");
+        onStep = [&](Step step) {
+            if (step == Step::Rediscover)
+                spoil("silent-after=0");
+        };
+        EXPECT_FALSE(configure(context(), change(mode)).success);
+        EXPECT_EQ(std::string(word) + " 192.168.10.21", known("IpConfigCurrent") + " " + known("IpAddress"));
+    }
+    EXPECT_THAT(reports, Contains(Lost));
 }
 
 TEST_F(SavedChanges, ALostRestartIsRepeated) {
