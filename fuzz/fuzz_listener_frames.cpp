@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     for (std::size_t i = 0; i + 1 < line.size(); ++i)
         Require(std::isprint(static_cast<unsigned char>(line[i])) != 0, "a line that is no text");
     commissioning::ListenerLines lines;
-    lines.add(line);
+    lines.add("ready nic0\n" + line);
     Require(lines.report().seen.size() == 1 && lines.report().seen[0].sender == acknowledge->sender, "an unread line");
     return 0;
 }

@@ -82,11 +82,15 @@ void addLinkFindings(FindingMaker &maker) {
     }
 }
 
+bool hasAddressIn(const Adapter &adapter, const AdapterAddress &subnet) {
+    return std::any_of(adapter.addresses.begin(), adapter.addresses.end(),
+                       [&](const AdapterAddress &own) { return isInSubnet(own.address, subnet); });
+}
+
+/// The first adapter's address that shares a subnet with one of the other's.
 const AdapterAddress *commonSubnet(const Adapter &one, const Adapter &other) {
     for (const AdapterAddress &own : one.addresses) {
-        if (FindingMaker::subnetOf(other, own.address) ||
-            std::any_of(other.addresses.begin(), other.addresses.end(),
-                        [&](const AdapterAddress &theirs) { return isInSubnet(theirs.address, own); }))
+        if (FindingMaker::subnetOf(other, own.address) || hasAddressIn(other, own))
             return &own;
     }
     return nullptr;

@@ -143,7 +143,9 @@ void ListenerLines::takeAcknowledge(std::string_view words) {
     const auto time_us = number<std::int64_t>(nextWord(words));
     const auto sender = addressOf(nextWord(words));
     const auto info = infoOf(words);
-    if (!time_us || *time_us < 0 || *time_us > INT64_MAX / 1000 || !sender || !info ||
+    const bool isReady =
+        std::find(m_Report.adapters.begin(), m_Report.adapters.end(), seen.adapter) != m_Report.adapters.end();
+    if (!isReady || !time_us || *time_us < 0 || *time_us > INT64_MAX / 1000 || !sender || !info ||
         m_Report.seen.size() >= MaxAcknowledges)
         return;
     seen.time = std::chrono::steady_clock::time_point(std::chrono::microseconds(*time_us));
@@ -183,10 +185,10 @@ private:
         for (bool goesOn = true; goesOn;) {
             std::string text;
             const auto deadline = steady_clock::now() + milliseconds(50);
-            const bool isQuiet = !m_Program.read(text, deadline) && steady_clock::now() >= deadline;
+            const bool isMore = m_Program.read(text, deadline) || steady_clock::now() >= deadline;
             const std::lock_guard<std::mutex> lock(m_Mutex);
             m_Lines.add(text);
-            goesOn = !m_IsGivenUp && (isQuiet || !text.empty());
+            goesOn = isMore && !m_IsGivenUp;
             m_HasEnded = !goesOn;
             m_Changed.notify_all();
         }

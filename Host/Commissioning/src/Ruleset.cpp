@@ -27,6 +27,7 @@ constexpr Outcomes Accepts = 1;
 constexpr Outcomes Drops = 2;
 constexpr Outcomes GoesOn = 4;
 constexpr Outcomes Returns = 8;
+constexpr Outcomes Anything = Accepts | Drops | GoesOn;
 
 enum class Match { No, Yes, Maybe };
 
@@ -122,11 +123,11 @@ public:
 
     /// Calls a function with the name of each base chain that datagrams for this host pass, and what it does.
     template <class Function> void judge(const Datagram &datagram, Function function) {
+        m_Walked.clear();
         for (const auto &[name, chain] : m_Chains) {
             const std::string hook = textOf(chain.definition, "hook");
             if (hook != "prerouting" && hook != "input")
                 continue;
-            m_Steps = 0;
             Outcomes outcomes = walk(chain, datagram, 0);
             if ((outcomes & GoesOn) != 0)
                 outcomes = (outcomes & ~GoesOn) | (textOf(chain.definition, "policy") == "drop" ? Drops : Accepts);
@@ -168,10 +169,8 @@ private:
         return (possible & Returns) != 0 ? (possible & ~Returns) | GoesOn : possible;
     }
     Outcomes apply(const Json &rule, const Chain &chain, const Datagram &datagram, int depth) {
-        // More than any ruleset takes; a chain that is jumped to again and again multiplies.
-        constexpr int MaxSteps = 100000;
-        if (!rule.is_array() || ++m_Steps > MaxSteps)
-            return Accepts | Drops | GoesOn;
+        if (!rule.is_array())
+            return Anything;
         bool isSure = true;
         for (const Json &expression : rule) {
             if (!expression.is_object() || expression.empty())
@@ -207,7 +206,7 @@ private:
         if (kind == "return")
             return Returns;
         if (kind == "vmap" || kind == "queue")
-            return Accepts | Drops | GoesOn;
+            return Anything;
         if (kind != "jump" && kind != "goto")
             return 0;
         Name name = nameOf(chain.definition, "name");
@@ -215,13 +214,18 @@ private:
         const auto target = m_Chains.find(name);
         constexpr int MaxDepth = 16; // the kernel's
         if (target == m_Chains.end() || depth == MaxDepth)
-            return Accepts | Drops | GoesOn;
-        const Outcomes outcomes = walk(target->second, datagram, depth + 1);
+            return Anything;
+        // A chain does the same wherever it is jumped to from; one that leads to itself, which the kernel refuses,
+        // anything.
+        const auto [walked, isNew] = m_Walked.emplace(name, Anything);
+        if (isNew)
+            walked->second = walk(target->second, datagram, depth + 1);
+        const Outcomes outcomes = walked->second;
         return kind == "goto" && (outcomes & GoesOn) != 0 ? (outcomes & ~GoesOn) | Returns : outcomes;
     }
 
     std::map<Name, Chain> m_Chains;
-    int m_Steps = 0;
+    std::map<Name, Outcomes> m_Walked; ///< by the datagram that is being judged
 };
 
 } // namespace
