@@ -140,7 +140,7 @@ constexpr int32_t NoNode = -1;
 /// One element of a node. Most are never asked for, so their texts are left as they stand in the document, and there is
 /// no more of them here than it takes to find them.
 struct SProperty {
-    EProperty id;
+    EProperty id = EProperty::Count;
     /// The node a reference names, once linked.
     int32_t target = NoNode;
     const char *text = "";

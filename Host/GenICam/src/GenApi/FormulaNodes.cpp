@@ -63,7 +63,7 @@ private:
     /// The image of the one limit the target has is a minimum or a maximum, as a value on its inner side shows.
     std::optional<Number> GetHalfOpen(bool isMinimum) const {
         constexpr auto step = Number{1u << 31};
-        constexpr auto farthest = static_cast<Number>(Range::max() / 2);
+        constexpr auto farthest = static_cast<Number>(Range::max() >> 1);
         const auto limit = ImageOf(IsOpen(m_high) ? m_low : m_high);
         const auto inner =
             ImageOf(IsOpen(m_high) ? std::min(m_low, farthest) + step : std::max(m_high, -farthest) - step);
@@ -132,7 +132,7 @@ double CConverterNode::DoReadFloat(bool ignoreCache) const {
 
 void CConverterNode::DoWriteFloat(double value, SWriting how) {
     CNodeImpl &target = ConvertedNode(*this);
-    const double converted = m_formulas.Evaluate<double>(EProperty::FormulaTo, false, value);
+    const auto converted = m_formulas.Evaluate<double>(EProperty::FormulaTo, false, value);
     target.WriteFloat(how.verify ? SnapToLimits(target, converted) : converted, how);
 }
 
