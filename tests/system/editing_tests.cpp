@@ -111,6 +111,27 @@ TEST_F(Editing, TheBoxSaysThatASaveWasSentAndTheCameraStayedAway) {
     EXPECT_EQ("Not Reachable", cell(1, Status));
 }
 
+TEST_F(Editing, TheForceIpDialogSaysThatACameraIsInUse) {
+    open({cameraAt(1, "192.168.10.21/24")});
+    hold(1);
+    refresh();
+    select(1);
+    const QString dialog = QString("Assign Temporary IP Address (Force IP): ") + AssignHeader;
+    const auto notice = [](QWidget &shown) { return shown.findChild<QLabel *>("lblNotice")->text().toStdString(); };
+    expect(dialog, [&](QWidget &shown) {
+        EXPECT_THAT(notice(shown), HasSubstr("The device is in use by another application."));
+        type(*shown.findChild<QLineEdit *>("editIpAddress"), "192.168.10.77");
+        QTest::keyClick(&shown, Qt::Key_Return);
+    });
+    expect(dialog, [&](QWidget &shown) {
+        EXPECT_EQ("The device did not take the address 192.168.10.77: it is in use by another application.",
+                  notice(shown));
+        QTest::keyClick(&shown, Qt::Key_Escape);
+    });
+    useContextMenu();
+    EXPECT_EQ("192.168.10.21", addressOf(1));
+}
+
 TEST_F(Editing, NothingTypedIsTooMuch) {
     camsim::CameraConfig camera = cameraAt(1, "192.168.10.21/24");
     camera.ipOptions = 0;

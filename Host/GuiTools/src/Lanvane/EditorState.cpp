@@ -171,7 +171,7 @@ QString EditorState::problem() const {
         return QStringLiteral("No IP configuration is chosen.");
     if (mode() != Mode::Static)
         return {};
-    const QString ofAddress = addressProblem(text(IpAddress), text(Netmask), m_Surroundings.hostEntries);
+    QString ofAddress = addressProblem(text(IpAddress), text(Netmask), m_Surroundings.hostEntries);
     if (!ofAddress.isEmpty())
         return ofAddress;
     if (usableNetmask(text(Netmask)) == 0)
