@@ -17,7 +17,7 @@ struct Outcome {
     std::string error; ///< why the command as a whole could not be carried out
 };
 
-/// Carries out a command after the search. \throws Interrupted
+/// Carries out a command after the search. An interruption ends it after the camera in hand.
 Outcome carryOut(const Arguments &arguments, Session &session, const Terminal &terminal);
 
 } // namespace commandline

@@ -62,8 +62,8 @@ void ConsoleInteraction::stopWhenAsked() const {
         throw Interrupted();
 }
 
-std::optional<TemporaryAddress> ConsoleInteraction::askTemporaryAddress(const AddressQuestion &) {
-    return std::nullopt; // rescue does so with an address that is known to be free
+std::optional<TemporaryAddress> ConsoleInteraction::askTemporaryAddress(const AddressQuestion &question) {
+    return question.isFirst ? m_FindAddress(question.mac, question.adapter) : std::nullopt;
 }
 
 void ConsoleInteraction::failure(const char * /*context*/, const std::exception_ptr &error, const char *attempted) {

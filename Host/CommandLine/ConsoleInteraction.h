@@ -4,6 +4,7 @@
 #include "Terminal.h"
 #include "commissioning/Interaction.h"
 
+#include <functional>
 #include <stdexcept>
 
 namespace commandline {
@@ -14,12 +15,16 @@ public:
     Interrupted() : std::runtime_error("interrupted") {}
 };
 
-/// Tells how an operation goes and asks nobody. Between its steps, and while a camera that has been restarted is waited
-/// for, an operation can be ended; not while it writes.
+/// Tells how an operation goes and asks nobody: a temporary address is one that is free. Between its steps, and while a
+/// camera that has been restarted is waited for, an operation can be ended; not while it writes.
 class ConsoleInteraction : public commissioning::Interaction {
 public:
-    ConsoleInteraction(const Terminal &terminal, Interruption &interruption)
-        : m_Terminal(terminal), m_Interruption(interruption) {}
+    using AddressFinder = std::function<std::optional<commissioning::TemporaryAddress>(const std::string &mac,
+                                                                                       const std::string &adapter)>;
+
+    /// \param findAddress a free one, for a camera that takes its settings over a connection only.
+    ConsoleInteraction(const Terminal &terminal, Interruption &interruption, AddressFinder findAddress)
+        : m_Terminal(terminal), m_Interruption(interruption), m_FindAddress(std::move(findAddress)) {}
 
     /// Forgets what earlier operations have told. \param mac of the camera to be changed now.
     void start(const std::string &mac);
@@ -41,6 +46,7 @@ private:
 
     const Terminal &m_Terminal;
     Interruption &m_Interruption;
+    AddressFinder m_FindAddress;
     std::string m_Mac;
     bool m_WasDenied = false;
     std::string m_LastFailure;

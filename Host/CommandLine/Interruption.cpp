@@ -42,11 +42,11 @@ void Interruption::run() {
     while (sigwait(&signals, &number) == 0 && !m_IsEnding) {
         if (number == SIGUSR1)
             continue;
-        if (m_IsRequested)
+        if (isRequested())
             stopAtOnce();
         std::fputs("Stopping at the next safe point. Once more stops at once.\n", stderr);
         const std::lock_guard<std::mutex> lock(m_Lock);
-        m_IsRequested = true;
+        m_Token.RequestStop();
         m_Changed.notify_all();
     }
 }
@@ -62,7 +62,7 @@ void Interruption::stopAtOnce() {
 
 bool Interruption::sleep(std::chrono::milliseconds time) {
     std::unique_lock<std::mutex> lock(m_Lock);
-    return m_Changed.wait_for(lock, time, [this] { return m_IsRequested.load(); });
+    return m_Changed.wait_for(lock, time, [this] { return isRequested(); });
 }
 
 void Interruption::setInHand(const std::string &mac) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "gxapi/StopToken.h"
+
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -19,7 +21,9 @@ public:
     Interruption(const Interruption &) = delete;
     Interruption &operator=(const Interruption &) = delete;
 
-    bool isRequested() const { return m_IsRequested; }
+    bool isRequested() const { return m_Token.IsStopRequested(); }
+    /// Requested by the first signal.
+    const Gx::CStopToken &token() const { return m_Token; }
     /// Sleeps, not longer than until a stop is asked for. \returns whether it was.
     bool sleep(std::chrono::milliseconds time);
     /// \param mac of the camera that is being changed; empty for none. A second signal names it.
@@ -32,7 +36,7 @@ private:
     std::mutex m_Lock; ///< guards what is in hand and the wait
     std::condition_variable m_Changed;
     std::string m_InHand;
-    std::atomic<bool> m_IsRequested{false};
+    Gx::CStopToken m_Token;
     std::atomic<bool> m_IsEnding{false};
     std::thread m_Thread;
 };

@@ -80,7 +80,7 @@ int carryOut(const Arguments &arguments, const Terminal &terminal) {
             outcome = {ExitInterrupted, std::move(outcome.changes), "Interrupted."};
         report(arguments, outcome, session, terminal);
         return outcome.exitCode;
-    } catch (const Interrupted &) {
+    } catch (const commissioning::Cancelled &) {
         return fail(arguments, terminal, ExitInterrupted, "Interrupted. Nothing was changed.");
     } catch (const GenICam::GenericException &error) {
         return fail(arguments, terminal, ExitFailed, harmless(error.GetDescription()));

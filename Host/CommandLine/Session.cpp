@@ -3,6 +3,7 @@
 #include "MinimalCorvo/TraceLog.h"
 #include "MinimalCorvoGigETL/TlFactory.h"
 #include "commissioning/DeviceInfos.h"
+#include "commissioning/FreeAddresses.h"
 
 #include <algorithm>
 #include <cmath>
@@ -59,9 +60,15 @@ void Session::search() {
     m_Terminal.progress("Searching for cameras...");
     DiagnosisOptions options;
     options.measuresQuiet = m_Arguments.command == Command::Doctor;
+    options.search.ask = m_Arguments.ask;
+    std::size_t count = 0;
+    std::size_t judged = 0;
+    options.search.found = [&](const Corvo::DeviceInfoList &devices) { count = devices.size(); };
+    options.search.judged = [&](const Corvo::CDeviceInfo &) {
+        m_Terminal.progress(std::to_string(++judged) + " of " + std::to_string(count) + " cameras asked...");
+    };
+    const Gx::CStopScope stoppable(&m_Interruption.token());
     m_Diagnosis = diagnose(m_Layer, options);
-    if (m_Interruption.isRequested())
-        throw Interrupted();
     m_Inventory = inventoryOf(m_Diagnosis);
     for (const std::string &name : m_Arguments.adapters) {
         const auto isNamed = [&](const Adapter &adapter) { return adapter.name == name; };
@@ -90,6 +97,19 @@ const Adapter *Session::adapterOf(const Camera &camera) const {
         }
     }
     return nullptr;
+}
+
+std::optional<TemporaryAddress> Session::freeAddress(const std::string &mac, const std::string &adapterName) const {
+    for (const Adapter &adapter : m_Inventory.adapters) {
+        if (adapter.name != adapterName || adapter.addresses.empty())
+            continue;
+        const AdapterAddress &subnet = adapter.addresses.front();
+        const auto found =
+            FreeAddresses(m_Inventory).take(adapter, subnet, {0}, [this] { return m_Interruption.isRequested(); });
+        if (found.front())
+            return TemporaryAddress{mac, *found.front(), subnet.mask, 0};
+    }
+    return std::nullopt;
 }
 
 AddressSurroundings Session::surroundingsOf(const Camera &camera) {

@@ -22,7 +22,7 @@ public:
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
 
-    /// Searches. \throws Interrupted
+    /// Searches. \throws Cancelled when it is interrupted.
     void search();
     const commissioning::Inventory &inventory() const { return m_Inventory; }
 
@@ -37,6 +37,9 @@ public:
     Interruption &interruption() { return m_Interruption; }
 
 private:
+    std::optional<commissioning::TemporaryAddress> freeAddress(const std::string &mac,
+                                                               const std::string &adapterName) const;
+
     const Arguments &m_Arguments;
     const Terminal &m_Terminal;
     Interruption &m_Interruption;

@@ -1,5 +1,7 @@
 #include "ChildProcess.h"
 
+#include "gxapi/StopToken.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -118,9 +120,11 @@ std::optional<std::string> outputOf(const std::vector<std::string> &command, std
         ChildProcess program(command);
         program.closeInput();
         std::string text;
-        while (text.size() <= MaxSize && program.read(text, deadline)) {
+        for (bool goesOn = true; goesOn && text.size() <= MaxSize && !Gx::CStopScope::IsStopRequested();) {
+            const auto soon = std::min(deadline, Clock::now() + std::chrono::milliseconds(50));
+            goesOn = program.read(text, soon) || (Clock::now() >= soon && Clock::now() < deadline);
         }
-        const bool isWhole = text.size() <= MaxSize && Clock::now() < deadline;
+        const bool isWhole = text.size() <= MaxSize && Clock::now() < deadline && !Gx::CStopScope::IsStopRequested();
         return isWhole && program.wait() == 0 ? std::optional(text) : std::nullopt;
     } catch (const std::system_error &) {
         return {};

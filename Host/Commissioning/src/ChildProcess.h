@@ -34,7 +34,8 @@ private:
     Descriptor m_Output;
 };
 
-/// What a program writes, up to 4 MiB; none when it cannot be started, fails, or takes longer.
+/// What a program writes, up to 4 MiB; none when it cannot be started, fails, takes longer, or the calling thread is
+/// asked to stop.
 std::optional<std::string> outputOf(const std::vector<std::string> &command, std::chrono::milliseconds patience);
 
 } // namespace commissioning

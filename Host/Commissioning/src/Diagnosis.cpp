@@ -1,10 +1,13 @@
 #include "commissioning/Diagnosis.h"
 
+#include "HolderProcess.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Search.h"
 #include "gxapi/Enumerator.h"
+#include "gxapi/StopToken.h"
 
 #include <algorithm>
+#include <set>
 #include <thread>
 
 namespace commissioning {
@@ -30,7 +33,8 @@ constexpr std::chrono::milliseconds QuietTime{500};
 
 Counters measureQuiet() {
     const Interval interval;
-    std::this_thread::sleep_for(QuietTime);
+    while (interval.length() < QuietTime && !Gx::CStopScope::IsStopRequested())
+        std::this_thread::sleep_for(QuietTime / 20);
     return interval.counters();
 }
 
@@ -44,11 +48,11 @@ std::vector<Answer> answersOf(const Corvo::DeviceInfoList &devices) {
 }
 
 /// The search itself; its counters are those until the last answer, before cameras are probed.
-Clock::time_point searchAndCount(Corvo::IGigETransportLayer &layer, Diagnosis &diagnosis) {
+Clock::time_point searchAndCount(Corvo::IGigETransportLayer &layer, SearchOptions options, Diagnosis &diagnosis) {
     Observation &observation = diagnosis.observation;
     const Interval interval;
     Clock::time_point end = Clock::now();
-    diagnosis.devices = search(layer, [&](const Corvo::DeviceInfoList &heard) {
+    options.heard = [&, told = options.heard](const Corvo::DeviceInfoList &heard) {
         end = Clock::now();
         observation.during = interval.counters();
         observation.overrun = interval.drops();
@@ -56,8 +60,24 @@ Clock::time_point searchAndCount(Corvo::IGigETransportLayer &layer, Diagnosis &d
         if (observation.quiet && length > QuietTime)
             observation.quiet = *observation.quiet * (length / QuietTime);
         observation.answers = answersOf(heard);
-    });
+        if (told)
+            told(heard);
+    };
+    diagnosis.devices = search(layer, options);
     return end;
+}
+
+/// The processes of this host that hold cameras.
+void nameHolders(Observation &observation) {
+    std::set<Address> own;
+    for (const Adapter &adapter : observation.adapters) {
+        for (const AdapterAddress &entry : adapter.addresses)
+            own.insert(entry.address);
+    }
+    for (Camera &camera : observation.cameras) {
+        if (camera.holder && own.count(camera.holder->address) != 0)
+            camera.holder->process = processOf(camera.holder->address, camera.holder->port);
+    }
 }
 
 } // namespace
@@ -70,6 +90,8 @@ Diagnosis diagnose(Corvo::IGigETransportLayer &layer, const DiagnosisOptions &op
         if (isUsable(adapter))
             observation.searched.insert(adapter.name);
     }
+    if (options.surveyed)
+        options.surveyed(observation.adapters);
     if (options.measuresQuiet)
         observation.quiet = measureQuiet();
     std::vector<std::string> listenedOn;
@@ -77,12 +99,15 @@ Diagnosis diagnose(Corvo::IGigETransportLayer &layer, const DiagnosisOptions &op
         listenedOn.assign(observation.searched.begin(), observation.searched.end());
     ListenerClient listener(listenedOn, options.listener);
     listener.waitUntilReady(options.listenerPatience);
-    const Clock::time_point end = searchAndCount(layer, diagnosis);
+    const Clock::time_point end = searchAndCount(layer, options.search, diagnosis);
     observation.listener = listener.finish();
     observation.cameras = inventoryOf(diagnosis.devices).cameras;
     for (Camera &hidden : hiddenCameras(observation.listener, observation.cameras, end))
         observation.cameras.push_back(std::move(hidden));
+    nameHolders(observation);
     completeFromHost(observation);
+    if (Gx::CStopScope::IsStopRequested())
+        throw Cancelled();
     diagnosis.findings = findingsOf(observation);
     return diagnosis;
 }

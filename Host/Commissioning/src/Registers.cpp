@@ -20,7 +20,8 @@ bool hasMac(const std::array<std::uint32_t, 2> &registers, const CQuorelGigEDevi
 } // namespace
 
 Registers::Registers(const CQuorelGigEDeviceInfo &device) {
-    if (Corvo::OpenControlChannel(device, 0, &m_Channel) != GX_SUCCESS)
+    constexpr std::uint32_t Lifetime_ms = 2000; // whatever the camera answers
+    if (Corvo::OpenControlChannel(device, 0, &m_Channel, Lifetime_ms) != GX_SUCCESS)
         return;
     const auto mac = read(std::array<std::uint32_t, 2>{GEV_REG_DEVICE_MAC_HIGH, GEV_REG_DEVICE_MAC_LOW});
     if (!mac || !hasMac(*mac, device))

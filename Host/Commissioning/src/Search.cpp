@@ -1,14 +1,19 @@
 #include "commissioning/Search.h"
 
+#include "Base/GCException.h"
+#include "MinimalCorvo/TraceLog.h"
 #include "MinimalCorvoGigETL/DistinctDevices.h"
+#include "MinimalCorvoGigETL/EnumCallee.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 #include "Registers.h"
 #include "SideBySide.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
+#include "gxapi/StopToken.h"
 
 #include <algorithm>
 #include <ifaddrs.h>
+#include <mutex>
 #include <net/if.h>
 #include <netinet/in.h>
 #include <string>
@@ -97,13 +102,7 @@ void patch(CDeviceInfo &device, const char *ipConfig, const char *ipAddress, con
     device = info;
 }
 
-} // namespace
-
-DeviceInfoList discover(IGigETransportLayer &layer, const HeardAnswers &heard) {
-    DeviceInfoList found;
-    layer.EnumerateAllDevices(found, false);
-    if (heard)
-        heard(found);
+DeviceInfoList oneForEachMac(const DeviceInfoList &found) {
     DeviceInfoList entries;
     CDistinctDevices distinct(entries);
     for (const CDeviceInfo &device : found)
@@ -118,18 +117,66 @@ DeviceInfoList discover(IGigETransportLayer &layer, const HeardAnswers &heard) {
     return devices;
 }
 
-DeviceInfoList search(IGigETransportLayer &layer, const HeardAnswers &heard) {
+/// What the probes of one search may write into the trace log.
+constexpr unsigned MaxLinesOfProbes = 200;
+
+/// 	hrows Cancelled
+void throwWhenStopped() {
+    if (Gx::CStopScope::IsStopRequested())
+        throw Cancelled();
+}
+
+/// Adds the camera at an address, if it answers within a second.
+void askOne(Address address, DeviceInfoList &found) {
+    constexpr std::uint32_t Patience_ms = 1000;
+    sockaddr_in target{};
+    target.sin_family = AF_INET;
+    target.sin_port = htons(GVCP_PORT);
+    target.sin_addr.s_addr = htonl(address);
+    EnumCallee callee(found);
+    (void)Gx::Enumerator::Discover(&callee, Patience_ms, Gx::Enumerator::FlagDefault,
+                                   reinterpret_cast<const sockaddr *>(&target)); // one that is silent is not found
+}
+
+} // namespace
+
+DeviceInfoList discover(IGigETransportLayer &layer, const SearchOptions &options) {
+    DeviceInfoList found;
+    layer.EnumerateAllDevices(found, false);
+    const String_t problem = layer.GetLastHostProblem();
+    for (const Address address : options.ask)
+        askOne(address, found);
+    throwWhenStopped();
+    if (found.empty() && !problem.empty())
+        throw RUNTIME_EXCEPTION("The search for cameras failed: %s", problem.c_str());
+    if (options.heard)
+        options.heard(found);
+    return oneForEachMac(found);
+}
+
+DeviceInfoList search(IGigETransportLayer &layer, const SearchOptions &options) {
     // A probe is mostly waiting, so it is threads, not cores, that shorten the time silent devices take.
     constexpr std::size_t MaxAtOnce = 128;
-    DeviceInfoList devices = discover(layer, heard);
+    DeviceInfoList devices = discover(layer, options);
+    if (options.found)
+        options.found(devices);
     if (devices.empty())
         return devices;
     DeviceInfoList ignored; // What a plain discovery hears does not matter; that devices heard one does.
     layer.EnumerateDevices(ignored, false);
+    tracelog::LineBudget budget(tracelog::LogGetCatID("Corvo.GigE.TL"), MaxLinesOfProbes);
+    std::mutex judging;
     sideBySide(devices.size(), std::min(MaxAtOnce, spareDescriptors()), [&](std::size_t index) {
+        const tracelog::LineBudget::Use use(budget);
+        if (Gx::CStopScope::IsStopRequested())
+            return;
         testAccessibility(layer, devices[index]);
         addWhatCanBeRead(devices[index]);
+        const std::lock_guard<std::mutex> lock(judging);
+        if (options.judged)
+            options.judged(devices[index]);
     });
+    throwWhenStopped();
     return devices;
 }
 
@@ -139,6 +186,8 @@ void testAccessibility(IGigETransportLayer &layer, CDeviceInfo &device) {
     EDeviceAccessiblityInfo verdict = Accessibility_Unknown;
     layer.IsDeviceAccessible(device, AccessModeSet(Control), &verdict);
     device.SetPropertyValue(PropertyVerdict, std::to_string(static_cast<int>(verdict)).c_str());
+    if (verdict == Accessibility_Unknown)
+        device.SetPropertyValue(PropertyVerdictReason, layer.GetLastHostProblem());
     device.ClearAccessFlags();
 }
 

@@ -1,5 +1,7 @@
 #include "SideBySide.h"
 
+#include "gxapi/StopToken.h"
+
 #include <algorithm>
 #include <atomic>
 #include <exception>
@@ -49,7 +51,8 @@ public:
         m_Threads.reserve(wanted);
         try {
             while (m_Threads.size() < wanted)
-                m_Threads.emplace_back([this, &work, index = m_Threads.size()] {
+                m_Threads.emplace_back([this, &work, index = m_Threads.size(), stop = Gx::CStopScope::Current()] {
+                    const Gx::CStopScope scope(stop);
                     if (index < m_Allowed.get())
                         work.run();
                 });

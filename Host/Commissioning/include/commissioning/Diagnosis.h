@@ -3,13 +3,19 @@
 #include "MinimalCorvo/Container.h"
 #include "MinimalCorvoGigETL/IGigETransportLayer.h"
 #include "commissioning/Findings.h"
+#include "commissioning/Search.h"
 
 #include <chrono>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace commissioning {
 
 struct DiagnosisOptions {
+    /// Told the adapters before the search.
+    std::function<void(const std::vector<Adapter> &adapters)> surveyed;
+    SearchOptions search;
     /// Watches the host for half a second before the search, so that what its firewall drops all the time is told from
     /// answers of cameras.
     bool measuresQuiet = false;
@@ -29,7 +35,8 @@ struct Diagnosis {
 ///
 /// Takes as long as a search, and up to half a second longer, as much again to measure, and some seconds on a host
 /// whose firewall or NetworkManager does not answer. Any thread may call; several diagnoses at a time count each
-/// other's answers. \throws GenericException what the transport layer raises, std::system_error when the kernel tells
+/// other's answers. Ends within 300 ms of a stop that is requested by the calling thread's token (Gx::CStopScope).
+/// \throws Cancelled, GenericException what the transport layer raises, std::system_error when the kernel tells
 /// nothing.
 Diagnosis diagnose(Corvo::IGigETransportLayer &layer, const DiagnosisOptions &options = {});
 

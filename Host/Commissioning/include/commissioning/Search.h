@@ -6,21 +6,37 @@
 
 #include <cstddef>
 #include <functional>
+#include <stdexcept>
+#include <vector>
 
 namespace commissioning {
 
 // Any thread may call; a list of infos is used by one thread at a time. All throw what the transport layer raises.
 
-/// Told every answer to a discovery as soon as it is over, before the answers of a camera become one entry.
-using HeardAnswers = std::function<void(const Corvo::DeviceInfoList &answers)>;
+/// How a search is followed, and beyond whom it asks; all of it may be left out. What is called must not throw.
+struct SearchOptions {
+    /// Every answer to the discovery as soon as it is over, before the answers of a camera become one entry.
+    std::function<void(const Corvo::DeviceInfoList &answers)> heard;
+    /// The cameras, one entry each, before they are asked.
+    std::function<void(const Corvo::DeviceInfoList &devices)> found;
+    /// A camera with its verdict and what could be read. On several threads, one call at a time.
+    std::function<void(const Corvo::CDeviceInfo &device)> judged;
+    std::vector<Address> ask; ///< also asked by unicast, such as cameras behind a router
+};
+
+/// A search that was ended by the calling thread's stop token (Gx::CStopScope), within 100 ms of its request.
+class Cancelled : public std::runtime_error {
+public:
+    Cancelled() : std::runtime_error("The search was cancelled.") {}
+};
 
 /// Every camera that answers on any adapter, one entry for each MAC, with the names of the adapters. Takes about 250
-/// ms.
-Corvo::DeviceInfoList discover(Corvo::IGigETransportLayer &layer, const HeardAnswers &heard = {});
+/// ms. \throws RuntimeException when the host lacks what a discovery needs; Cancelled.
+Corvo::DeviceInfoList discover(Corvo::IGigETransportLayer &layer, const SearchOptions &options = {});
 
 /// The same with verdicts and with what can be read without control: stored addresses and holder. All cameras are asked
 /// side by side; it takes about half a second, and as much longer as one probe (0.6 s) when a camera does not answer.
-Corvo::DeviceInfoList search(Corvo::IGigETransportLayer &layer, const HeardAnswers &heard = {});
+Corvo::DeviceInfoList search(Corvo::IGigETransportLayer &layer, const SearchOptions &options = {});
 
 /// Asks one camera whether it can be opened and stores the verdict in its info.
 void testAccessibility(Corvo::IGigETransportLayer &layer, Corvo::CDeviceInfo &device);

@@ -12,6 +12,10 @@ thread_local const Gx::CStopToken *t_pToken = nullptr;
 
 Gx::CStopScope::CStopScope(const CStopToken *token) noexcept : m_pOuter(t_pToken) { t_pToken = token; }
 
+const Gx::CStopToken *Gx::CStopScope::Current() noexcept { return t_pToken; }
+
+bool Gx::CStopScope::IsStopRequested() noexcept { return GxImp::IsStopRequested(); }
+
 Gx::CStopScope::~CStopScope() { t_pToken = m_pOuter; }
 
 bool GxImp::IsStopRequested() noexcept { return t_pToken != nullptr && t_pToken->IsStopRequested(); }

@@ -30,6 +30,10 @@ public:
     /// \param token not owned; must outlive the scope. Null shields the scope from the outer token.
     explicit CStopScope(const CStopToken *token) noexcept;
     ~CStopScope();
+    /// Whether the calling thread has been asked to stop, for what waits beside the library's operations.
+    static bool IsStopRequested() noexcept;
+    /// The calling thread's token, to be set on threads that work for it; null when there is none.
+    static const CStopToken *Current() noexcept;
     CStopScope(const CStopScope &) = delete;
     CStopScope &operator=(const CStopScope &) = delete;
 
