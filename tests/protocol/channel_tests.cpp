@@ -41,6 +41,7 @@ TEST(Channels, FailedCreateLeavesNothingBehind) {
         {onlyGrants, 3000, AF_INET, 0xE101800B, 2, "Failed to read device mode register. 0xE101800B."},
         {garbles, 3000, AF_INET, 0xE100000B, 1, "Failed to read device mode register. 0xE100000B."},
     };
+    std::thread([] {}).join(); // a sanitizer starts a thread of its own with the first one
     for (const auto &row : cases) {
         int releases = 0;
         ScriptedNetwork network([&](const Bytes &request) {
@@ -56,7 +57,7 @@ TEST(Channels, FailedCreateLeavesNothingBehind) {
                                          row.heartbeat_ms, &channel),
                   row.status);
         EXPECT_EQ(channel, nullptr);
-        EXPECT_EQ(Holdings::now(), before);
+        EXPECT_TRUE(eventually([&] { return Holdings::now() == before; })) << row.trace;
         EXPECT_EQ(releases, row.releases) << row.trace;
         EXPECT_TRUE(traces.contains(row.trace)) << traces.all();
     }

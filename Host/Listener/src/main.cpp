@@ -6,10 +6,10 @@
 #include "Sockets.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <limits.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
