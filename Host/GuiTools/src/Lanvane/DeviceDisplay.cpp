@@ -135,14 +135,29 @@ bool fitsAdapter(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *ada
     return hasDeviceValidnetworkPrefixForAdapter(ip, mask, adapter);
 }
 
+/// What this computer lacked when it asked the device; empty when nothing.
+QString hostProblemText(const CQuorelGigEDeviceInfo &device) {
+    const String_t problem = commissioning::propertyOf(device, commissioning::PropertyVerdictReason);
+    return problem.empty() ? QString()
+                           : QStringLiteral("<p>It is this computer that could not ask the device: %1.</p>")
+                                 .arg(richDeviceText(displayText(problem)));
+}
+
 } // namespace
+
+QString searchFailedText(const QString &reason) {
+    return QStringLiteral("<p>The search for devices failed!</p><p>%1</p>Click <b>Refresh</b> or press <b>F5</b> to "
+                          "search again.")
+        .arg(richDeviceText(reason));
+}
 
 QString diagnosisText(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter) {
     switch (GetAccessibility(device)) {
     case Accessibility_Unknown:
         return QLatin1String(ErrorImage) +
                QStringLiteral("There was an error while trying to determine the accessibility status of the "
-                              "device.</p>Try refreshing the list by clicking <b>Refresh</b>.");
+                              "device.</p>Try refreshing the list by clicking <b>Refresh</b>.") +
+               hostProblemText(device);
     case Accessibility_Opened:
     case Accessibility_OpenedExclusively:
         return QLatin1String(ErrorImage) +

@@ -60,6 +60,8 @@ QString deviceNameText(const Corvo::CQuorelGigEDeviceInfo &device);
 
 QString noDevicesText();
 QString noAdaptersText();
+/// \param reason plain text
+QString searchFailedText(const QString &reason);
 QString adapterText(const CNetworkAdapter &adapter);
 /// The device's data.
 QString deviceText(const Corvo::CQuorelGigEDeviceInfo &device);

@@ -241,6 +241,10 @@ void IpConfigurationWidget::doRefresh() {
     processEventsWithoutUser();
     try {
         fillTree();
+    } catch (const GenICam::GenericException &error) {
+        show(view);
+        setSelectionInfoText(searchFailedText(QString::fromUtf8(error.GetDescription())));
+        throw;
     } catch (...) {
         show(view);
         throw;
