@@ -86,13 +86,13 @@ std::size_t mergeProperties(IProperties &to, const IProperties &from, const char
                             bool allowDuplicates) {
     std::size_t count = 0;
     for (const String_t &name : names) {
-        String_t value;
+        String_t present;
         String_t addition;
-        if (!to.GetPropertyValue(name, value) || !from.GetPropertyValue(name, addition))
+        if (!to.GetPropertyValue(name, present) || !from.GetPropertyValue(name, addition))
             continue;
-        if (!allowDuplicates && isPartOf(value, addition, separator))
+        if (!allowDuplicates && isPartOf(present, addition, separator))
             continue;
-        to.SetPropertyValue(name, value + separator + addition);
+        to.SetPropertyValue(name, present + separator + addition);
         ++count;
     }
     return count;

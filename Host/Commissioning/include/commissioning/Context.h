@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MinimalCorvo/Container.h"
+#include "MinimalCorvo/TraceLog.h"
 #include "MinimalCorvoGigETL/IGigETransportLayer.h"
 #include "commissioning/Interaction.h"
 #include "commissioning/Tracer.h"
@@ -24,7 +25,7 @@ struct Context {
     Corvo::DeviceInfoList &devices; ///< what is known; kept up to date, used by nobody else meanwhile
     Connection &connection;         ///< open only during an operation
     Interaction &interaction;
-    Tracer trace;
+    Tracer trace{tracelog::INVALID_CATEGORY};
     RediscoveryPatience patience;
 
     /// Runs a part of an operation and hands what it throws to the interaction. \returns false then.
