@@ -48,7 +48,9 @@ void limitTo(const std::vector<std::string> &adapters, Inventory *pInventory) {
 } // namespace
 
 Session::Session(const Arguments &arguments, const Terminal &terminal, Interruption &interruption)
-    : m_Arguments(arguments), m_Terminal(terminal), m_Interruption(interruption), m_Interaction(terminal, interruption),
+    : m_Arguments(arguments), m_Terminal(terminal), m_Interruption(interruption),
+      m_Interaction(terminal, interruption,
+                    [this](const std::string &mac, const std::string &adapter) { return freeAddress(mac, adapter); }),
       m_Layer(createLayer()) {}
 
 Session::~Session() {

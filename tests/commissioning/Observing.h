@@ -11,8 +11,11 @@ class Observing : public LayerTest {
 protected:
     /// \param listener path of lanvane-listen.
     static commissioning::Diagnosis observe(bool measuresQuiet = false, const std::string &listener = "") {
-        return commissioning::diagnose(layer(),
-                                       {measuresQuiet, listener, std::chrono::seconds(10)}); // sanitizers start slowly
+        commissioning::DiagnosisOptions options;
+        options.measuresQuiet = measuresQuiet;
+        options.listener = listener;
+        options.listenerPatience = std::chrono::seconds(10); // sanitizers start slowly
+        return commissioning::diagnose(layer(), options);
     }
     /// "warning foreign-subnet nic0 025AE3000001" of each finding.
     static std::vector<std::string> summary(const commissioning::Diagnosis &diagnosis) {

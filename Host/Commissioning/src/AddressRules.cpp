@@ -1,14 +1,12 @@
 #include "commissioning/AddressRules.h"
 
-#include <arpa/inet.h>
+#include "MinimalCorvo/Utilities.h"
 
 namespace commissioning {
 
 std::optional<Address> addressFrom(const std::string &text) {
-    in_addr network{};
-    if (inet_pton(AF_INET, text.c_str(), &network) != 1)
-        return std::nullopt;
-    return ntohl(network.s_addr);
+    Address address = 0;
+    return Corvo::ParseDottedQuad(text.c_str(), address) ? std::optional(address) : std::nullopt;
 }
 
 } // namespace commissioning
