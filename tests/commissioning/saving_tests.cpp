@@ -92,9 +92,9 @@ TEST_F(SavedChanges, TellsWhatACameraThatDiesHasStored) {
         {"silent-after=1", false,
          std::string("The mode was written; it is not known whether the addresses were. If not, ") + OldAddress +
              " It does not answer the search."},
-        {"silent-after=2", false,
+        {"silent-after=3", false,
          "The settings were sent, but the camera did not come back. It does not answer the search."},
-        {"silent-after=4", false,
+        {"silent-after=5", false,
          "The settings were sent, but the camera did not come back. It does not answer the search."},
         {"silent-after=0", true,
          "The camera has not stored the settings. It now has the address 192.168.10.140 and is set to DHCP."},
@@ -104,8 +104,8 @@ TEST_F(SavedChanges, TellsWhatACameraThatDiesHasStored) {
         {"loss-from-camera=100,commands=writereg", true,
          std::string("Only the mode was written, the addresses were not: ") + OldAddress +
              " It now has the address 192.168.10.99 and is set to a static address."},
-        {"silent-after=2", true, ""}, // a restart is a restart
-        {"silent-after=4", true, ""},
+        {"silent-after=3", true, ""}, // a restart is a restart
+        {"silent-after=5", true, ""},
     };
     start({cameraAt(1, "192.168.10.99/24", ",vendor-config=error,xml=none")});
     for (const auto &row : rows) {

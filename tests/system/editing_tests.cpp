@@ -103,7 +103,7 @@ TEST_F(Editing, TheBoxSaysThatASaveWasSentAndTheCameraStayedAway) {
     type("editIpAddress", "192.168.10.51");
     expectForceIp(ConnectHeader);
     expect(QString("Ostra Lanvane: ") + NotSaved, [](QWidget &box) {
-        EXPECT_EQ("The settings were sent, but the camera did not come back.",
+        EXPECT_EQ("The settings were sent, but the camera did not come back. It does not answer the search.",
                   static_cast<QMessageBox &>(box).informativeText());
         box.close();
     });
@@ -117,15 +117,18 @@ TEST_F(Editing, TheForceIpDialogSaysThatACameraIsInUse) {
     refresh();
     select(1);
     const QString dialog = QString("Assign Temporary IP Address (Force IP): ") + AssignHeader;
-    const auto notice = [](QWidget &shown) { return shown.findChild<QLabel *>("lblNotice")->text().toStdString(); };
+    const auto expectNotice = [](QWidget &shown) {
+        EXPECT_EQ("The camera is controlled by another application: it may refuse a new address, or that application "
+                  "loses the camera.",
+                  shown.findChild<QLabel *>("lblNotice")->text());
+    };
     expect(dialog, [&](QWidget &shown) {
-        EXPECT_THAT(notice(shown), HasSubstr("The device is in use by another application."));
+        expectNotice(shown);
         type(*shown.findChild<QLineEdit *>("editIpAddress"), "192.168.10.77");
         QTest::keyClick(&shown, Qt::Key_Return);
     });
     expect(dialog, [&](QWidget &shown) {
-        EXPECT_EQ("The device did not take the address 192.168.10.77: it is in use by another application.",
-                  notice(shown));
+        expectNotice(shown); // the reason why it was refused
         QTest::keyClick(&shown, Qt::Key_Escape);
     });
     useContextMenu();
