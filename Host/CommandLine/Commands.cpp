@@ -79,6 +79,7 @@ public:
             return wouldChange(camera, {mode, address, mask, 0, camera.name});
         m_Session.interaction().start(camera.mac);
         m_Session.interruption().setInHand(camera.mac);
+        m_Session.interaction().forbidTemporaryAddress(); // it has one
         const RescuePlan plan{m_Session.deviceOf(camera.mac), adapter.name, address, mask, mode};
         ChangeRecord record = finished(camera, rescue(m_Context, plan, m_Session.surroundingsOf(camera)));
         m_Session.interruption().setInHand("");

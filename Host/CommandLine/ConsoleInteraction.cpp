@@ -41,6 +41,7 @@ std::string textOf(const std::exception_ptr &error) {
 
 void ConsoleInteraction::start(const std::string &mac) {
     m_Mac = mac;
+    m_IsTemporaryAddressForbidden = false;
     m_WasDenied = false;
     m_LastFailure.clear();
 }
@@ -63,7 +64,8 @@ void ConsoleInteraction::stopWhenAsked() const {
 }
 
 std::optional<TemporaryAddress> ConsoleInteraction::askTemporaryAddress(const AddressQuestion &question) {
-    return question.isFirst ? m_FindAddress(question.mac, question.adapter) : std::nullopt;
+    return question.isFirst && !m_IsTemporaryAddressForbidden ? m_FindAddress(question.mac, question.adapter)
+                                                              : std::nullopt;
 }
 
 void ConsoleInteraction::failure(const char * /*context*/, const std::exception_ptr &error, const char *attempted) {

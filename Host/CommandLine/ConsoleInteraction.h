@@ -28,6 +28,8 @@ public:
 
     /// Forgets what earlier operations have told. \param mac of the camera to be changed now.
     void start(const std::string &mac);
+    /// Of the camera that was started with.
+    void forbidTemporaryAddress() { m_IsTemporaryAddressForbidden = true; }
     bool wasDenied() const { return m_WasDenied; }
     /// What failed last; empty when nothing did.
     const std::string &lastFailure() const { return m_LastFailure; }
@@ -48,6 +50,7 @@ private:
     Interruption &m_Interruption;
     AddressFinder m_FindAddress;
     std::string m_Mac;
+    bool m_IsTemporaryAddressForbidden = false;
     bool m_WasDenied = false;
     std::string m_LastFailure;
 };

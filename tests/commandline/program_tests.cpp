@@ -1,6 +1,10 @@
 #include "Program.h"
 
+#include "support/SocketAddress.h"
+
+#include <filesystem>
 #include <thread>
+#include <unistd.h>
 
 using namespace testnet;
 using testing::AllOf;
@@ -132,7 +136,7 @@ TEST_F(Program, SaysWhatIsNotConfirmed) {
 }
 
 TEST_F(Program, EndsAtASafePoint) {
-    start({cameraAt(1, "192.168.10.21/24", ",silence=3600000")});
+    start({cameraAt(1, "192.168.10.21/24", ",silence=3600000"), cameraAt(2, "192.168.10.22/24", ",reachable=no")});
     const auto interrupt = [&](const std::string &arguments, std::chrono::milliseconds after, int signals) {
         const pid_t process = begin(arguments);
         for (int i = 0; i < signals; ++i) {
@@ -141,11 +145,91 @@ TEST_F(Program, EndsAtASafePoint) {
         }
         return end(process);
     };
-    const Finished first =
-        interrupt("set 192.168.10.21 static 192.168.10.31 --json", std::chrono::milliseconds(2500), 1);
-    EXPECT_EQ(130, first.exitCode) << first.out;
-    EXPECT_THAT(first.error, HasSubstr("next safe point"));
-    EXPECT_EQ("02:5A:E3:00:00:01", text(first.json["changes"][0]["camera"]));
+    using std::chrono::milliseconds;
+    const Finished searching = interrupt("doctor --json", milliseconds(300), 1);
+    EXPECT_EQ(130, searching.exitCode) << searching.out;
+    EXPECT_EQ(130, searching.json["error"]["code"]);
+
+    const Finished waiting = interrupt("set 192.168.10.21 static 192.168.10.31 --json", milliseconds(2500), 1);
+    EXPECT_EQ(130, waiting.exitCode) << waiting.out;
+    EXPECT_THAT(waiting.error, HasSubstr("next safe point"));
+    EXPECT_EQ("02:5A:E3:00:00:01", text(waiting.json["changes"][0]["camera"]));
+}
+
+TEST_F(Program, NamesTheCameraInHandWhenItIsStoppedAtOnce) {
+    start({cameraAt(1, "192.168.10.21/24", ",vendor-config=silent")}); // the vendor command waits for 3 s
+    const pid_t process = begin("set 192.168.10.21 static 192.168.10.31");
+    for (int i = 0; i < 2; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1200));
+        kill(process, SIGTERM);
+    }
+    const Finished stopped = end(process);
+    EXPECT_EQ(130, stopped.exitCode);
+    EXPECT_THAT(stopped.error, HasSubstr("02:5A:E3:00:00:01"));
+}
+
+TEST_F(Program, FinishesForAReaderThatIsGone) {
+    start({cameraAt(1, "192.168.10.21/24")});
+    EXPECT_EQ(0, std::system(LANVANECTL " set 192.168.10.21 static 192.168.10.31 | true"));
+    EXPECT_EQ("192.168.10.31", site->addressOf(1));
+}
+
+/// Cameras whose answers the kernel drops are seen by the listener and rescued, with the host's settings as they are.
+TEST_F(Program, RescuesWhatTheHostHides) {
+    start({cameraAt(1, "10.1.2.21/16")});
+    const std::string listener = folder / "lanvane-listen";
+    std::filesystem::copy_file(LISTENER, listener);
+    ASSERT_EQ(0, std::system(("setcap cap_net_raw=p " + listener).c_str()));
+    ASSERT_EQ(0, std::system("sysctl -qw net.ipv4.conf.nic0.rp_filter=1"));
+    const std::string path = std::getenv("PATH");
+    EXPECT_EQ(0U, run("list --json").json["cameras"].size());
+
+    setenv("PATH", (listener.substr(0, listener.rfind('/')) + ":" + path).c_str(), 1);
+    const Finished seen = run("list --json");
+    ASSERT_EQ(1U, seen.json["cameras"].size());
+    EXPECT_TRUE(seen.json["cameras"][0]["hidden"]);
+    const Finished rescued = run("rescue --all --yes --json");
+    EXPECT_EQ(0, rescued.exitCode) << rescued.out;
+    EXPECT_EQ("192.168.10.21", site->addressOf(1));
+
+    // Answers to broadcasts do not pass a firewall that lets in what was asked for, answers to unicast do.
+    ASSERT_EQ(0, std::system("sysctl -qw net.ipv4.conf.nic0.rp_filter=0"));
+    site->cameras.removeCamera(camera(1).mac);
+    site->cameras.addCamera(cameraAt(3, "10.1.2.23/16"));
+    ASSERT_EQ(0, std::system("nft 'add table inet s; add chain inet s c { type filter hook input priority 0; policy "
+                             "drop; }; add rule inet s c ct state established,related accept'"));
+    const Finished verified = run("rescue --all --yes --timeout 10 --json");
+    EXPECT_EQ(0, verified.exitCode) << verified.out;
+    EXPECT_EQ("192.168.10.23", site->addressOf(3));
+    ASSERT_EQ(0, std::system("nft delete table inet s"));
+
+    // Where a firewall drops everything that cameras say, nobody can tell, and the remedy is named.
+    site->cameras.removeCamera(camera(3).mac);
+    site->cameras.addCamera(cameraAt(2, "10.1.2.22/16"));
+    ASSERT_EQ(0, std::system("nft 'add table inet f; add chain inet f c { type filter hook input priority 0; }; "
+                             "add rule inet f c udp sport 3956 drop'"));
+    const Finished unheard = run("rescue --all --yes --timeout 4 --json");
+    EXPECT_EQ(5, unheard.exitCode) << unheard.out;
+    EXPECT_EQ("192.168.10.22", site->addressOf(2)) << unheard.out;
+    EXPECT_THAT(unheard.json["findings"].dump(), AllOf(HasSubstr("answers-blocked"), HasSubstr("nft")));
+}
+
+TEST_F(Program, NamesTheProcessThatHoldsACamera) {
+    start({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "10.1.2.22/16")});
+    const int holder = ::socket(AF_INET, SOCK_DGRAM, 0);
+    ASSERT_EQ(0, ::bind(holder, SocketAddress("192.168.10.1", 45678), sizeof(sockaddr_in)));
+    site->cameras.setHolder(camera(1).mac, camsim::Holder{{camsim::Ipv4::parse("192.168.10.1"), 45678}});
+    const auto shown = run("list --json").json["cameras"][0]["holder"];
+    close(holder);
+    EXPECT_EQ("192.168.10.1 45678 " + std::to_string(getpid()),
+              text(shown["address"]) + " " + shown["port"].dump() + " " + shown["process"]["id"].dump());
+}
+
+/// As if behind a router: no broadcast reaches it.
+TEST_F(Program, AsksACameraByItsAddress) {
+    start({cameraAt(1, "192.168.10.21/24")});
+    site->cameras.setFaults(camera(1).mac, camsim::parseFaults("loss-to-camera=100,commands=discovery,limit=1"));
+    EXPECT_EQ(1U, run("list --json --ask 192.168.10.21").json["cameras"].size());
 }
 
 } // namespace

@@ -61,7 +61,7 @@ Attempt forceAndAwait(const Context &context, const TemporaryAddress &entered, A
     context.trace.progress("Now forcing IP for MAC=%s. Retries remaining=%i.", mac, 0);
     sendForcedAddress(context, entered);
     context.trace.progress("Successfully forced IP for MAC=%s.", mac);
-    const std::optional<CQuorelGigEDeviceInfo> back = waitForDevice(context, entered.mac);
+    const std::optional<CQuorelGigEDeviceInfo> back = waitForDevice(context, entered.mac, entered.address);
     if (back && currentAddressOf(*back) != entered.address) {
         *pReason = stillAt(*back, "The camera acknowledged but");
         return Attempt::AskAgain;
@@ -122,7 +122,7 @@ void sendForcedAddress(const Context &context, const TemporaryAddress &address) 
     try {
         context.layer.ForceIp(address.mac, toText(address.address), toText(address.mask), toText(address.gateway));
     } catch (const GenICam::GenericException &) {
-        const std::optional<CQuorelGigEDeviceInfo> camera = lookFor(context, address.mac);
+        const std::optional<CQuorelGigEDeviceInfo> camera = lookFor(context, address.mac, address.address);
         if (!camera || currentAddressOf(*camera) != address.address)
             throw;
     }

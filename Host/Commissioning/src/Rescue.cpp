@@ -1,5 +1,6 @@
 #include "commissioning/Rescue.h"
 
+#include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Saving.h"
 #include "commissioning/SmallChanges.h"
@@ -13,6 +14,7 @@ namespace {
 Change changeOf(const RescuePlan &plan, const Result &forced) {
     Change change;
     change.device = forced.now ? *forced.now : plan.device;
+    change.device.SetIpAddress(toText(plan.address)); // also when nobody heard that it took it: unicast may get through
     change.adapter = plan.adapter;
     change.mode = plan.mode;
     change.address = plan.address;

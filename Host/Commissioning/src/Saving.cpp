@@ -207,16 +207,19 @@ void Saving::rememberAddresses() {
         setStoredAddresses(*device, {m_Change.address, m_Change.mask, m_Change.gateway});
 }
 
+/// Where it can be asked when no broadcast is heard; of the other modes nobody knows.
+Address Saving::expectedAddress() const { return m_Change.mode == Mode::Static ? m_Change.address : 0; }
+
 bool Saving::restartAndAwait() {
     const String_t mac = m_Change.device.GetMacAddress();
     m_Context.layer.RestartIpConfiguration(mac);
-    m_Result.now = waitForDevice(m_Context, mac.c_str());
+    m_Result.now = waitForDevice(m_Context, mac.c_str(), expectedAddress());
     // The restart is one datagram, which may be lost, and some cameras forget it.
     for (int i = 0; i < m_Context.patience.restarts && m_Result.now && !hasTaken(); ++i) {
         m_Context.trace.warning("MAC=%s is back with the old settings. Restarting its IP configuration again.",
                                 mac.c_str());
         m_Context.layer.RestartIpConfiguration(mac);
-        m_Result.now = waitForDevice(m_Context, mac.c_str());
+        m_Result.now = waitForDevice(m_Context, mac.c_str(), expectedAddress());
     }
     return m_Result.now.has_value();
 }
@@ -291,7 +294,7 @@ void Saving::inspect() {
     m_Context.guarded("inspect", [&] {
         m_Result.verification = Verification::None;
         m_Result.stored.reset();
-        m_Result.now = lookFor(m_Context, mac.c_str());
+        m_Result.now = lookFor(m_Context, mac.c_str(), expectedAddress());
         if (m_Result.now) {
             follow(m_Context, *m_Result.now, true);
             readBack();

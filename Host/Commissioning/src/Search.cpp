@@ -126,8 +126,9 @@ void throwWhenStopped() {
         throw Cancelled();
 }
 
-/// Adds the camera at an address, if it answers within a second.
-void askOne(Address address, DeviceInfoList &found) {
+} // namespace
+
+void ask(Address address, DeviceInfoList &found) {
     constexpr std::uint32_t Patience_ms = 1000;
     sockaddr_in target{};
     target.sin_family = AF_INET;
@@ -138,14 +139,12 @@ void askOne(Address address, DeviceInfoList &found) {
                                    reinterpret_cast<const sockaddr *>(&target)); // one that is silent is not found
 }
 
-} // namespace
-
 DeviceInfoList discover(IGigETransportLayer &layer, const SearchOptions &options) {
     DeviceInfoList found;
     layer.EnumerateAllDevices(found, false);
     const String_t problem = layer.GetLastHostProblem();
     for (const Address address : options.ask)
-        askOne(address, found);
+        ask(address, found);
     throwWhenStopped();
     if (found.empty() && !problem.empty())
         throw RUNTIME_EXCEPTION("The search for cameras failed: %s", problem.c_str());

@@ -111,7 +111,7 @@ Result rename(const Context &context, const CQuorelGigEDeviceInfo &device, const
     });
     context.connection.close();
     context.guarded("rename", [&] {
-        result.now = lookFor(context, device.GetMacAddress().c_str());
+        result.now = lookFor(context, device.GetMacAddress().c_str(), currentAddressOf(device));
         verifyName(context, name, &result);
         return true;
     });
@@ -128,7 +128,7 @@ Result forceAddressTo(const Context &context, const CQuorelGigEDeviceInfo &devic
         const auto indication = context.interaction.begin(Step::Force);
         sendForcedAddress(context, address);
         result.addresses = Delivery::Acknowledged;
-        result.now = waitForDevice(context, address.mac);
+        result.now = waitForDevice(context, address.mac, address.address);
         return true;
     });
     if (result.now) {

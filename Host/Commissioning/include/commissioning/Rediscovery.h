@@ -8,11 +8,14 @@
 
 namespace commissioning {
 
-/// The camera with a MAC, compared without regard to case, in one discovery.
-std::optional<Corvo::CQuorelGigEDeviceInfo> lookFor(const Context &context, const std::string &mac);
+/// The camera with a MAC, compared without regard to case, in one discovery. \param alsoAt an address that it may have,
+/// asked by unicast when the discovery does not hear it; 0 for none.
+std::optional<Corvo::CQuorelGigEDeviceInfo> lookFor(const Context &context, const std::string &mac, Address alsoAt = 0);
 
 /// Waits until a camera that has been restarted answers a discovery. \returns none when it does not come back.
-std::optional<Corvo::CQuorelGigEDeviceInfo> waitForDevice(const Context &context, const std::string &mac);
+/// \param alsoAt as above.
+std::optional<Corvo::CQuorelGigEDeviceInfo> waitForDevice(const Context &context, const std::string &mac,
+                                                          Address alsoAt = 0);
 
 /// Takes over what a discovery told of a camera into the list of what is known.
 /// \param testAgain asks the camera whether it can be opened.

@@ -34,6 +34,7 @@ private:
     void rememberAddresses();
     /// \returns whether the camera came back at all.
     bool restartAndAwait();
+    Address expectedAddress() const;
     bool hasMode() const;
     bool hasAddress() const;
     bool hasTaken() const;

@@ -38,6 +38,10 @@ Corvo::DeviceInfoList discover(Corvo::IGigETransportLayer &layer, const SearchOp
 /// side by side; it takes about half a second, and as much longer as one probe (0.6 s) when a camera does not answer.
 Corvo::DeviceInfoList search(Corvo::IGigETransportLayer &layer, const SearchOptions &options = {});
 
+/// Adds the camera at an address, if it answers within a second. A firewall that lets in only what was asked for lets
+/// this answer in, unlike those to a broadcast. Never throws.
+void ask(Address address, Corvo::DeviceInfoList &found);
+
 /// Asks one camera whether it can be opened and stores the verdict in its info.
 void testAccessibility(Corvo::IGigETransportLayer &layer, Corvo::CDeviceInfo &device);
 
