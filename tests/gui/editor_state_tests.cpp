@@ -98,6 +98,16 @@ TEST_F(Editor, KeepsWhatWasTypedInAnotherMode) {
     EXPECT_EQ("192.168.10.140 255.255.255.0 0.0.0.0 AN save ask", state());
 }
 
+/// Of a new camera, whose static mode was stored before the save broke off.
+TEST_F(Editor, KeepsWhatWasAskedForAfterHalfASave) {
+    load("6", "0.0.0.0 0.0.0.0 0.0.0.0");
+    editor.chooseMode(Mode::Static);
+    editor.type(EditorState::IpAddress, "192.168.10.51");
+    m_Device.SetIpConfigCurrent("5");
+    editor.follow(m_Device, m_Surroundings);
+    EXPECT_EQ("192.168.10.51 255.255.255.0 0.0.0.0 AN save ask", state());
+}
+
 TEST_F(Editor, SaysWhatCannotBeSaved) {
     load("5", "172.16.0.9 255.255.0.0 0.0.0.0");
     const QString network = "The IP address is that of the network itself.";

@@ -39,9 +39,17 @@ std::string stillAt(const CQuorelGigEDeviceInfo &camera, const char *what) {
     return std::string(what) + " still has the address " + toText(currentAddressOf(camera)) + ".";
 }
 
-/// With the camera as it is now, after an attempt in vain.
+/// The camera as it is now, after an attempt in vain. A search that fails as well is no reason to give up.
+std::optional<CQuorelGigEDeviceInfo> lookAgain(const Context &context, const std::string &mac, Address alsoAt) {
+    try {
+        return lookFor(context, mac, alsoAt);
+    } catch (const GenICam::GenericException &) {
+        return std::nullopt;
+    }
+}
+
 std::string reasonOfFailure(const Context &context, const std::string &mac) {
-    std::optional<CQuorelGigEDeviceInfo> camera = lookFor(context, mac);
+    std::optional<CQuorelGigEDeviceInfo> camera = lookAgain(context, mac, 0);
     if (!camera)
         return "No camera with this MAC address answered.";
     testAccessibility(context.layer, *camera);
@@ -122,7 +130,7 @@ void sendForcedAddress(const Context &context, const TemporaryAddress &address) 
     try {
         context.layer.ForceIp(address.mac, toText(address.address), toText(address.mask), toText(address.gateway));
     } catch (const GenICam::GenericException &) {
-        const std::optional<CQuorelGigEDeviceInfo> camera = lookFor(context, address.mac, address.address);
+        const std::optional<CQuorelGigEDeviceInfo> camera = lookAgain(context, address.mac, address.address);
         if (!camera || currentAddressOf(*camera) != address.address)
             throw;
     }

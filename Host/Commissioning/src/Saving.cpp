@@ -11,6 +11,9 @@
 #include "commissioning/Rediscovery.h"
 #include "commissioning/Search.h"
 #include "commissioning/SmallChanges.h"
+#include "gxapi/GvcpMessages.h"
+
+#include <cstdlib>
 
 namespace commissioning {
 
@@ -30,11 +33,13 @@ struct Texts {
     String_t mac, oldIp, address, mask, gateway;
 };
 
+/// Empty without link-local: every camera has it as its last resort, so such a word is no real configuration.
 std::string configurationText(const CQuorelGigEDeviceInfo &device) {
-    const std::optional<Mode> mode = modeOf(device);
-    if (!mode)
+    const unsigned long word = std::strtoul(device.GetIpConfigCurrent().c_str(), nullptr, 10);
+    if ((word & GEV_IP_CONFIG_LLA) == 0)
         return "";
-    return *mode == Mode::Static ? "Static IP, Auto IP" : *mode == Mode::Dhcp ? "DHCP, Auto IP" : "Auto IP";
+    return std::string((word & GEV_IP_CONFIG_PERSISTENT_IP) != 0 ? "Static IP, " : "") +
+           ((word & GEV_IP_CONFIG_DHCP) != 0 ? "DHCP, " : "") + "Auto IP";
 }
 
 } // namespace

@@ -91,6 +91,10 @@ void EditorState::follow(const Device &device, const DeviceSurroundings &surroun
         load(device, surroundings);
         return;
     }
+    if (m_Mode == Mode::Static && m_StoredMode != Mode::Static) { // what was suggested has been asked for
+        for (const Field field : {IpAddress, Netmask, DefaultGateway})
+            m_Typed[field] = text(field);
+    }
     take(device, surroundings);
     updateFlags();
 }

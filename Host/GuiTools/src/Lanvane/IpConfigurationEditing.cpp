@@ -18,7 +18,8 @@ void IpConfigurationWidget::fillEditor(const QTreeWidgetItem *item) {
 }
 
 void IpConfigurationWidget::updateEditor() {
-    QTreeWidgetItem *item = ui->deviceTree->currentItem();
+    // While the selection changes the current row is already another device's.
+    const QTreeWidgetItem *item = ui->deviceTree->findDevice(m_Editor.mac());
     if (const OptionalDevice device = deviceOf(item))
         m_Editor.follow(*device, surroundingsOf(item));
     showEditorState();
@@ -88,7 +89,8 @@ void IpConfigurationWidget::on_editNetmask_textEdited(const QString &text) { typ
 void IpConfigurationWidget::on_editNetmask_editingFinished() {
     QString mask = ui->editNetmask->text();
     ui->editNetmask->validator()->fixup(mask);
-    ui->editNetmask->setText(mask);
+    if (mask != ui->editNetmask->text())
+        typed(EditorState::Netmask, mask); // else the next key would bring the prefix length back
 }
 
 void IpConfigurationWidget::on_editDefaultGateway_textEdited(const QString &text) {

@@ -12,6 +12,7 @@ void IpConfigurationWidget::on_btnWriteConfiguration_clicked() {
     if (!m_Editor.device() || m_BusyDepth > 0)
         return;
     const Busy busy(m_BusyDepth);
+    const bool hadFocus = ui->btnWriteConfiguration->hasFocus();
     guarded("on_btnWriteConfiguration_clicked", [this] {
         if (saveEdited())
             doRefresh();
@@ -19,12 +20,15 @@ void IpConfigurationWidget::on_btnWriteConfiguration_clicked() {
             showBox(QMessageBox::Critical, QStringLiteral("The configuration could not be saved."), saveReport(),
                     QMessageBox::Close);
     });
+    if (hadFocus && !ui->btnWriteConfiguration->isEnabled())
+        ui->deviceTree->setFocus();
 }
 
 bool IpConfigurationWidget::saveEdited() { return m_Editor.device() && save(m_Editor.change()); }
 
 bool IpConfigurationWidget::save(const commissioning::Change &change) {
     m_Change = change;
+    m_LastSave = {}; // what is said of this save shall not be another's
     const bool saved = writeConfiguration(change.device);
     const QString mac = macOf(change.device);
     if (saved) {
@@ -70,7 +74,8 @@ bool IpConfigurationWidget::saveBeforeLeaving() {
     const Busy busy(m_BusyDepth);
     if (!checkSaveChanges())
         return false;
-    const bool saved = saveEdited();
+    bool saved = false;
+    guarded("onCurrentItemChanged", [&] { saved = saveEdited(); });
     if (!saved)
         showBox(QMessageBox::Critical, QStringLiteral("The configuration could not be saved."), saveReport(),
                 QMessageBox::Ok);

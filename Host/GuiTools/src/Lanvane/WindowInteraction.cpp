@@ -87,6 +87,9 @@ void WindowInteraction::openAddressDialog(const AddressQuestion &question) {
 std::optional<TemporaryAddress> WindowInteraction::askTemporaryAddress(const AddressQuestion &question) {
     if (question.isFirst)
         openAddressDialog(question);
+    const bool comesAfterAnAttempt = !question.isFirst || question.text.empty();
+    if (comesAfterAnAttempt)
+        discardUserInput(); // typed before there was a question
     m_AddressDialog->setNoticeText(QString::fromStdString(question.reason));
     if (m_AddressDialog->exec() != QDialog::Accepted) {
         m_AddressDialog.reset();
@@ -110,6 +113,7 @@ void WindowInteraction::accessDenied() {
     const QString title = QStringLiteral("Connection failed");
     const QString text = QStringLiteral("Access denied\nThe device is controlled by another application.\nClose "
                                         "the connection before changing the IP configuration.");
+    discardUserInput(); // else a key typed meanwhile would close the box unread
     showWarningMessage(title, QStringLiteral("openDevice"), text, &m_Window);
     QMessageBox::warning(&m_Window, title, text);
 }

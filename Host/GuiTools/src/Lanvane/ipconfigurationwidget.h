@@ -125,7 +125,7 @@ private:
 
     // Editor
     void fillEditor(const QTreeWidgetItem *item);
-    /// After the current row's device has changed. What the user has typed stays.
+    /// After the editor's device has changed. What the user has typed stays.
     void updateEditor();
     void showEditorState();
     void checkModeButton();
