@@ -200,6 +200,7 @@ void CControlChannel::Disconnect() noexcept {
     {
         // In one go: a heartbeat that waits for the lock must not beat without the privilege. And a callback that
         // destroys the channel waits here for the thread that found the loss and is still inside.
+        Posix::CAutoLock change(m_HeartbeatChange);
         Posix::CAutoLock lock(m_CriticalSection);
         ReleasePrivilege();
         m_Disconnected = true;
