@@ -119,13 +119,14 @@ TEST(Loss, ADeviceIsToldTwiceWithoutThreads) {
     EXPECT_EQ(outage.channel.requests().size(), 5u);
 }
 
-TEST(Loss, ADeviceThatDeniesAccessIsSomebodyElses) {
+TEST(Loss, ADeviceThatDeniesAnAccessIsNotKept) {
     ScriptedChannel channel(
         [](const Bytes &request, std::size_t) { return Answers{acknowledge(request, 0x8006, 0x0081, {})}; }, Device(),
         GEV_CONTROL_ACCESS);
     EXPECT_EQ(channel.read(), 0xE1018006u);
     channel.destroy();
-    EXPECT_EQ(channel.requests().size(), 1u);
+    ASSERT_EQ(channel.requests().size(), 2u);
+    EXPECT_TRUE(isRelease(channel.requests().back()));
 }
 
 TEST(Loss, ACameraIsFreeAfterAnOutageOnRealSockets) {

@@ -90,6 +90,8 @@ GXSTATUS CControlChannel::GainPrivilege(std::uint32_t accessFlags) noexcept {
     if (status != GX_SUCCESS)
         GX_TRACE(FlagControlChannel, LevelError, "Failed to gain access priviledges 0x%08x. 0x%08X.", accessFlags,
                  status);
+    if (status == GX_E_GEV_ACCESS_DENIED)
+        m_DeviceAccessFlags = 0;
     return status;
 }
 
