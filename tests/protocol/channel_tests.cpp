@@ -2,6 +2,7 @@
 #include "ScriptedChannel.h"
 #include "camsim/Scene.h"
 #include "camsim/Simulator.h"
+#include "gxapi/Trace.h"
 #include "support/Leaks.h"
 #include "support/TraceLog.h"
 
@@ -118,13 +119,14 @@ TEST(Loss, ADeviceIsToldTwiceWithoutThreads) {
     EXPECT_EQ(outage.channel.requests().size(), 5u);
 }
 
-TEST(Loss, ADeviceThatDeniesAccessIsSomebodyElses) {
+TEST(Loss, ADeviceThatDeniesAnAccessIsNotKept) {
     ScriptedChannel channel(
         [](const Bytes &request, std::size_t) { return Answers{acknowledge(request, 0x8006, 0x0081, {})}; }, Device(),
         GEV_CONTROL_ACCESS);
     EXPECT_EQ(channel.read(), 0xE1018006u);
     channel.destroy();
-    EXPECT_EQ(channel.requests().size(), 1u);
+    ASSERT_EQ(channel.requests().size(), 2u);
+    EXPECT_TRUE(isRelease(channel.requests().back()));
 }
 
 TEST(Loss, ACameraIsFreeAfterAnOutageOnRealSockets) {
@@ -194,6 +196,31 @@ TEST(Loss, ACallbackThatDestroysWaitsForWhoFoundIt) {
     EXPECT_FALSE(destroyed);
     xaction.reset();
     EXPECT_TRUE(eventually([&] { return destroyed.load(); }));
+}
+
+TEST(Loss, ACallbackThatDestroysWaitsForAChangeOfTheHeartbeat) {
+    Outage outage;
+    outage.begin(60000);
+    struct {
+        std::atomic<bool> destroyed{false};
+        bool destroyedInside = false;
+    } seen;
+    outage.channel.onLost = [&] {
+        outage.channel.destroy();
+        seen.destroyed = true;
+    };
+    const auto sink = [](void *context, std::uint32_t, std::uint32_t, const char *text) {
+        if (std::string(text).find("timout register") == std::string::npos)
+            return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        auto &result = *static_cast<decltype(seen) *>(context);
+        result.destroyedInside = result.destroyed;
+    };
+    Gx::Trace::SetSink(sink, &seen, Gx::Trace::FlagAll, Gx::Trace::LevelError);
+    EXPECT_EQ(outage.channel->SetHeartbeatTimeout(20000), 0xE101800Bu);
+    Gx::Trace::SetSink(nullptr, nullptr, 0, 0);
+    EXPECT_TRUE(eventually([&] { return seen.destroyed.load(); }));
+    EXPECT_FALSE(seen.destroyedInside);
 }
 
 TEST(Loss, IsNotToldAfterTheCallbackIsUnregistered) {

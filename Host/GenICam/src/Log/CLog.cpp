@@ -35,7 +35,7 @@ protected:
     void _append(const log4cpp::LoggingEvent &event) override {
         const int second = event.timeStamp.getSeconds();
         if (event.message == m_message && event.categoryName == m_category && event.priority == m_priority &&
-            second - m_second < REPETITION_SECONDS) {
+            second >= m_second && second - m_second < REPETITION_SECONDS) { // the clock may have been set back
             ++m_repetitions;
             return;
         }

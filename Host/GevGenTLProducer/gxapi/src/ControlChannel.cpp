@@ -90,6 +90,8 @@ GXSTATUS CControlChannel::GainPrivilege(std::uint32_t accessFlags) noexcept {
     if (status != GX_SUCCESS)
         GX_TRACE(FlagControlChannel, LevelError, "Failed to gain access priviledges 0x%08x. 0x%08X.", accessFlags,
                  status);
+    if (status == GX_E_GEV_ACCESS_DENIED)
+        m_DeviceAccessFlags = 0;
     return status;
 }
 
@@ -200,6 +202,7 @@ void CControlChannel::Disconnect() noexcept {
     {
         // In one go: a heartbeat that waits for the lock must not beat without the privilege. And a callback that
         // destroys the channel waits here for the thread that found the loss and is still inside.
+        Posix::CAutoLock change(m_HeartbeatChange);
         Posix::CAutoLock lock(m_CriticalSection);
         ReleasePrivilege();
         m_Disconnected = true;

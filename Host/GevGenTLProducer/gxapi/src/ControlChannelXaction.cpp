@@ -129,7 +129,7 @@ CControlChannel::CXaction::Verdict CControlChannel::CXaction::Judge(std::size_t 
     *pStatus = GxStatusFromGv(ntohs(response.Status));
     if (*pStatus == GX_E_GEV_ACCESS_DENIED) {
         GX_TRACE(FlagControlChannel, LevelError, "Control access priviledge lost.");
-        m_pControlChannel->m_DeviceAccessFlags = 0; // so there is none to give back
+        // It may have been one register only: the privilege is given back all the same when the channel is destroyed.
         m_pControlChannel->SurpriseRemoval();
     }
     return Verdict::Done;
