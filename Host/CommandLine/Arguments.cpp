@@ -73,7 +73,8 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
             ->allow_extra_args(false);
         m_App.add_option("--ask", m_Ask, "Also ask a camera at this address, behind a router for instance; repeatable")
             ->type_name("ADDRESS")
-            ->allow_extra_args(false);
+            ->allow_extra_args(false)
+            ->check(notEmpty());
         m_App.add_flag("--json", m_Arguments.json, "Print one JSON object");
         m_App.add_flag("--dry-run", m_Arguments.dryRun,
                        "Show what would change and send nothing that changes a camera");
@@ -91,6 +92,10 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
         add(Command::Doctor, "doctor", "Find out why cameras are missing or cannot be used", "doctor --json");
     }
 
+    static CLI::Validator notEmpty() {
+        return {[](const std::string &text) { return text.empty() ? "is empty" : ""; }, "", "text"};
+    }
+
     void addCamera(CLI::App *app) { app->add_option("CAMERA", m_Camera, "The camera")->required(); }
 
     void addChanging() {
@@ -101,7 +106,9 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
             ->required()
             ->check(CLI::IsMember(ModeNames).description(""));
         addAddress(set, false);
-        set->add_option("--mask", m_Mask, "Its subnet mask, where no /PREFIX is given")->type_name("M");
+        set->add_option("--mask", m_Mask, "Its subnet mask, where no /PREFIX is given")
+            ->type_name("M")
+            ->check(notEmpty());
 
         CLI::App *force = add(Command::Force, "force", "Give a camera a temporary address by its MAC",
                               "force 025AE3010001 192.168.10.20/24");
@@ -121,8 +128,9 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
     void addAddress(CLI::App *app, bool required) {
         app->add_option("ADDRESS", m_Address, "Address, with the subnet's prefix if you like: 192.168.10.20/24")
             ->required(required)
-            ->type_name("ADDRESS[/PREFIX]");
-        app->add_option("--gateway", m_Gateway, "Its default gateway")->type_name("G");
+            ->type_name("ADDRESS[/PREFIX]")
+            ->check(notEmpty());
+        app->add_option("--gateway", m_Gateway, "Its default gateway")->type_name("G")->check(notEmpty());
     }
 
     void addRescue() {
@@ -148,8 +156,6 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
 
     template <typename Read>
     static std::optional<Address> addressOf(const char *what, const std::string &text, Read &&read) {
-        if (text.empty())
-            return std::nullopt;
         const std::optional<Address> address = read(text);
         if (!address)
             throw CLI::ValidationError(what, "'" + text + "' is none");
@@ -158,9 +164,12 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
 
     void readAddresses() {
         const std::size_t slash = m_Address.find('/');
-        m_Arguments.address = addressOf("ADDRESS", m_Address.substr(0, slash), addressFrom);
-        m_Arguments.mask = addressOf("--mask", m_Mask, maskFrom);
-        m_Arguments.gateway = addressOf("--gateway", m_Gateway, addressFrom);
+        if (!m_Address.empty())
+            m_Arguments.address = addressOf("ADDRESS", m_Address.substr(0, slash), addressFrom);
+        if (!m_Mask.empty())
+            m_Arguments.mask = addressOf("--mask", m_Mask, maskFrom);
+        if (!m_Gateway.empty())
+            m_Arguments.gateway = addressOf("--gateway", m_Gateway, addressFrom);
         if (slash != std::string::npos) {
             const auto prefix = addressOf("ADDRESS/PREFIX", m_Address.substr(slash), maskFrom);
             if (m_Arguments.mask && m_Arguments.mask != prefix)
@@ -169,7 +178,7 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
         }
         for (const std::string &text : m_Ask)
             m_Arguments.ask.push_back(*addressOf("--ask", text, addressFrom));
-        if (!m_Camera.empty())
+        if (m_Arguments.cameras.empty() && !m_Arguments.allCameras)
             m_Arguments.cameras = {m_Camera};
         if (!m_Mode.empty())
             m_Arguments.mode =

@@ -7,7 +7,6 @@
 #include "commissioning/AddressRules.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
-#include "commissioning/FreeAddresses.h"
 #include "commissioning/Parsing.h"
 #include "commissioning/Rescue.h"
 #include "commissioning/Saving.h"
@@ -65,6 +64,8 @@ public:
         : m_Arguments(arguments), m_Session(session), m_Context(session.context()) {}
 
     ChangeRecord change(const Camera &camera) {
+        if (hasTwin(camera))
+            return refused(camera, Twin);
         m_Session.interaction().start(camera.mac);
         m_Session.interruption().setInHand(m_Arguments.dryRun ? "" : camera.mac);
         ChangeRecord record = dispatch(camera);
@@ -75,18 +76,30 @@ public:
     /// \param address that is free.
     ChangeRecord rescueTo(const Camera &camera, const Adapter &adapter, Address address, Address mask) {
         const Mode mode = m_Arguments.mode.value_or(Mode::Static);
+        const RescuePlan plan{m_Session.deviceOf(camera.mac), adapter.name, address, mask, mode};
+        const AddressSurroundings around = m_Session.surroundingsOf(camera);
+        const std::string reason = hasTwin(camera) ? Twin : refusalOf(plan, around);
+        if (!reason.empty())
+            return refused(camera, reason);
         if (m_Arguments.dryRun)
             return wouldChange(camera, {mode, address, mask, 0, camera.name});
-        m_Session.interaction().start(camera.mac);
+        m_Session.interaction().start(camera.mac, TemporaryAddress{camera.mac, address, mask, 0});
         m_Session.interruption().setInHand(camera.mac);
-        m_Session.interaction().forbidTemporaryAddress(); // it has one
-        const RescuePlan plan{m_Session.deviceOf(camera.mac), adapter.name, address, mask, mode};
-        ChangeRecord record = finished(camera, rescue(m_Context, plan, m_Session.surroundingsOf(camera)));
+        ChangeRecord record = finished(camera, rescue(m_Context, plan, around));
         m_Session.interruption().setInHand("");
         return record;
     }
 
 private:
+    static constexpr const char *Twin = "Another camera has the same MAC address: a change could reach either.";
+
+    bool hasTwin(const Camera &camera) const {
+        const auto &findings = m_Session.inventory().findings;
+        return std::any_of(findings.begin(), findings.end(), [&](const Finding &finding) {
+            return finding.code == "duplicate-mac" && finding.camera == camera.mac;
+        });
+    }
+
     ChangeRecord dispatch(const Camera &camera) {
         switch (m_Arguments.command) {
         case Command::Set:
@@ -94,8 +107,7 @@ private:
         case Command::Force:
             return force(camera);
         case Command::Restart:
-            return m_Arguments.dryRun ? wouldChange(camera, settingsOf(camera))
-                                      : finished(camera, restart(m_Context, m_Session.deviceOf(camera.mac)));
+            return restart(camera);
         case Command::Name:
             return name(camera);
         default:
@@ -104,7 +116,12 @@ private:
     }
 
     ChangeRecord finished(const Camera &camera, Result result) {
-        result.refused = result.refused || (!result.success && m_Session.interaction().wasDenied());
+        const bool isDenied = !result.success && m_Session.interaction().wasDenied();
+        result.refused = result.refused || (isDenied && result.path == Path::None);
+        if (isDenied && !result.refused)
+            result.text += " The camera is controlled by another application.";
+        if (const auto &temporary = m_Session.interaction().temporaryAddress(); temporary && !result.now)
+            result.text += " The address " + toText(temporary->address) + " was forced as a temporary one.";
         return recordOf(camera, result, m_Session.interaction().lastFailure());
     }
 
@@ -125,7 +142,9 @@ private:
         change.gateway = m_Arguments.gateway.value_or(keepsGateway ? stored.gateway : 0);
         change.modeDiffers = camera.mode != change.mode;
         if (isStatic) {
-            change.addressDiffers = stored.address != change.address || camera.address != change.address;
+            // What could not be read may be anything.
+            change.addressDiffers =
+                !camera.stored || stored.address != change.address || camera.address != change.address;
             change.maskDiffers = stored.mask != change.mask;
             change.gatewayDiffers = stored.gateway != change.gateway;
         }
@@ -141,6 +160,9 @@ private:
             return refused(camera, reason);
         if (m_Arguments.dryRun)
             return wouldChange(camera, {change.mode, change.address, change.mask, change.gateway, camera.name});
+        if (change.mode == Mode::Static)
+            m_Session.interaction().start(camera.mac,
+                                          TemporaryAddress{camera.mac, change.address, change.mask, change.gateway});
         return finished(camera, configure(m_Context, change));
     }
 
@@ -148,21 +170,35 @@ private:
         const Address address = *m_Arguments.address;
         const AdapterAddress *subnet = subnetOf(m_Session.adapterOf(camera), address);
         const Address mask = m_Arguments.mask.value_or(subnet ? subnet->mask : camera.mask);
-        const std::string reason = mask == 0
-                                       ? "The subnet mask is not known: give the address a prefix."
-                                       : refusalOfAddress(address, mask, camera.mac, m_Session.surroundingsOf(camera));
+        const Address gateway = m_Arguments.gateway.value_or(0);
+        std::string reason = refusalOfHolder(m_Session.deviceOf(camera.mac));
+        if (reason.empty())
+            reason = refusalOfAddress(address, mask, camera.mac, m_Session.surroundingsOf(camera));
+        if (reason.empty())
+            reason = refusalOfGateway(gateway, address, mask);
         if (!reason.empty())
             return refused(camera, reason);
         if (m_Arguments.dryRun)
-            return wouldChange(camera, {camera.mode, address, mask, m_Arguments.gateway.value_or(0), camera.name},
-                               Path::Force);
-        return finished(camera, forceAddressTo(m_Context, m_Session.deviceOf(camera.mac),
-                                               {camera.mac, address, mask, m_Arguments.gateway.value_or(0)}));
+            return wouldChange(camera, {camera.mode, address, mask, gateway, camera.name}, Path::Force);
+        return finished(
+            camera, forceAddressTo(m_Context, m_Session.deviceOf(camera.mac), {camera.mac, address, mask, gateway}));
+    }
+
+    ChangeRecord restart(const Camera &camera) {
+        const auto device = m_Session.deviceOf(camera.mac);
+        const std::string reason = refusalOfHolder(device);
+        if (!reason.empty())
+            return refused(camera, reason);
+        return m_Arguments.dryRun ? wouldChange(camera, settingsOf(camera))
+                                  : finished(camera, commissioning::restart(m_Context, device));
     }
 
     ChangeRecord name(const Camera &camera) {
         if (camera.name == m_Arguments.name)
             return unchanged(camera);
+        const std::string reason = refusalOfHolder(m_Session.deviceOf(camera.mac));
+        if (!reason.empty())
+            return refused(camera, reason);
         Settings after = settingsOf(camera);
         after.name = m_Arguments.name;
         if (m_Arguments.dryRun)
@@ -205,7 +241,8 @@ Outcome changeOne(const Arguments &arguments, Session &session) {
     const Camera *camera = findCamera(arguments.cameras.front(), session, &error);
     Camera unlisted;
     unlisted.mac = macFrom(arguments.cameras.front());
-    if (!camera && arguments.command == Command::Force && !unlisted.mac.empty()) {
+    const bool isUnknown = camerasNamed(arguments.cameras.front(), session.inventory()).empty();
+    if (isUnknown && arguments.command == Command::Force && !unlisted.mac.empty()) {
         unlisted.adapters = arguments.adapters;
         camera = &unlisted;
     }
@@ -257,7 +294,7 @@ std::vector<Rescue> planRescue(const std::vector<const Camera *> &cameras, Sessi
             byAdapter[adapter].push_back(rescues.size());
         rescues.push_back({camera, adapter, {}, {}});
     }
-    FreeAddresses free(session.inventory());
+    FreeAddresses &free = session.freeAddresses();
     for (const auto &[adapter, indices] : byAdapter) {
         std::vector<Address> presents;
         for (const std::size_t index : indices)
@@ -292,8 +329,8 @@ Outcome rescueThem(const Arguments &arguments, Session &session, const Terminal 
     terminal.progress("Looking for free addresses...");
     const std::vector<Rescue> rescues = planRescue(cameras, session);
     if (arguments.allCameras && !arguments.dryRun && !arguments.yes) {
-        terminal.note(rescueTable(rescues, arguments, terminal.width()));
-        if (!terminal.confirms("Change these cameras?"))
+        const std::string question = rescueTable(rescues, arguments, terminal.width()) + "Change these cameras?";
+        if (!terminal.confirms(question, [&] { return session.interruption().isRequested(); }))
             return {ExitRefused, {}, "Nothing was changed. Without a terminal to ask on, --yes is needed."};
     }
     Changer changer(arguments, session);

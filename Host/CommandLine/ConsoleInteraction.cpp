@@ -39,9 +39,10 @@ std::string textOf(const std::exception_ptr &error) {
 
 } // namespace
 
-void ConsoleInteraction::start(const std::string &mac) {
+void ConsoleInteraction::start(const std::string &mac, std::optional<TemporaryAddress> planned) {
     m_Mac = mac;
-    m_IsTemporaryAddressForbidden = false;
+    m_Planned = std::move(planned);
+    m_Temporary.reset();
     m_WasDenied = false;
     m_LastFailure.clear();
 }
@@ -64,8 +65,10 @@ void ConsoleInteraction::stopWhenAsked() const {
 }
 
 std::optional<TemporaryAddress> ConsoleInteraction::askTemporaryAddress(const AddressQuestion &question) {
-    return question.isFirst && !m_IsTemporaryAddressForbidden ? m_FindAddress(question.mac, question.adapter)
-                                                              : std::nullopt;
+    if (!question.isFirst)
+        return std::nullopt;
+    m_Temporary = m_Planned ? m_Planned : m_FindAddress(question.mac, question.adapter);
+    return m_Temporary;
 }
 
 void ConsoleInteraction::failure(const char * /*context*/, const std::exception_ptr &error, const char *attempted) {

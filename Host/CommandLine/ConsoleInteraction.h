@@ -26,10 +26,11 @@ public:
     ConsoleInteraction(const Terminal &terminal, Interruption &interruption, AddressFinder findAddress)
         : m_Terminal(terminal), m_Interruption(interruption), m_FindAddress(std::move(findAddress)) {}
 
-    /// Forgets what earlier operations have told. \param mac of the camera to be changed now.
-    void start(const std::string &mac);
-    /// Of the camera that was started with.
-    void forbidTemporaryAddress() { m_IsTemporaryAddressForbidden = true; }
+    /// Forgets what earlier operations have told. \param mac of the camera to be changed now. \param planned the
+    /// address it gets in the end; serves as its temporary one, so that it is right whatever becomes of the rest.
+    void start(const std::string &mac, std::optional<commissioning::TemporaryAddress> planned = {});
+    /// The temporary address that this operation was given.
+    const std::optional<commissioning::TemporaryAddress> &temporaryAddress() const { return m_Temporary; }
     bool wasDenied() const { return m_WasDenied; }
     /// What failed last; empty when nothing did.
     const std::string &lastFailure() const { return m_LastFailure; }
@@ -50,7 +51,8 @@ private:
     Interruption &m_Interruption;
     AddressFinder m_FindAddress;
     std::string m_Mac;
-    bool m_IsTemporaryAddressForbidden = false;
+    std::optional<commissioning::TemporaryAddress> m_Planned;
+    std::optional<commissioning::TemporaryAddress> m_Temporary;
     bool m_WasDenied = false;
     std::string m_LastFailure;
 };

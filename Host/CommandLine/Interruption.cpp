@@ -56,7 +56,7 @@ void Interruption::stopAtOnce() {
     if (!m_InHand.empty())
         std::fprintf(stderr, "Stopped while changing the camera %s: it is not known what it has stored.\n",
                      commissioning::macText(m_InHand).c_str());
-    std::fflush(nullptr);
+    // Standard output is not flushed: whoever reads it may be what the first signal was waiting for.
     _exit(ExitInterrupted);
 }
 

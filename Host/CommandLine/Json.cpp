@@ -96,6 +96,6 @@ Json errorJson(int exitCode, const std::string &text) {
     return json;
 }
 
-std::string printed(const Json &json) { return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n'; }
+std::string printed(const Json &json) { return json.dump(2, ' ', true, Json::error_handler_t::replace) + '\n'; }
 
 } // namespace commandline

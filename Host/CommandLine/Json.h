@@ -14,7 +14,8 @@ using Json = nlohmann::ordered_json;
 Json inventoryJson(const commissioning::Inventory &inventory);
 /// The same of a run that could not do what was asked. \param exitCode of the run.
 Json errorJson(int exitCode, const std::string &text);
-/// As text; bytes of a camera that are no UTF-8 become U+FFFD.
+/// As text in ASCII: a terminal takes some characters beyond it for control sequences. Bytes of a camera that are no
+/// UTF-8 become U+FFFD.
 std::string printed(const Json &json);
 
 } // namespace commandline

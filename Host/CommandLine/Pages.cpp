@@ -8,6 +8,7 @@
 #include "commissioning/Words.h"
 
 #include <algorithm>
+#include <set>
 
 using namespace commissioning;
 
@@ -73,6 +74,23 @@ std::string warnings(const Inventory &inventory, const Terminal &terminal) {
     return text.empty() ? "" : "\n" + text + "\"lanvanectl doctor\" says what helps.\n";
 }
 
+/// What may have kept the answers of cameras whose change could not be confirmed from this host.
+std::string hints(const Outcome &outcome, const Inventory &inventory, const Terminal &terminal) {
+    static const std::set<std::string> codes = {"hidden", "answers-filtered", "answers-blocked", "no-answer"};
+    const auto isOpen = [](const Finding &finding) {
+        return [&finding](const ChangeRecord &record) {
+            return record.exitCode == ExitNotConfirmed && (finding.camera.empty() || finding.camera == record.mac);
+        };
+    };
+    std::string text;
+    for (const Finding &finding : inventory.findings) {
+        if (codes.count(finding.code) != 0 && !finding.remedies.empty() &&
+            std::any_of(outcome.changes.begin(), outcome.changes.end(), isOpen(finding)))
+            text += "\n" + findingText(finding, terminal);
+    }
+    return text;
+}
+
 } // namespace
 
 std::string listPage(const Inventory &inventory, const Terminal &terminal) {
@@ -129,7 +147,7 @@ std::string doctorPage(const Inventory &inventory, const Terminal &terminal) {
            " errors, " + std::to_string(counted(Severity::Warning)) + " warnings\n";
 }
 
-std::string changesPage(const Outcome &outcome, const Terminal &terminal) {
+std::string changesPage(const Outcome &outcome, const Inventory &inventory, const Terminal &terminal) {
     std::string text;
     for (const ChangeRecord &record : outcome.changes) {
         const bool isFine = record.exitCode == ExitDone || record.exitCode == ExitWouldChange;
@@ -142,6 +160,7 @@ std::string changesPage(const Outcome &outcome, const Terminal &terminal) {
         if (!record.error.empty())
             text += "    " + harmless(record.error) + "\n";
     }
+    text += hints(outcome, inventory, terminal);
     return text.empty() && outcome.error.empty() ? "Nothing to do.\n" : text;
 }
 

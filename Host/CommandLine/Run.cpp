@@ -38,7 +38,7 @@ std::string page(const Arguments &arguments, const Outcome &outcome, const Sessi
     case Command::Doctor:
         return doctorPage(inventory, terminal);
     default:
-        return changesPage(outcome, terminal);
+        return changesPage(outcome, inventory, terminal);
     }
 }
 
@@ -79,7 +79,8 @@ int carryOut(const Arguments &arguments, const Terminal &terminal) {
         if (interruption.isRequested())
             outcome = {ExitInterrupted, std::move(outcome.changes), "Interrupted."};
         report(arguments, outcome, session, terminal);
-        return outcome.exitCode;
+        const bool isLost = outcome.exitCode == ExitDone && outcome.changes.empty() && !std::cout;
+        return isLost ? ExitFailed : outcome.exitCode;
     } catch (const commissioning::Cancelled &) {
         return fail(arguments, terminal, ExitInterrupted, "Interrupted. Nothing was changed.");
     } catch (const GenICam::GenericException &error) {

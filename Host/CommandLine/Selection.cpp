@@ -12,6 +12,8 @@ std::vector<const Camera *> camerasNamed(const std::string &text, const Inventor
     const std::optional<Address> address = addressFrom(text);
     std::vector<const Camera *> byMac;
     std::vector<const Camera *> others;
+    if (text.empty()) // which is what many cameras have for a name
+        return {};
     for (const Camera &camera : inventory.cameras) {
         if (!mac.empty() && camera.mac == mac)
             byMac.push_back(&camera);

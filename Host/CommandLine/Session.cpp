@@ -2,8 +2,8 @@
 
 #include "MinimalCorvo/TraceLog.h"
 #include "MinimalCorvoGigETL/TlFactory.h"
+#include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
-#include "commissioning/FreeAddresses.h"
 
 #include <algorithm>
 #include <cmath>
@@ -43,6 +43,18 @@ void limitTo(const std::vector<std::string> &adapters, Inventory *pInventory) {
         return finding.camera.empty() ? !finding.adapter.empty() && isElsewhere(finding.adapter)
                                       : std::none_of(cameras.begin(), cameras.end(), isOfCamera);
     });
+}
+
+/// What the listener saw, as a search would have told it.
+void describe(const Camera &camera, Corvo::CQuorelGigEDeviceInfo *pDevice) {
+    std::uint32_t modes = 0;
+    for (const Mode mode : camera.modes)
+        modes |= wordOf(mode);
+    pDevice->SetPropertyValue("IpConfigOptions", std::to_string(modes).c_str());
+    if (camera.mode)
+        pDevice->SetPropertyValue("IpConfigCurrent", std::to_string(wordOf(*camera.mode)).c_str());
+    pDevice->SetIpAddress(toText(camera.address).c_str());
+    pDevice->SetUserDefinedName(camera.name.c_str());
 }
 
 } // namespace
@@ -88,6 +100,10 @@ Corvo::CQuorelGigEDeviceInfo Session::deviceOf(const std::string &mac) {
         return *known;
     Corvo::CQuorelGigEDeviceInfo device;
     device.SetMacAddress(mac.c_str());
+    for (const Camera &camera : m_Diagnosis.observation.cameras) {
+        if (camera.mac == mac)
+            describe(camera, &device);
+    }
     return device;
 }
 
@@ -101,13 +117,20 @@ const Adapter *Session::adapterOf(const Camera &camera) const {
     return nullptr;
 }
 
-std::optional<TemporaryAddress> Session::freeAddress(const std::string &mac, const std::string &adapterName) const {
+FreeAddresses &Session::freeAddresses() {
+    if (!m_FreeAddresses) {
+        m_FreeAddresses.emplace(inventoryOf(m_Diagnosis));
+        m_FreeAddresses->exclude(m_Arguments.address.value_or(0));
+    }
+    return *m_FreeAddresses;
+}
+
+std::optional<TemporaryAddress> Session::freeAddress(const std::string &mac, const std::string &adapterName) {
     for (const Adapter &adapter : m_Inventory.adapters) {
         if (adapter.name != adapterName || adapter.addresses.empty())
             continue;
         const AdapterAddress &subnet = adapter.addresses.front();
-        const auto found =
-            FreeAddresses(m_Inventory).take(adapter, subnet, {0}, [this] { return m_Interruption.isRequested(); });
+        const auto found = freeAddresses().take(adapter, subnet, {0}, [this] { return m_Interruption.isRequested(); });
         if (found.front())
             return TemporaryAddress{mac, *found.front(), subnet.mask, 0};
     }
@@ -121,6 +144,9 @@ AddressSurroundings Session::surroundingsOf(const Camera &camera) {
     if (const Adapter *adapter = adapterOf(camera))
         around.adapter = adapter->addresses;
     around.devices = &m_Diagnosis.devices;
+    const auto &cameras = m_Diagnosis.observation.cameras;
+    std::copy_if(cameras.begin(), cameras.end(), std::back_inserter(around.hidden),
+                 [](const Camera &one) { return one.hidden; });
     return around;
 }
 

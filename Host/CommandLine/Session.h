@@ -7,6 +7,7 @@
 #include "commissioning/Connection.h"
 #include "commissioning/Context.h"
 #include "commissioning/Diagnosis.h"
+#include "commissioning/FreeAddresses.h"
 #include "commissioning/Refusals.h"
 
 #include <string>
@@ -26,19 +27,20 @@ public:
     void search();
     const commissioning::Inventory &inventory() const { return m_Inventory; }
 
-    /// As it was found; of a camera that was not, its MAC alone.
+    /// As it was found; of a hidden camera what the listener saw, of any other its MAC alone.
     Corvo::CQuorelGigEDeviceInfo deviceOf(const std::string &mac);
     /// \returns the first of the adapters it was found through; null when none of them is known.
     const commissioning::Adapter *adapterOf(const commissioning::Camera &camera) const;
     /// What an address for the camera is judged by.
     commissioning::AddressSurroundings surroundingsOf(const commissioning::Camera &camera);
     commissioning::Context context();
+    /// Knows all cameras and adapters, what it gave out in this run, and the address that the user named.
+    commissioning::FreeAddresses &freeAddresses();
     ConsoleInteraction &interaction() { return m_Interaction; }
     Interruption &interruption() { return m_Interruption; }
 
 private:
-    std::optional<commissioning::TemporaryAddress> freeAddress(const std::string &mac,
-                                                               const std::string &adapterName) const;
+    std::optional<commissioning::TemporaryAddress> freeAddress(const std::string &mac, const std::string &adapterName);
 
     const Arguments &m_Arguments;
     const Terminal &m_Terminal;
@@ -47,6 +49,7 @@ private:
     Corvo::IGigETransportLayer &m_Layer;
     commissioning::Diagnosis m_Diagnosis;
     commissioning::Inventory m_Inventory; ///< of it, limited to the adapters asked for
+    std::optional<commissioning::FreeAddresses> m_FreeAddresses;
     commissioning::Connection m_Connection;
 };
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -60,10 +61,17 @@ void Terminal::progress(const std::string &text) const {
         std::cerr << ClearLine << harmless(text) << std::flush;
 }
 
-bool Terminal::confirms(const std::string &question) const {
+bool Terminal::confirms(const std::string &question, const std::function<bool()> &isCancelled) const {
     if (isatty(STDIN_FILENO) != 1 || isatty(STDERR_FILENO) != 1)
         return false;
+    progress("");
     std::cerr << question << " [y/N] " << std::flush;
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    constexpr int Pause_ms = 100;
+    while (poll(&input, 1, Pause_ms) == 0) {
+        if (isCancelled())
+            return false;
+    }
     std::string answer;
     std::getline(std::cin, answer);
     return answer == "y" || answer == "Y" || answer == "yes";

@@ -2,6 +2,7 @@
 
 #include "Arguments.h"
 
+#include <functional>
 #include <string>
 
 namespace commandline {
@@ -25,8 +26,8 @@ public:
     void complain(const std::string &text) const;
     /// What is going on, in one line that the next one replaces; on a terminal only.
     void progress(const std::string &text) const;
-    /// Asks on the terminal. \returns false where there is none.
-    bool confirms(const std::string &question) const;
+    /// Asks on the terminal. \param isCancelled polled every 100 ms. \returns false where there is no terminal.
+    bool confirms(const std::string &question, const std::function<bool()> &isCancelled) const;
 
 private:
     int m_Width = 0;

@@ -33,9 +33,10 @@ TEST(Text, IsHarmlessOnATerminal) {
 
 TEST(Text, OfACameraIsValidInJson) {
     commissioning::Camera camera;
-    camera.name = "a\xff\x1b";
+    camera.name = "a\xff\x1b\u009B";
     const std::string text = printed(inventoryJson({{}, {camera}, {}}));
-    EXPECT_EQ("a\uFFFD\x1b", Json::parse(text)["cameras"][0]["name"].get<std::string>());
+    EXPECT_EQ(std::string::npos, text.find('\xc2')) << "a control sequence for some terminals";
+    EXPECT_EQ("a\uFFFD\x1b\u009B", Json::parse(text)["cameras"][0]["name"].get<std::string>());
 }
 
 TEST(Table, FitsTheTerminal) {
@@ -72,6 +73,10 @@ TEST(Arguments, AreCheckedTogether) {
         {{"rescue", "x", "--all"}, "excludes"},
         {{"rescue", "x", "--dhcp", "--auto"}, "at most 1"},
         {{"list", "--ask", "here"}, "--ask"},
+        {{"list", "--ask", ""}, "--ask"},
+        {{"force", "x", ""}, "ADDRESS"},
+        {{"force", "x", "/24"}, "ADDRESS"},
+        {{"show", ""}, nullptr}, // there is no such camera
         {{"list", "--timeout", "0"}, "--timeout"},
     };
     for (const auto &row : rows) {
@@ -81,6 +86,7 @@ TEST(Arguments, AreCheckedTogether) {
         std::ostringstream error;
         const Parsed parsed = parseArguments(static_cast<int>(words.size()), words.data(), out, error);
         EXPECT_EQ(row.error == nullptr, parsed.arguments.has_value()) << error.str();
+        EXPECT_TRUE(!parsed.arguments || words[1] != std::string("show") || parsed.arguments->cameras.size() == 1);
         EXPECT_EQ(row.error ? 2 : 0, parsed.exitCode);
         EXPECT_THAT(error.str(), HasSubstr(row.error ? row.error : ""));
     }

@@ -87,6 +87,11 @@ TEST_F(SmallChanges, AreVerifiedOrRefused) {
     }
     EXPECT_TRUE(rename(context(), device(1), "").success);
     EXPECT_EQ("", status(1).userName);
+    site->cameras.addCamera(cameraAt(4, "192.168.10.24/24", ",forced=192.168.10.79/24,ignored-restarts=all"));
+    devices = search(layer());
+    const Result stays = restart(context(), device(4));
+    EXPECT_THAT(stays.text, HasSubstr("still has the temporary address 192.168.10.79"));
+    EXPECT_FALSE(stays.success || stays.verification != Verification::None);
     const TemporaryAddress there{macOf(1), address("192.168.10.78"), address("255.255.255.0"), 0};
     const Result moved = forceAddressTo(context(), device(1), there);
     EXPECT_TRUE(moved.success && moved.verification == Verification::StoredRead) << moved.text;
@@ -111,10 +116,13 @@ TEST_F(SmallChanges, RefusedWithAReason) {
     around.adapter = {{address("192.168.10.1"), address("255.255.255.0")}};
     around.own = {around.adapter[0], {address("10.0.0.1"), address("255.0.0.0")}};
     around.devices = &devices;
+    around.hidden.resize(1);
+    around.hidden[0].mac = "025AE3000009";
+    around.hidden[0].address = address("192.168.10.77");
     const struct {
         unsigned camera;
         std::optional<Mode> mode;
-        const char *address, *mask, *reason;
+        const char *address, *mask, *reason, *gateway = "0.0.0.0";
     } rows[] = {
         {1, Mode::Static, "192.168.10.30", "255.255.255.0", ""},
         {1, Mode::Static, "192.168.10.21", "255.255.255.0", ""}, // its own
@@ -129,7 +137,13 @@ TEST_F(SmallChanges, RefusedWithAReason) {
         {1, Mode::Static, "192.168.10.127", "255.255.255.128", "broadcast"},
         {1, Mode::Static, "192.168.10.99", "255.255.255.0", "02:5A:E3:00:00:02 has"},
         {1, Mode::Static, "192.168.10.22", "255.255.255.0", "02:5A:E3:00:00:02 has"}, // at its next start
+        {1, Mode::Static, "192.168.10.77", "255.255.255.0", "02:5A:E3:00:00:09 has"}, // which is hidden
         {1, Mode::Static, "192.168.11.30", "255.255.255.0", "outside the subnet"},
+        {1, Mode::Static, "192.168.10.30", "0.0.0.0", "mask"},
+        {1, Mode::Static, "192.168.10.30", "255.255.255.0", "", "192.168.10.1"},
+        {1, Mode::Static, "192.168.10.30", "255.255.255.0", "the camera itself", "192.168.10.30"},
+        {1, Mode::Static, "192.168.10.30", "255.255.255.0", "gateway 192.168.11.1 is outside", "192.168.11.1"},
+        {1, Mode::Static, "192.168.10.30", "255.255.255.0", "broadcast", "192.168.10.255"},
         {1, Mode::Dhcp, "0.0.0.0", "0.0.0.0", "does not support DHCP"},
         {1, std::nullopt, "0.0.0.0", "0.0.0.0", "No mode"},
         {3, Mode::Dhcp, "0.0.0.0", "0.0.0.0", "controlled by another"},
@@ -140,6 +154,7 @@ TEST_F(SmallChanges, RefusedWithAReason) {
         change.mode = row.mode;
         change.address = address(row.address);
         change.mask = address(row.mask);
+        change.gateway = address(row.gateway);
         const std::string reason = refusalOf(change, around);
         EXPECT_THAT(reason, HasSubstr(row.reason)) << row.address;
         EXPECT_EQ(row.reason[0] == '\0', reason.empty()) << reason;

@@ -151,6 +151,11 @@ TEST(Findings, OfWhatWasDropped) {
         {[](auto &host) { host.overrun = 4; },
          {"W answers-overrun | sudo sysctl -w net.core.rmem_max=1000000 | printf '%s\\n' 'net.core.rmem_max = 1000000' "
           "| sudo tee -a /etc/sysctl.d/60-lanvane.conf"}},
+        {[](auto &host) {
+             host.listener.state = ListenerReport::State::Denied;
+             host.listener.program = "/opt/my tools/listen";
+         },
+         {"I listener-denied | sudo setcap cap_net_raw=p '/opt/my tools/listen'"}},
         {[](auto &host) { hide(host); },
          {"E answers-blocked | sudo nft list ruleset",
           "E hidden | sudo nft list ruleset | lanvanectl rescue 02:5A:E3:00:00:01"}},

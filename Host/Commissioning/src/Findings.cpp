@@ -152,6 +152,9 @@ void addLossFindings(FindingMaker &maker) {
     if (isSeen || (o.firewall.drops && vanishedMoreThanUsual(o)))
         maker.add(Code::AnswersBlocked, AllAdapters, NoCamera, {{"vanished", vanished(o, o.during)}}, letAnswersIn(o),
                   isSeen ? Severity::Error : Severity::Warning);
+    if (o.listener.state == ListenerReport::State::Denied)
+        maker.add(Code::ListenerDenied, AllAdapters, NoCamera, {{"program", o.listener.program}},
+                  grantListening(o, o.listener.program));
     if (o.overrun > 0)
         maker.add(Code::AnswersOverrun, AllAdapters, NoCamera, {{"dropped", static_cast<std::int64_t>(o.overrun)}},
                   enlargeBuffers(o));

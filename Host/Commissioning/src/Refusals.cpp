@@ -36,17 +36,18 @@ std::string refusalInSubnet(Address address, Address mask) {
     return "";
 }
 
-bool isTaken(const CDeviceInfo &device, Address address) {
-    const auto stored = storedAddressesOf(device);
-    return currentAddressOf(device) == address ||
-           (stored && stored->address == address && modeOf(device) == Mode::Static);
+bool isTaken(const Camera &camera, Address address) {
+    return camera.address == address ||
+           (camera.stored && camera.stored->address == address && camera.mode == Mode::Static);
 }
 
-std::string refusalByCameras(Address address, const std::string &mac, const DeviceInfoList &devices) {
-    for (const CDeviceInfo &device : devices) {
-        const String_t other = propertyOf(device, PropertyMac);
-        if (strcasecmp(other, mac.c_str()) != 0 && isTaken(device, address))
-            return "The camera with the MAC address " + macText(other.c_str()) + " has the address " + toText(address) +
+std::string refusalByCameras(Address address, const std::string &mac, const AddressSurroundings &around) {
+    std::vector<Camera> cameras = around.hidden;
+    if (around.devices)
+        std::transform(around.devices->begin(), around.devices->end(), std::back_inserter(cameras), cameraOf);
+    for (const Camera &camera : cameras) {
+        if (strcasecmp(camera.mac.c_str(), mac.c_str()) != 0 && isTaken(camera, address))
+            return "The camera with the MAC address " + macText(camera.mac) + " has the address " + toText(address) +
                    ".";
     }
     return "";
@@ -71,28 +72,48 @@ const char *nameOf(Mode mode) {
 
 } // namespace
 
+std::string refusalOfHolder(const CDeviceInfo &device) {
+    return cameraOf(device).status == Status::InUse ? "The camera is controlled by another application." : "";
+}
+
+std::string refusalOfMode(const CDeviceInfo &device, Mode mode) {
+    const std::vector<Mode> modes = cameraOf(device).modes;
+    const bool isOffered =
+        !device.GetPropertyAvailable("IpConfigOptions") || std::find(modes.begin(), modes.end(), mode) != modes.end();
+    return isOffered ? "" : std::string("The camera does not support ") + nameOf(mode) + ".";
+}
+
+std::string refusalOfGateway(Address gateway, Address address, Address mask) {
+    if (gateway == 0)
+        return "";
+    if (gateway == address)
+        return "The gateway " + toText(gateway) + " would be the camera itself.";
+    if (!isInSubnet(gateway, {address, mask}))
+        return "The gateway " + toText(gateway) + " is outside the subnet of " + toText({address, mask}) + ".";
+    return refusalInSubnet(gateway, mask);
+}
+
 std::string refusalOfAddress(Address address, Address mask, const std::string &mac, const AddressSurroundings &around) {
     std::string reason = refusalOfKind(address);
+    if (reason.empty() && mask == 0)
+        reason = "The subnet mask is not known, and 0.0.0.0 is none.";
     if (reason.empty())
         reason = refusalInSubnet(address, mask);
     if (reason.empty())
         reason = refusalByHost(address, around);
-    if (reason.empty() && around.devices)
-        reason = refusalByCameras(address, mac, *around.devices);
-    return reason;
+    return reason.empty() ? refusalByCameras(address, mac, around) : reason;
 }
 
 std::string refusalOf(const Change &change, const AddressSurroundings &around) {
-    if (cameraOf(change.device).status == Status::InUse)
-        return "The camera is controlled by another application.";
-    const std::vector<Mode> modes = cameraOf(change.device).modes;
     if (!change.mode)
         return "No mode is chosen.";
-    if (std::find(modes.begin(), modes.end(), *change.mode) == modes.end())
-        return std::string("The camera does not support ") + nameOf(*change.mode) + ".";
-    if (change.mode != Mode::Static)
-        return "";
-    return refusalOfAddress(change.address, change.mask, change.device.GetMacAddress().c_str(), around);
+    std::string reason = refusalOfHolder(change.device);
+    if (reason.empty())
+        reason = refusalOfMode(change.device, *change.mode);
+    if (!reason.empty() || change.mode != Mode::Static)
+        return reason;
+    reason = refusalOfAddress(change.address, change.mask, change.device.GetMacAddress().c_str(), around);
+    return reason.empty() ? refusalOfGateway(change.gateway, change.address, change.mask) : reason;
 }
 
 } // namespace commissioning

@@ -105,6 +105,10 @@ Commands letAnswersIn(const Observation &host) {
     return {command.empty() ? sudo(host) + "nft list ruleset" : command};
 }
 
+Commands grantListening(const Observation &host, const std::string &program) {
+    return {sudo(host) + "setcap cap_net_raw=p " + quoted(program)};
+}
+
 Commands enlargeBuffers(const Observation &host) {
     constexpr std::int64_t Wanted = 1000000;
     const std::string size = std::to_string(Wanted);

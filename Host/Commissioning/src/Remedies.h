@@ -19,6 +19,7 @@ Commands addRoute(const Observation &host, const Adapter &adapter, Address desti
 /// Switches reverse path filtering off for these adapters, now and from the next start on.
 Commands stopFiltering(const Observation &host, const std::vector<const Adapter *> &adapters);
 Commands letAnswersIn(const Observation &host);
+Commands grantListening(const Observation &host, const std::string &program);
 Commands enlargeBuffers(const Observation &host);
 /// A command of this tool for a camera. \param verb "rescue" \param rest " --static"
 std::string cameraCommand(const std::string &verb, const Camera &camera, const std::string &rest = "");

@@ -27,15 +27,30 @@ Change changeOf(const RescuePlan &plan, const Result &forced) {
 
 } // namespace
 
+std::string refusalOf(const RescuePlan &plan, const AddressSurroundings &around) {
+    std::string reason = refusalOfHolder(plan.device);
+    if (reason.empty())
+        reason = refusalOfMode(plan.device, plan.mode);
+    return reason.empty() ? refusalOfAddress(plan.address, plan.mask, plan.device.GetMacAddress().c_str(), around)
+                          : reason;
+}
+
 Result rescue(const Context &context, const RescuePlan &plan, const AddressSurroundings &around) {
-    const std::string mac = plan.device.GetMacAddress().c_str();
-    const std::string reason = refusalOfAddress(plan.address, plan.mask, mac, around);
+    const std::string reason = refusalOf(plan, around);
     if (!reason.empty())
         return Result::refusal(reason);
-    const Result forced = forceAddressTo(context, plan.device, {mac, plan.address, plan.mask, 0});
-    if (forced.refused)
+    const std::string mac = plan.device.GetMacAddress().c_str();
+    Result forced = forceAddressTo(context, plan.device, {mac, plan.address, plan.mask, 0});
+    if (forced.path == Path::None)
         return forced;
-    return configure(context, changeOf(plan, forced));
+    Result stored = configure(context, changeOf(plan, forced));
+    if (stored.path != Path::None)
+        return stored;
+    // It was stopped in between: what has been sent counts.
+    forced.success = false;
+    forced.text = "The address " + toText(plan.address) + " was forced, but nothing was stored." +
+                  (forced.text.empty() ? "" : " " + forced.text);
+    return forced;
 }
 
 } // namespace commissioning

@@ -57,8 +57,10 @@ const Result &Saving::run() {
 }
 
 bool Saving::broadcast() {
-    const auto indication = m_Context.interaction.begin(Step::Broadcast);
-    return m_Context.guarded("broadcastConfiguration", [this] { return sendBroadcast(); });
+    return m_Context.guarded("broadcastConfiguration", [this] {
+        const auto indication = m_Context.interaction.begin(Step::Broadcast);
+        return sendBroadcast();
+    });
 }
 
 bool Saving::traceBroadcast() const {

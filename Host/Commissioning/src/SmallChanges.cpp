@@ -10,6 +10,7 @@
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/ForceAddress.h"
 #include "commissioning/Rediscovery.h"
+#include "commissioning/Refusals.h"
 
 #include <algorithm>
 #include <array>
@@ -22,9 +23,11 @@ namespace {
 
 constexpr std::size_t NameBytes = sizeof(GV_DEVICE_DESCRIPTION::UserDefinedName);
 
-bool isHeld(const CDeviceInfo &device) { return cameraOf(device).status == Status::InUse; }
-
-constexpr char Held[] = "The camera is controlled by another application.";
+/// One with a static address that is back at another one.
+bool isStillTemporary(const CQuorelGigEDeviceInfo &before, const CQuorelGigEDeviceInfo &now) {
+    const auto stored = storedAddressesOf(before);
+    return modeOf(now) == Mode::Static && stored && stored->address != 0 && stored->address != currentAddressOf(now);
+}
 
 /// \returns false when there is no such feature that can be written.
 bool writeNameByFeature(ICorvoGigEDevice &device, const std::string &name) {
@@ -75,8 +78,8 @@ void verifyName(const Context &context, const std::string &name, Result *pResult
 } // namespace
 
 Result restart(const Context &context, const CQuorelGigEDeviceInfo &device) {
-    if (isHeld(device))
-        return Result::refusal(Held);
+    if (const std::string reason = refusalOfHolder(device); !reason.empty())
+        return Result::refusal(reason);
     Result result;
     result.path = Path::Force;
     context.guarded("restart", [&] {
@@ -84,22 +87,29 @@ Result restart(const Context &context, const CQuorelGigEDeviceInfo &device) {
         context.trace.progress("Restarting IP configuration and waiting for rediscovery for MAC=%s.", mac.c_str());
         context.layer.RestartIpConfiguration(mac);
         result.now = waitForDevice(context, mac.c_str());
+        // It may have been seen before it began, and the restart is one datagram, which may be lost.
+        for (int i = 0; i < context.patience.restarts && result.now && isStillTemporary(device, *result.now); ++i) {
+            context.layer.RestartIpConfiguration(mac);
+            result.now = waitForDevice(context, mac.c_str());
+        }
         return true;
     });
-    result.success = result.now.has_value();
+    result.success = result.now && !isStillTemporary(device, *result.now);
     result.verification = result.success ? Verification::AddressSeen : Verification::None;
-    if (result.success)
+    if (result.now)
         follow(context, *result.now, true);
-    else
-        result.text = "The restart was sent, but the camera did not come back.";
+    if (!result.success)
+        result.text = result.now ? "The restart was sent, but the camera still has the temporary address " +
+                                       toText(currentAddressOf(*result.now)) + ": it may need a power cycle."
+                                 : "The restart was sent, but the camera did not come back.";
     return result;
 }
 
 Result rename(const Context &context, const CQuorelGigEDeviceInfo &device, const std::string &name) {
     if (name.size() > NameBytes)
         return Result::refusal("A name has at most 16 bytes.");
-    if (isHeld(device))
-        return Result::refusal(Held);
+    if (const std::string reason = refusalOfHolder(device); !reason.empty())
+        return Result::refusal(reason);
     Result result;
     context.guarded("rename", [&] {
         const std::string adapter; // nobody is asked for a better address than one of the right subnet
@@ -119,13 +129,13 @@ Result rename(const Context &context, const CQuorelGigEDeviceInfo &device, const
 }
 
 Result forceAddressTo(const Context &context, const CQuorelGigEDeviceInfo &device, const TemporaryAddress &address) {
-    if (isHeld(device))
-        return Result::refusal(Held);
+    if (const std::string reason = refusalOfHolder(device); !reason.empty())
+        return Result::refusal(reason);
     Result result;
-    result.path = Path::Force;
-    result.addresses = Delivery::Unconfirmed;
     context.guarded("forceIp", [&] {
         const auto indication = context.interaction.begin(Step::Force);
+        result.path = Path::Force;
+        result.addresses = Delivery::Unconfirmed;
         sendForcedAddress(context, address);
         result.addresses = Delivery::Acknowledged;
         result.now = waitForDevice(context, address.mac, address.address);
@@ -138,7 +148,7 @@ Result forceAddressTo(const Context &context, const CQuorelGigEDeviceInfo &devic
     result.verification = !result.success                        ? Verification::None
                           : Registers{*result.now}.isConnected() ? Verification::StoredRead
                                                                  : Verification::AddressSeen;
-    if (!result.success)
+    if (!result.success && result.path != Path::None)
         result.text = result.now ? "The camera has the address " + toText(currentAddressOf(*result.now)) + "."
                                  : "The address was sent, but the camera does not answer the search.";
     return result;

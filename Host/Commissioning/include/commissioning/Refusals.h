@@ -14,13 +14,23 @@ struct AddressSurroundings {
     std::vector<AdapterAddress> own;                ///< every address of this host
     std::vector<AdapterAddress> adapter;            ///< those of the adapter the camera is behind; empty when unknown
     const Corvo::DeviceInfoList *devices = nullptr; ///< all known cameras; may be null
+    std::vector<Camera> hidden; ///< cameras that are not among the devices: only the listener saw them
     bool allowsForeignSubnet = false;
 };
 
 // Each gives the reason, as a sentence for people, or an empty text when nothing speaks against it.
 
+/// A camera that somebody else controls.
+std::string refusalOfHolder(const Corvo::CDeviceInfo &device);
+
+/// A mode that a camera lacks. One that tells no mode at all may have any.
+std::string refusalOfMode(const Corvo::CDeviceInfo &device, Mode mode);
+
+/// A gateway, none being 0, that a camera with this address could not use.
+std::string refusalOfGateway(Address gateway, Address address, Address mask);
+
 /// An address that would lose the camera or somebody else: of no use for a camera, this host's, the network's or the
-/// broadcast address, another camera's, or outside the adapter's subnets.
+/// broadcast address, another camera's, or outside the adapter's subnets. A mask of 0, too.
 /// \param mac of the camera that is to get it.
 std::string refusalOfAddress(Address address, Address mask, const std::string &mac, const AddressSurroundings &around);
 

@@ -15,6 +15,10 @@ struct RescuePlan {
     Mode mode = Mode::Static;            ///< how it gets its address from then on
 };
 
+/// Why a camera cannot be rescued so: somebody holds it, it lacks the mode, or the address is of no use for it. Empty
+/// when nothing speaks against it.
+std::string refusalOf(const RescuePlan &plan, const AddressSurroundings &around);
+
 /// Forces the address, stores what is wanted and verifies it. What is stored is written even where nobody could tell
 /// that the camera took the forced address: a firewall may hide every answer of it. Never throws for what a camera or
 /// the network does.
