@@ -54,11 +54,4 @@ TEST_F(GenApiLargeCamera, OneLockReachesAThousandFeatures) {
     EXPECT_EQ(map._GetNode("Width000")->GetAccessMode(), RO);
 }
 
-TEST_F(GenApiLargeCamera, ChainsOfTwentyReachTheirRegister) {
-    CIntegerPtr(map._GetNode("Selector"))->SetValue(2);
-    CIntegerPtr(map._GetNode("Chain03_00"))->SetValue(0x01020304);
-    // 0x8000 + 3 * 4 for the chain, 2 * 0x100 and 2 * 4 for the selector.
-    EXPECT_EQ(port.TakeLog(), "w8214:01020304");
-}
-
 } // namespace

@@ -3,6 +3,7 @@
 #include "WireText.h"
 #include "camsim/Scene.h"
 #include "camsim/Simulator.h"
+#include "support/Leaks.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -62,12 +63,6 @@ CameraConfig cameraAt(unsigned number, const std::string &address) {
 }
 
 SimulatorOptions loopback(std::uint64_t seed = 1) { return {"lo", AddressMode::Unmanaged, 0, -1, seed}; }
-
-bool waitFor(const std::function<bool()> &condition) {
-    for (int i = 0; i < 500 && !condition(); ++i)
-        std::this_thread::sleep_for(10ms);
-    return condition();
-}
 
 /// Returns when the simulator has handled what was sent to it before: loopback queues datagrams at once, and of two
 /// calls the second one comes after the thread has looked at its socket.
@@ -137,7 +132,7 @@ TEST_F(RunningSimulator, ChangesAreEffectiveWhenTheCallReturns) {
     EXPECT_EQ(wire::text(exchange(readHeartbeat, "127.0.0.13").at(0)), "80 06 00 81 00 00 01 02");
     simulator.powerCycle(macOf(3));
     EXPECT_FALSE(simulator.status(macOf(3)).current);
-    ASSERT_TRUE(waitFor([this] { return simulator.status(macOf(3)).current.has_value(); }));
+    ASSERT_TRUE(eventually([this] { return simulator.status(macOf(3)).current.has_value(); }));
     EXPECT_EQ(wire::text(exchange(readHeartbeat, "127.0.0.13").at(0)), readHeartbeatAck);
     EXPECT_EQ(simulator.readRegister(macOf(3), GEV_REG_HEARTBEAT_TIMEOUT), 3000u);
     EXPECT_THROW(simulator.readRegister(macOf(3), 0x9000), std::out_of_range);
@@ -181,7 +176,7 @@ TEST_F(RunningSimulator, AnOutageComesOnceAndGoes) {
     EXPECT_EQ(exchange(discovery, "127.0.0.10").size(), 1u); // does not count
     EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 0u);
     EXPECT_EQ(exchange(discovery, "127.0.0.10").size(), 0u);
-    EXPECT_TRUE(waitFor([this] { return exchange(readHeartbeat, "127.0.0.10").size() == 1; }));
+    EXPECT_TRUE(eventually([this] { return exchange(readHeartbeat, "127.0.0.10").size() == 1; }));
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 1u);
 }

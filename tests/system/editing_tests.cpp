@@ -10,6 +10,7 @@
 #include <QtTest>
 
 using namespace testnet;
+using testing::ElementsAre;
 using testing::HasSubstr;
 
 namespace {
@@ -109,6 +110,11 @@ TEST_F(Editing, TheBoxSaysThatASaveWasSentAndTheCameraStayedAway) {
     });
     click("btnWriteConfiguration");
     EXPECT_EQ("Not Reachable", cell(1, Status));
+    EXPECT_THAT(reports, ElementsAre("broadcastConfiguration: Failed to discover reconfigured device"));
+    EXPECT_THAT(waits, ElementsAre("Camera restarts its IP configuration cycle.\nWaiting until the device has been "
+                                   "discovered again...",
+                                   "Trying to establish a connection to the device..."));
+    EXPECT_EQ("192.168.10.51", status(1).persistent.address.toString());
 }
 
 TEST_F(Editing, TheForceIpDialogSaysThatACameraIsInUse) {

@@ -1,5 +1,6 @@
 // The real program on a real X server, with real keys: what a window system delivers within a few milliseconds.
 
+#include "support/Leaks.h"
 #include "support/Site.h"
 #include "support/TestFolder.h"
 
@@ -7,7 +8,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <functional>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <optional>
@@ -21,14 +21,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-bool eventually(const std::function<bool()> &condition, std::chrono::seconds patience = 20s) {
-    for (const auto end = std::chrono::steady_clock::now() + patience; std::chrono::steady_clock::now() < end;
-         std::this_thread::sleep_for(5ms)) {
-        if (condition())
-            return true;
-    }
-    return false;
-}
+constexpr int Patience_ms = 20000;
 
 /// A program in the background, ended with the object.
 class Program {
@@ -100,7 +93,7 @@ protected:
     }
     /// Until the cameras were probed and the list is shown.
     void awaitRefresh() {
-        EXPECT_TRUE(eventually([this] { return status(1).requests[TAG_READREG_CMD] > 0; }));
+        EXPECT_TRUE(eventually([this] { return status(1).requests[TAG_READREG_CMD] > 0; }, Patience_ms));
         std::this_thread::sleep_for(1s);
     }
     void press(const std::string &keys) {
@@ -127,19 +120,19 @@ private:
 TEST_F(RealKeys, ASaveIsForTheCameraAndTheEntriesOfItsKey) {
     openWith("");
     press("Down alt+d ctrl+s Down");
-    EXPECT_TRUE(eventually([this] { return nic0->addressOf(1) == "192.168.10.140"; }));
+    EXPECT_TRUE(eventually([this] { return nic0->addressOf(1) == "192.168.10.140"; }, Patience_ms));
     std::this_thread::sleep_for(4s); // the tool looks for it every 2 s
     EXPECT_EQ(0u, status(2).ipCycles);
 
     press("Down alt+a ctrl+s Up"); // the list is where it was
-    EXPECT_TRUE(eventually([this] { return status(2).ipEnabled == 4u; }));
+    EXPECT_TRUE(eventually([this] { return status(2).ipEnabled == 4u; }, Patience_ms));
     std::this_thread::sleep_for(4s);
     EXPECT_EQ(1u, status(1).ipCycles);
 
     press("Up alt+t");
     type("192.168.10.61");
     press("ctrl+s Escape");
-    EXPECT_TRUE(eventually([this] { return nic0->addressOf(1) == "192.168.10.61"; }));
+    EXPECT_TRUE(eventually([this] { return nic0->addressOf(1) == "192.168.10.61"; }, Patience_ms));
 }
 
 TEST_F(RealKeys, ASignalInTheMiddleOfASaveGivesTheCameraBack) {
@@ -148,9 +141,9 @@ TEST_F(RealKeys, ASignalInTheMiddleOfASaveGivesTheCameraBack) {
     type("192.168.10.51");
     nic0->cameras.setFaults(camera(1).mac, camsim::parseFaults("delay=50"));
     press("ctrl+s");
-    ASSERT_TRUE(eventually([this] { return status(1).holder.has_value(); }));
-    EXPECT_TRUE(
-        eventually([this] { return nic0->cameras.readRegister(camera(1).mac, GEV_REG_HEARTBEAT_TIMEOUT) == 12000; }));
+    ASSERT_TRUE(eventually([this] { return status(1).holder.has_value(); }, Patience_ms));
+    EXPECT_TRUE(eventually(
+        [this] { return nic0->cameras.readRegister(camera(1).mac, GEV_REG_HEARTBEAT_TIMEOUT) == 12000; }, Patience_ms));
     const int ended = m_Tool->end(SIGTERM);
     EXPECT_TRUE(WIFSIGNALED(ended) && WTERMSIG(ended) == SIGTERM);
     EXPECT_FALSE(status(1).holder);

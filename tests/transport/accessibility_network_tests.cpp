@@ -7,12 +7,9 @@
 
 #include <algorithm>
 #include <chrono>
-#include <future>
-#include <iostream>
 
 using namespace Corvo;
 using namespace testnet;
-using camsim::CameraConfig;
 using testing::HasSubstr;
 
 namespace {
@@ -170,32 +167,6 @@ TEST_F(Accessibility, AsksByUnicastForAnAddressOfTheCaller) {
     info.SetIpAddress("172.16.0.9"); // no route to it
     EXPECT_EQ("Runtime: Failed to discover GigE device '172.16.0.9:3956'", thrownBy([&] { probe(info); }));
     EXPECT_THAT(trace(), testing::Not(HasSubstr("Failed to enumerate")));
-}
-
-TEST_F(LayerTest, LooksAtHundredCamerasAtOnceOfWhichHalfDoNotAnswer) {
-    std::vector<CameraConfig> configs;
-    for (unsigned i = 0; i < 100; ++i) {
-        configs.push_back(
-            cameraAt(i, "192.168.1." + std::to_string(i + 100) + "/24", i % 2 == 0 ? "" : ",reachable=no"));
-    }
-    const Site site("nic0", "192.168.1.5/24", configs);
-    const auto start = std::chrono::steady_clock::now();
-    DeviceInfoList list;
-    EXPECT_EQ(100, layer().EnumerateAllDevices(list));
-    std::vector<std::future<EDeviceAccessiblityInfo>> probes;
-    for (const CDeviceInfo &device : list)
-        probes.push_back(std::async(std::launch::async, [&device] {
-            EDeviceAccessiblityInfo reason{};
-            layer().IsDeviceAccessible(device, Control, &reason);
-            return reason;
-        }));
-    int verdicts[5] = {};
-    for (auto &probe : probes)
-        ++verdicts[probe.get()];
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    std::cout << "one full look at 100 cameras: " << elapsed.count() << " s\n";
-    EXPECT_EQ(50, verdicts[Accessibility_Ok]);
-    EXPECT_EQ(50, verdicts[Accessibility_NotReachable]);
 }
 
 } // namespace

@@ -25,7 +25,12 @@ protected:
 };
 
 TEST_F(LayerConfiguration, ForcesATemporaryAddress) {
+    layer();
+    const Holdings before = Holdings::now();
     layer().ForceIp("025ae3000002", "10.0.0.50:99", "255.255.255.0", "10.0.0.1");
+    EXPECT_EQ(before, Holdings::now());
+    EXPECT_TRUE(second.cameras.requests().at(0).isBroadcast()); // on both adapters, to the limited broadcast address
+    EXPECT_EQ(first.cameras.requests().at(0).bytes, second.cameras.requests()[0].bytes);
     const camsim::IpSettings forced = second.cameras.status(mac).current.value();
     EXPECT_EQ("10.0.0.50 255.255.255.0 10.0.0.1",
               forced.address.toString() + " " + forced.mask.toString() + " " + forced.gateway.toString());

@@ -169,20 +169,4 @@ TEST_F(DeviceLoss, TwoHundredOpeningsKeepNoMemory) {
     EXPECT_LT(cycles(200), before + 65536);
 }
 
-TEST_F(DeviceLoss, FiftyLostCamerasLeaveNothingBehind) {
-    Start();
-    for (int i = 0; i < 50; ++i) {
-        Open();
-        NoteLoss("lost");
-        Silence();
-        thrownBy([&] { Feature("Width")->GetValue(false, true); });
-        AwaitNotes(static_cast<std::size_t>(i) + 1);
-        if (i % 2 == 0)
-            device->Close();
-        device.reset();
-        Revive();
-        device = CreateGigEDevice(Info());
-    }
-}
-
 } // namespace
