@@ -68,7 +68,8 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
     }
 
     void addCommonOptions() {
-        m_App.add_option("--adapter", m_Arguments.adapters, "Search on this adapter only; may be repeated")
+        m_App
+            .add_option("--adapter", m_Arguments.adapters, "Consider cameras behind this adapter only; may be repeated")
             ->type_name("IF")
             ->allow_extra_args(false);
         m_App.add_option("--ask", m_Ask, "Also ask a camera at this address, behind a router for instance; repeatable")

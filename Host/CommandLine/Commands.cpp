@@ -268,7 +268,8 @@ std::string camerasToRescue(const Arguments &arguments, const Session &session, 
         const Camera *camera = findCamera(text, session, &error);
         if (!camera)
             return error;
-        pCameras->push_back(camera);
+        if (std::find(pCameras->begin(), pCameras->end(), camera) == pCameras->end())
+            pCameras->push_back(camera);
     }
     for (const Camera &camera : session.inventory().cameras) {
         if (arguments.allCameras && needsRescue(camera, session.inventory()))

@@ -12,12 +12,20 @@ namespace commandline {
 
 namespace {
 
-/// The signals that end a run, and the one by which the waiting thread itself is ended.
+bool isIgnored(int number) {
+    struct sigaction action {};
+    return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+/// The signals that end a run, and the one by which the waiting thread itself is ended. One that is ignored, as by
+/// nohup, stays so.
 sigset_t handledSignals() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGUSR1})
-        sigaddset(&signals, number);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGUSR1}) {
+        if (!isIgnored(number))
+            sigaddset(&signals, number);
+    }
     return signals;
 }
 

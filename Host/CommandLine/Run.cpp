@@ -10,6 +10,7 @@
 #include "Session.h"
 #include "Text.h"
 
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 
@@ -20,7 +21,12 @@ namespace {
 /// The library for the length of a scope.
 class Library {
 public:
-    Library() { Corvo::CorvoInitialize(); }
+    Library() {
+        // As the window has it: many cameras answer at once, and a program that dies must not lock a camera for long.
+        setenv("CORVO_BROADCAST_RECV_BUF_SIZE", "1000000", 0);
+        setenv("CORVO_GIGE_HEARTBEAT", "12000", 0);
+        Corvo::CorvoInitialize();
+    }
     ~Library() { Corvo::CorvoTerminate(true); }
     Library(const Library &) = delete;
     Library &operator=(const Library &) = delete;

@@ -110,12 +110,10 @@ void Connection::close() {
             m_pInteraction->failure("closeDevice", std::current_exception(), what);
         }
     };
-    attempt("Failed to close device", [this] {
-        if (!m_pDevice->IsOpen())
-            return;
-        restoreHeartbeat();
-        m_pDevice->Close();
-    });
+    if (m_pDevice->IsOpen()) {
+        attempt("Failed to restore the heartbeat timeout", [this] { restoreHeartbeat(); });
+        attempt("Failed to close device", [this] { m_pDevice->Close(); });
+    }
     attempt("Failed to destroy device", [this] { m_pLayer->DestroyDevice(std::exchange(m_pDevice, nullptr)); });
 }
 
