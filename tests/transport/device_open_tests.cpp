@@ -2,6 +2,7 @@
 
 #include "GenApi/IRegister.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
 
@@ -157,6 +158,13 @@ TEST_F(DeviceTest, ACoercedHeartbeatTimeoutReachesTheChannel) {
 }
 
 TEST_F(DeviceTest, ParametersReachTheChannel) {
+    const auto requestsOf = [this](std::uint16_t command) {
+        std::vector<camsim::ReceivedRequest> requests = cameras.requests();
+        requests.erase(std::remove_if(requests.begin(), requests.end(),
+                                      [command](const auto &request) { return request.command() != command; }),
+                       requests.end());
+        return requests;
+    };
     Start();
     Parameter("MaxRetryCountRead")->SetValue(4); // while closed, for the next opening
     device->Open(Control);
@@ -167,8 +175,8 @@ TEST_F(DeviceTest, ParametersReachTheChannel) {
     std::uint8_t bytes[16];
     EXPECT_EQ(thrownBy([&] { GenApi::CRegisterPtr(device->GetNodeMap()->GetNode("DeviceID"))->Get(bytes, 16); }),
               std::string("Runtime: Failed to read memory at 0xd8, 0x10 bytes. ") + GxStatusText(0xE101800B).c_str());
-    const auto attempts = cameras.requests();
-    EXPECT_EQ(attempts.size(), 11u); // 5 attempts, each sent twice, and the privilege given back
+    const auto attempts = requestsOf(TAG_READMEM_CMD);
+    EXPECT_EQ(attempts.size(), 10u); // 5 attempts, each sent twice
     EXPECT_LT(attempts.back().time - attempts.front().time, std::chrono::milliseconds(190)); // not 4 times 200 ms
     const GenApi::CIntegerPtr count = Parameter("ReadWriteTimeoutCount");
     EXPECT_EQ(count->GetValue(), 5);
@@ -182,8 +190,9 @@ TEST_F(DeviceTest, ParametersReachTheChannel) {
     Silence();
     cameras.clearRequests();
     thrownBy([&] { Feature("Width")->SetValue(640); });
-    const auto writes = cameras.requests();
-    EXPECT_EQ(writes.size(), 9u);
+    const auto writes = requestsOf(TAG_WRITEREG_CMD);
+    EXPECT_GE(writes.size(), 8u); // and then the privilege is given back, perhaps still to come
+    EXPECT_LE(writes.size(), 9u);
     EXPECT_LT(writes.back().time - writes.front().time, std::chrono::milliseconds(190)); // not 3 times 200 ms
 }
 
