@@ -23,8 +23,8 @@ class Library {
 public:
     Library() {
         // As the window has it: many cameras answer at once, and a program that dies must not lock a camera for long.
-        setenv("CORVO_BROADCAST_RECV_BUF_SIZE", "1000000", 0);
-        setenv("CORVO_GIGE_HEARTBEAT", "12000", 0);
+        setenv("CORVO_BROADCAST_RECV_BUF_SIZE", "1000000", 0); // NOLINT(concurrency-mt-unsafe): nobody else reads yet
+        setenv("CORVO_GIGE_HEARTBEAT", "12000", 0);            // NOLINT(concurrency-mt-unsafe)
         Corvo::CorvoInitialize();
     }
     ~Library() { Corvo::CorvoTerminate(true); }

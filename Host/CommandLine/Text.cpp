@@ -33,6 +33,7 @@ void forEachCharacter(const std::string &text, const std::function<void(wchar_t,
     for (std::size_t i = 0; i < text.size();) {
         std::mbstate_t state{};
         wchar_t character = 0;
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is our own
         const std::size_t length = std::mbrtowc(&character, text.data() + i, text.size() - i, &state);
         const bool valid = length != 0 && length <= text.size() - i;
         visit(valid ? character : L'\0', text.substr(i, valid ? length : 1));

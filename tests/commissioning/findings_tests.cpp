@@ -6,7 +6,6 @@
 #include <numeric>
 
 using namespace commissioning;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {

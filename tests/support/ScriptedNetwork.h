@@ -67,8 +67,8 @@ public:
 private:
     struct Queued {
         Arrival arrival;
-        std::int64_t due;
-        int socket; ///< -1: by its row
+        std::int64_t due = 0;
+        int socket = -1; ///< -1: by its row
     };
     /// A thread of the library; it is idle while it waits for a time that has not come.
     struct Thread {

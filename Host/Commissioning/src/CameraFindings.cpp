@@ -151,7 +151,7 @@ private:
 
     void checkRoute() {
         const auto route = observation().routeTo.find(m_Camera.address);
-        if (!m_Adapter || route == observation().routeTo.end() || route->second.isLocal ||
+        if (m_Adapter == nullptr || route == observation().routeTo.end() || route->second.isLocal ||
             std::count(m_Camera.adapters.begin(), m_Camera.adapters.end(), route->second.adapter) != 0)
             return;
         // Where it is foreign, a way over a gateway is no news.
@@ -169,9 +169,9 @@ private:
     bool anyAdapterHas(Address mask) const {
         return std::any_of(m_Camera.adapters.begin(), m_Camera.adapters.end(), [&](const std::string &name) {
             const Adapter *adapter = m_Maker.adapter(name);
-            return adapter && std::any_of(adapter->addresses.begin(), adapter->addresses.end(), [&](const auto &own) {
-                       return own.mask == mask && isInSubnet(m_Camera.address, own);
-                   });
+            return adapter != nullptr &&
+                   std::any_of(adapter->addresses.begin(), adapter->addresses.end(),
+                               [&](const auto &own) { return own.mask == mask && isInSubnet(m_Camera.address, own); });
         });
     }
 

@@ -58,6 +58,7 @@ public:
 
     pid_t operator()(const std::vector<std::string> &command) const {
         std::vector<char *> arguments;
+        arguments.reserve(command.size() + 1);
         for (const std::string &word : command)
             arguments.push_back(const_cast<char *>(word.c_str()));
         arguments.push_back(nullptr);

@@ -124,6 +124,7 @@ std::vector<std::optional<Address>> FreeAddresses::take(const Adapter &adapter, 
         return result;
     const NeighbourProbe probe(adapter, subnet.address);
     std::vector<Address> firstChoices;
+    firstChoices.reserve(presents.size());
     for (const Address present : presents)
         firstChoices.push_back((subnet.address & subnet.mask) | (present & ~subnet.mask));
     Address next = subnet.address & subnet.mask;

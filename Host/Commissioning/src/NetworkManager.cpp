@@ -15,9 +15,7 @@ std::vector<std::string> fieldsOf(const std::string &line) {
     for (std::size_t i = 0; i < line.size(); ++i) {
         if (line[i] == ':')
             fields.emplace_back();
-        else if (line[i] != '\\')
-            fields.back() += line[i];
-        else if (++i < line.size())
+        else if (line[i] != '\\' || ++i < line.size())
             fields.back() += line[i];
     }
     return fields;

@@ -3,6 +3,7 @@
 #include "commissioning/AddressText.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace commissioning {
 
@@ -40,13 +41,17 @@ std::string filterSetting(std::string adapter) {
     return "net.ipv4.conf." + adapter + ".rp_filter";
 }
 
+std::string assignment(std::string name, const char *sign, const std::string &value) {
+    return std::move(name.append(sign).append(value));
+}
+
 /// Sets kernel settings now, and prints the lines into a file that is read at start-up.
 Commands setKernel(const Observation &host, const std::vector<std::pair<std::string, std::string>> &settings) {
     std::string now = sudo(host) + "sysctl -w";
     std::string lines;
     for (const auto &[name, value] : settings) {
-        now += " " + quoted(name + "=" + value);
-        lines += " " + quoted(name + " = " + value);
+        now.append(" ").append(quoted(assignment(name, "=", value)));
+        lines.append(" ").append(quoted(assignment(name, " = ", value)));
     }
     return {now, "printf '%s\\n'" + lines + " | " + sudo(host) + "tee -a /etc/sysctl.d/60-lanvane.conf"};
 }

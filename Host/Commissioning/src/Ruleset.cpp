@@ -36,31 +36,37 @@ std::string textOf(const Json &object, const char *key) {
     return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
-template <class Value> Match equal(const Value &value, const Json &right) {
-    if (right.is_array() || (right.is_object() && right.contains("set"))) {
-        Match result = Match::No;
-        for (const Json &element : right.is_array() ? right : right["set"]) {
-            const Match one = equal(value, element);
-            result = one == Match::No ? result : one;
-            if (one == Match::Yes)
-                break;
-        }
-        return result;
-    }
-    if constexpr (std::is_same_v<Value, int>) {
-        if (right.is_number_integer())
-            return right.get<std::int64_t>() == value ? Match::Yes : Match::No;
-        const auto range = right.is_object() ? right.find("range") : right.end();
-        if (range != right.end() && range->is_array() && range->size() == 2 && (*range)[0].is_number_integer() &&
-            (*range)[1].is_number_integer())
-            return (*range)[0].get<std::int64_t>() <= value && value <= (*range)[1].get<std::int64_t>() ? Match::Yes
-                                                                                                        : Match::No;
+Match judged(bool isEqual) { return isEqual ? Match::Yes : Match::No; }
+
+Match equalOne(int value, const Json &right) {
+    if (right.is_number_integer())
+        return judged(right.get<std::int64_t>() == value);
+    const auto range = right.is_object() ? right.find("range") : right.end();
+    const bool isRange = range != right.end() && range->is_array() && range->size() == 2 &&
+                         (*range)[0].is_number_integer() && (*range)[1].is_number_integer();
+    if (!isRange)
         return Match::Maybe;
-    } else {
-        // The name of a set begins with '@', a name with a star stands for several.
-        const std::string text = right.is_string() ? right.get<std::string>() : "@";
-        return text.find_first_of("@*") != std::string::npos ? Match::Maybe : text == value ? Match::Yes : Match::No;
+    return judged((*range)[0].get<std::int64_t>() <= value && value <= (*range)[1].get<std::int64_t>());
+}
+
+/// The name of a set begins with '@', a name with a star stands for several.
+Match equalOne(const std::string &value, const Json &right) {
+    const std::string text = right.is_string() ? right.get<std::string>() : "@";
+    return text.find_first_of("@*") != std::string::npos ? Match::Maybe : judged(text == value);
+}
+
+template <class Value> Match equal(const Value &value, const Json &right) {
+    const bool isSet = right.is_object() && right.contains("set");
+    if (!right.is_array() && !isSet)
+        return equalOne(value, right);
+    Match result = Match::No;
+    for (const Json &element : isSet ? right["set"] : right) {
+        const Match one = equal(value, element);
+        if (one == Match::Yes)
+            return one;
+        result = one == Match::No ? result : one;
     }
+    return result;
 }
 
 Match matchPayload(const Json &payload, const Json &right, const Datagram &datagram) {
@@ -132,7 +138,8 @@ public:
             if ((outcomes & GoesOn) != 0)
                 outcomes = (outcomes & ~GoesOn) | (textOf(chain.definition, "policy") == "drop" ? Drops : Accepts);
             const auto &[family, table, own] = name;
-            function(family + " " + table + " " + own, outcomes);
+            std::string full = family;
+            function(full.append(" ").append(table).append(" ").append(own), outcomes);
         }
     }
 

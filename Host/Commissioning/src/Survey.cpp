@@ -39,7 +39,7 @@ public:
     std::optional<unsigned> speed_Mbit_s() const {
         // Room for the masks of modes that follow; how many words each has the kernel tells first, as a negative
         // number.
-        alignas(ethtool_link_settings) char room[sizeof(ethtool_link_settings) + 3 * 127 * sizeof(std::uint32_t)] = "";
+        alignas(ethtool_link_settings) char room[sizeof(ethtool_link_settings) + sizeof(std::uint32_t) * 3 * 127] = "";
         auto &settings = *reinterpret_cast<ethtool_link_settings *>(room);
         ifreq request{};
         request.ifr_data = room;

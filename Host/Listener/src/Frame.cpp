@@ -24,7 +24,7 @@ std::optional<Acknowledge> readFrame(const std::uint8_t *data, std::size_t size)
     constexpr std::size_t UdpHeader = 8;
     if (size < MinHeader || data[0] >> 4 != 4 || data[9] != IPPROTO_UDP)
         return {};
-    const std::size_t header = (data[0] & 0xFU) * 4;
+    const std::size_t header = std::size_t{data[0] & 0xFU} * 4;
     const std::size_t total = number(data + 2, 2);
     const bool isFragment = (number(data + 6, 2) & 0x3FFF) != 0;
     if (header < MinHeader || total > size || total < header + UdpHeader + sizeof(GVCP_DISCOVERY_RESPONSE) ||

@@ -79,7 +79,7 @@ struct SFormula {
     std::string text;
     /// Node it belongs to, for messages.
     std::string owner;
-    EFormulaKind kind;
+    EFormulaKind kind = EFormulaKind::Integer;
     std::vector<SFormulaInstruction> code;
     std::vector<FormulaNumber> constants;
     /// Names of the variables, each once.
