@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 
 using commissioning::Mode;
-using testing::ElementsAre;
 
 namespace {
 
