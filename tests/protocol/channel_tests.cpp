@@ -46,7 +46,7 @@ TEST(Channels, FailedCreateLeavesNothingBehind) {
     for (const auto &row : cases) {
         int releases = 0;
         ScriptedNetwork network([&](const Bytes &request) {
-            releases += isRelease(request);
+            releases += isRelease(request) ? 1 : 0;
             if (const Bytes answer = row.answer(request); !answer.empty())
                 network.answer(answer);
             return 0;
@@ -300,7 +300,7 @@ TEST(Channels, ThirtyPercentLossNeverGivesWrongData) {
         }
         // Ten losses in a row, 0.51 ^ 10, happen to one read in a thousand: then the device counts as lost.
         ASSERT_EQ(status, i < 1000 || status != 0 ? 0xE101800Bu : 0u);
-        failed += status != 0;
+        failed += status != 0 ? 1 : 0;
     }
     EXPECT_LE(failed, 50); // without retries half of them would
 }
