@@ -86,7 +86,9 @@ ChangeRecord recordOf(const Camera &camera, const Result &result, const std::str
     record.path = result.path;
     record.verification = result.verification;
     record.exitCode = exitCodeOf(result);
-    if (!result.success)
+    if (result.success)
+        record.remark = result.text;
+    else
         record.error = result.text.empty() ? failure : result.text;
     return record;
 }
@@ -98,7 +100,8 @@ Json changeJson(const ChangeRecord &record) {
             {"after", record.after ? settingsJson(*record.after) : Json()},
             {"path", pathJson(record.path)},
             {"verified", verificationJson(record.verification)},
-            {"error", record.error.empty() ? Json() : Json(record.error)}};
+            {"error", record.error.empty() ? Json() : Json(record.error)},
+            {"remark", record.remark.empty() ? Json() : Json(record.remark)}};
 }
 
 int exitCodeOf(const std::vector<ChangeRecord> &records) {

@@ -30,6 +30,7 @@ struct ChangeRecord {
     commissioning::Path path = commissioning::Path::None;
     commissioning::Verification verification = commissioning::Verification::None;
     std::string error;
+    std::string remark; ///< what to know of a change that succeeded
     int exitCode = 0;
 };
 

@@ -47,6 +47,13 @@ ChangeRecord wouldChange(const Camera &camera, const Settings &after, Path path 
     return record;
 }
 
+/// What a camera will have; with another mode than a static one its addresses are not known before.
+Settings afterwards(const Camera &camera, std::optional<Mode> mode, Address address, Address mask, Address gateway) {
+    if (mode != Mode::Static)
+        return {mode, 0, 0, 0, camera.name};
+    return {mode, address, mask, gateway, camera.name};
+}
+
 /// The subnet of the adapter that an address belongs to; null when it is none of them.
 const AdapterAddress *subnetOf(const Adapter *adapter, Address address) {
     if (!adapter)
@@ -82,7 +89,7 @@ public:
         if (!reason.empty())
             return refused(camera, reason);
         if (m_Arguments.dryRun)
-            return wouldChange(camera, {mode, address, mask, 0, camera.name});
+            return wouldChange(camera, afterwards(camera, mode, address, mask, 0));
         m_Session.interaction().start(camera.mac, TemporaryAddress{camera.mac, address, mask, 0});
         m_Session.interruption().setInHand(camera.mac);
         ChangeRecord record = finished(camera, rescue(m_Context, plan, around));
@@ -159,7 +166,7 @@ private:
         if (!reason.empty())
             return refused(camera, reason);
         if (m_Arguments.dryRun)
-            return wouldChange(camera, {change.mode, change.address, change.mask, change.gateway, camera.name});
+            return wouldChange(camera, afterwards(camera, change.mode, change.address, change.mask, change.gateway));
         if (change.mode == Mode::Static)
             m_Session.interaction().start(camera.mac,
                                           TemporaryAddress{camera.mac, change.address, change.mask, change.gateway});
@@ -291,7 +298,7 @@ std::vector<Rescue> planRescue(const std::vector<const Camera *> &cameras, Sessi
     std::map<const Adapter *, std::vector<std::size_t>> byAdapter;
     for (const Camera *camera : cameras) {
         const Adapter *adapter = session.adapterOf(*camera);
-        if (adapter && !adapter->addresses.empty())
+        if (adapter && homeSubnet(*adapter))
             byAdapter[adapter].push_back(rescues.size());
         rescues.push_back({camera, adapter, {}, {}});
     }
@@ -300,7 +307,7 @@ std::vector<Rescue> planRescue(const std::vector<const Camera *> &cameras, Sessi
         std::vector<Address> presents;
         for (const std::size_t index : indices)
             presents.push_back(cameras[index]->address);
-        const AdapterAddress &subnet = adapter->addresses.front();
+        const AdapterAddress &subnet = *homeSubnet(*adapter);
         const auto taken = free.take(*adapter, subnet, presents, [&] { return session.interruption().isRequested(); });
         for (std::size_t i = 0; i < indices.size(); ++i) {
             rescues[indices[i]].subnet = subnet;
@@ -337,8 +344,10 @@ Outcome rescueThem(const Arguments &arguments, Session &session, const Terminal 
     Changer changer(arguments, session);
     std::vector<ChangeRecord> records;
     for (const Rescue &rescue : rescues) {
-        if (session.interruption().isRequested())
-            break;
+        if (session.interruption().isRequested()) {
+            records.push_back(refused(*rescue.camera, "Not begun: interrupted."));
+            continue;
+        }
         if (!rescue.address)
             records.push_back(refused(*rescue.camera, rescue.adapter ? "No address of the adapter's subnet is free."
                                                                      : "It is not known which adapter it is behind."));

@@ -23,6 +23,10 @@ std::string joined(const std::vector<std::string> &texts) {
     return all;
 }
 
+std::string counted(std::size_t count, const std::string &what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 std::string modeText(const std::optional<Mode> &mode) { return mode ? toText(*mode) : "-"; }
 
 std::string statusText(const Camera &camera) { return camera.hidden ? "hidden" : toText(camera.status); }
@@ -100,8 +104,8 @@ std::string listPage(const Inventory &inventory, const Terminal &terminal) {
                    statusText(camera), modeText(camera.mode), toText(AdapterAddress{camera.address, camera.mask})});
     const auto adapters = std::count_if(inventory.adapters.begin(), inventory.adapters.end(), isUsable);
     const std::string cameras = inventory.cameras.empty() ? "No camera was found.\n" : table.text(terminal.width());
-    return cameras + "\n" + std::to_string(inventory.cameras.size()) + " cameras, " + std::to_string(adapters) +
-           " usable adapters\n" + warnings(inventory, terminal);
+    return cameras + "\n" + counted(inventory.cameras.size(), "camera") + ", " +
+           counted(static_cast<std::size_t>(adapters), "usable adapter") + "\n" + warnings(inventory, terminal);
 }
 
 std::string showPage(const Camera &camera, const Inventory &inventory, const Terminal &terminal) {
@@ -139,12 +143,13 @@ std::string doctorPage(const Inventory &inventory, const Terminal &terminal) {
     std::string text;
     for (const Finding &finding : inventory.findings)
         text += findingText(finding, terminal) + "\n";
-    const auto counted = [&](Severity severity) {
-        return std::count_if(inventory.findings.begin(), inventory.findings.end(),
-                             [&](const Finding &finding) { return finding.severity == severity; });
+    const auto countOf = [&](Severity severity) {
+        const auto count = std::count_if(inventory.findings.begin(), inventory.findings.end(),
+                                         [&](const Finding &finding) { return finding.severity == severity; });
+        return static_cast<std::size_t>(count);
     };
-    return text + std::to_string(inventory.cameras.size()) + " cameras; " + std::to_string(counted(Severity::Error)) +
-           " errors, " + std::to_string(counted(Severity::Warning)) + " warnings\n";
+    return text + counted(inventory.cameras.size(), "camera") + "; " + counted(countOf(Severity::Error), "error") +
+           ", " + counted(countOf(Severity::Warning), "warning") + "\n";
 }
 
 std::string changesPage(const Outcome &outcome, const Inventory &inventory, const Terminal &terminal) {
@@ -157,8 +162,8 @@ std::string changesPage(const Outcome &outcome, const Inventory &inventory, cons
         if (record.changed)
             text += harmless(" -> " + (record.after ? settingsText(*record.after) : "unknown"));
         text += "\n";
-        if (!record.error.empty())
-            text += "    " + harmless(record.error) + "\n";
+        for (const std::string &more : {record.error, record.remark})
+            text += more.empty() ? "" : "    " + harmless(more) + "\n";
     }
     text += hints(outcome, inventory, terminal);
     return text.empty() && outcome.error.empty() ? "Nothing to do.\n" : text;

@@ -127,12 +127,12 @@ FreeAddresses &Session::freeAddresses() {
 
 std::optional<TemporaryAddress> Session::freeAddress(const std::string &mac, const std::string &adapterName) {
     for (const Adapter &adapter : m_Inventory.adapters) {
-        if (adapter.name != adapterName || adapter.addresses.empty())
+        const AdapterAddress *subnet = homeSubnet(adapter);
+        if (adapter.name != adapterName || !subnet)
             continue;
-        const AdapterAddress &subnet = adapter.addresses.front();
-        const auto found = freeAddresses().take(adapter, subnet, {0}, [this] { return m_Interruption.isRequested(); });
+        const auto found = freeAddresses().take(adapter, *subnet, {0}, [this] { return m_Interruption.isRequested(); });
         if (found.front())
-            return TemporaryAddress{mac, *found.front(), subnet.mask, 0};
+            return TemporaryAddress{mac, *found.front(), subnet->mask, 0};
     }
     return std::nullopt;
 }

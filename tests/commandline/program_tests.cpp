@@ -179,12 +179,21 @@ TEST_F(Program, RescuesWhatTheHostHides) {
     start({cameraAt(1, "10.1.2.21/16")});
     const std::string listener = folder / "lanvane-listen";
     std::filesystem::copy_file(LISTENER, listener);
-    ASSERT_EQ(0, std::system(("setcap cap_net_raw=p " + listener).c_str()));
-    ASSERT_EQ(0, std::system("sysctl -qw net.ipv4.conf.nic0.rp_filter=1"));
-    const std::string path = std::getenv("PATH");
+    const auto shell = [](const std::string &command) { ASSERT_EQ(0, std::system(command.c_str())) << command; };
+    const auto rescueInstead = [&](unsigned number, const std::string &timeout_s) {
+        site->cameras.removeCamera(camera(number - 1).mac);
+        const std::string digit = std::to_string(number);
+        site->cameras.addCamera(cameraAt(number, "10.1.2.2" + digit + "/16"));
+        Finished rescued = run("rescue --all --yes --json --timeout " + timeout_s);
+        EXPECT_EQ("192.168.10.2" + digit, site->addressOf(number)) << rescued.out;
+        return rescued;
+    };
+    const std::string chain = "add chain inet f c { type filter hook input priority 0; ";
+    shell("setcap cap_net_raw=p " + listener);
+    shell("sysctl -qw net.ipv4.conf.nic0.rp_filter=1");
     EXPECT_EQ(0U, run("list --json").json["cameras"].size());
 
-    setenv("PATH", (listener.substr(0, listener.rfind('/')) + ":" + path).c_str(), 1);
+    setenv("PATH", (listener.substr(0, listener.rfind('/')) + ":" + std::getenv("PATH")).c_str(), 1);
     const Finished seen = run("list --json");
     ASSERT_EQ(1U, seen.json["cameras"].size());
     EXPECT_TRUE(seen.json["cameras"][0]["hidden"]);
@@ -193,25 +202,26 @@ TEST_F(Program, RescuesWhatTheHostHides) {
     EXPECT_EQ("192.168.10.21", site->addressOf(1));
 
     // Answers to broadcasts do not pass a firewall that lets in what was asked for, answers to unicast do.
-    ASSERT_EQ(0, std::system("sysctl -qw net.ipv4.conf.nic0.rp_filter=0"));
-    site->cameras.removeCamera(camera(1).mac);
-    site->cameras.addCamera(cameraAt(3, "10.1.2.23/16"));
-    ASSERT_EQ(0, std::system("nft 'add table inet s; add chain inet s c { type filter hook input priority 0; policy "
-                             "drop; }; add rule inet s c ct state established,related accept'"));
-    const Finished verified = run("rescue --all --yes --timeout 10 --json");
-    EXPECT_EQ(0, verified.exitCode) << verified.out;
-    EXPECT_EQ("192.168.10.23", site->addressOf(3));
-    ASSERT_EQ(0, std::system("nft delete table inet s"));
+    shell("sysctl -qw net.ipv4.conf.nic0.rp_filter=0");
+    shell("nft 'add table inet f; " + chain + "policy drop; }; add rule inet f c ct state established,related accept'");
+    EXPECT_EQ(0, rescueInstead(2, "10").exitCode);
 
     // Where a firewall drops everything that cameras say, nobody can tell, and the remedy is named.
-    site->cameras.removeCamera(camera(3).mac);
-    site->cameras.addCamera(cameraAt(2, "10.1.2.22/16"));
-    ASSERT_EQ(0, std::system("nft 'add table inet f; add chain inet f c { type filter hook input priority 0; }; "
-                             "add rule inet f c udp sport 3956 drop'"));
-    const Finished unheard = run("rescue --all --yes --timeout 4 --json");
+    shell("nft 'delete table inet f; add table inet f; " + chain + "}; add rule inet f c udp sport 3956 drop'");
+    const Finished unheard = rescueInstead(3, "4");
     EXPECT_EQ(5, unheard.exitCode) << unheard.out;
-    EXPECT_EQ("192.168.10.22", site->addressOf(2)) << unheard.out;
     EXPECT_THAT(unheard.json["findings"].dump(), AllOf(HasSubstr("answers-blocked"), HasSubstr("nft")));
+}
+
+TEST_F(Program, ChangesNeitherOfTwoCamerasWithOneMac) {
+    start({cameraAt(1, "192.168.10.21/24")});
+    const Site twin("nic1", "192.168.11.1/24", {cameraAt(1, "192.168.11.21/24")});
+    for (const char *change : {"set 025AE3000001 dhcp", "force 025AE3000001 192.168.10.77", "rescue 025AE3000001",
+                               "name 025AE3000001 x", "restart 025AE3000001"}) {
+        const Finished done = run(std::string(change) + " --json");
+        EXPECT_EQ(4, done.exitCode) << change << done.out;
+        EXPECT_THAT(text(done.json["error"]["text"]), HasSubstr("same MAC address"));
+    }
 }
 
 TEST_F(Program, NamesTheProcessThatHoldsACamera) {

@@ -76,7 +76,7 @@ using SmallChanges = Operations;
 
 TEST_F(SmallChanges, AreVerifiedOrRefused) {
     start({cameraAt(1, "192.168.10.21/24", ",forced=192.168.10.77/24"), cameraAt(2, "192.168.10.22/24", ",xml=none"),
-           cameraAt(3, "192.168.10.23/24", ",held-by=192.168.10.200:5555")});
+           cameraAt(3, "192.168.10.23/24", ",held-by=192.168.10.200:5555"), cameraAt(5, "10.1.2.25/24")});
     EXPECT_TRUE(restart(context(), device(1)).success);
     EXPECT_EQ("192.168.10.21 192.168.10.21", site->addressOf(1) + " " + device(1).GetIpAddress().c_str());
     for (const unsigned number : {1u, 2u}) { // by feature and by register
@@ -94,8 +94,11 @@ TEST_F(SmallChanges, AreVerifiedOrRefused) {
     EXPECT_FALSE(stays.success || stays.verification != Verification::None);
     const TemporaryAddress there{macOf(1), address("192.168.10.78"), address("255.255.255.0"), 0};
     const Result moved = forceAddressTo(context(), device(1), there);
-    EXPECT_TRUE(moved.success && moved.verification == Verification::StoredRead) << moved.text;
+    EXPECT_TRUE(moved.success && moved.verification == Verification::AddressSeen) << moved.text;
     EXPECT_TRUE(rename(context(), device(1), "seventeen bytes!!").refused);
+    answers = {"192.168.10.77"}; // of a camera in a foreign subnet, which keeps its own address all the same
+    EXPECT_TRUE(rename(context(), device(5), "far").success);
+    EXPECT_EQ("10.1.2.25 far", site->addressOf(5) + " " + status(5).userName);
     site->cameras.clearRequests();
     EXPECT_TRUE(rename(context(), device(3), "held").refused);
     EXPECT_TRUE(restart(context(), device(3)).refused);

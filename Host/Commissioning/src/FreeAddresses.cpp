@@ -147,4 +147,13 @@ std::vector<std::optional<Address>> FreeAddresses::take(const Adapter &adapter, 
     return result;
 }
 
+const AdapterAddress *homeSubnet(const Adapter &adapter) {
+    const auto &all = adapter.addresses;
+    const auto isRoutable = [](const AdapterAddress &entry) { return !isLinkLocal(entry.address); };
+    const auto found = std::find_if(all.begin(), all.end(), isRoutable);
+    if (found != all.end())
+        return &*found;
+    return all.empty() ? nullptr : &all.front();
+}
+
 } // namespace commissioning

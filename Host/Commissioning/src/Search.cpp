@@ -120,7 +120,7 @@ DeviceInfoList oneForEachMac(const DeviceInfoList &found) {
 /// What the probes of one search may write into the trace log.
 constexpr unsigned MaxLinesOfProbes = 200;
 
-/// 	hrows Cancelled
+/// \throws Cancelled
 void throwWhenStopped() {
     if (Gx::CStopScope::IsStopRequested())
         throw Cancelled();

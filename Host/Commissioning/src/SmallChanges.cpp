@@ -4,7 +4,6 @@
 #include "GenApi/GenApi.h"
 #include "MinimalCorvoGigETL/ControlChannelPtr.h"
 #include "MinimalCorvoGigETL/GxStatusException.h"
-#include "Registers.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/Connection.h"
 #include "commissioning/DeviceInfos.h"
@@ -75,6 +74,12 @@ void verifyName(const Context &context, const std::string &name, Result *pResult
                             : "The camera does not answer the search.";
 }
 
+/// A camera that was reached over a temporary address returns to its own.
+std::optional<CQuorelGigEDeviceInfo> giveAddressBack(const Context &context, const CQuorelGigEDeviceInfo &device) {
+    context.layer.RestartIpConfiguration(device.GetMacAddress());
+    return waitForDevice(context, device.GetMacAddress().c_str(), currentAddressOf(device));
+}
+
 } // namespace
 
 Result restart(const Context &context, const CQuorelGigEDeviceInfo &device) {
@@ -122,6 +127,8 @@ Result rename(const Context &context, const CQuorelGigEDeviceInfo &device, const
     context.connection.close();
     context.guarded("rename", [&] {
         result.now = lookFor(context, device.GetMacAddress().c_str(), currentAddressOf(device));
+        if (result.now && currentAddressOf(*result.now) != currentAddressOf(device))
+            result.now = giveAddressBack(context, device);
         verifyName(context, name, &result);
         return true;
     });
@@ -145,9 +152,7 @@ Result forceAddressTo(const Context &context, const CQuorelGigEDeviceInfo &devic
         follow(context, *result.now, true);
         result.success = currentAddressOf(*result.now) == address.address;
     }
-    result.verification = !result.success                        ? Verification::None
-                          : Registers{*result.now}.isConnected() ? Verification::StoredRead
-                                                                 : Verification::AddressSeen;
+    result.verification = result.success ? Verification::AddressSeen : Verification::None; // nothing is stored
     if (!result.success && result.path != Path::None)
         result.text = result.now ? "The camera has the address " + toText(currentAddressOf(*result.now)) + "."
                                  : "The address was sent, but the camera does not answer the search.";

@@ -41,4 +41,8 @@ private:
     std::set<Address> m_Taken;
 };
 
+/// The subnet of an adapter in which a camera is given an address: its first that is not link-local, else its first.
+/// Null for an adapter without any.
+const AdapterAddress *homeSubnet(const Adapter &adapter);
+
 } // namespace commissioning
