@@ -6,7 +6,6 @@
 #include "commissioning/Words.h"
 
 #include <algorithm>
-#include <tuple>
 
 using namespace commissioning;
 
@@ -60,17 +59,6 @@ int exitCodeOf(const Result &result) {
 }
 
 } // namespace
-
-bool operator==(const Settings &a, const Settings &b) {
-    const auto tied = [](const Settings &s) { return std::tie(s.mode, s.address, s.mask, s.gateway, s.name); };
-    return tied(a) == tied(b);
-}
-
-Settings settingsOf(const Camera &camera) {
-    if (camera.mode == Mode::Static && camera.stored)
-        return {camera.mode, camera.stored->address, camera.stored->mask, camera.stored->gateway, camera.name};
-    return {camera.mode, camera.address, camera.mask, camera.gateway, camera.name};
-}
 
 ChangeRecord recordOf(const Camera &camera, const Result &result, const std::string &failure) {
     ChangeRecord record;

@@ -159,6 +159,7 @@ Camera cameraOf(const CQuorelGigEDeviceInfo &device) {
     camera.mask = addressIn(device, "SubnetMask");
     camera.gateway = addressIn(device, "DefaultGateway");
     camera.mode = modeOf(device);
+    camera.word = numberOf(device, "IpConfigCurrent").value_or(0);
     camera.modes = modesOf(device);
     camera.status = statusOf(verdictOf(device));
     camera.statusReason = text(PropertyVerdictReason);

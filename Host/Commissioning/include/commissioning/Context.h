@@ -11,6 +11,7 @@
 namespace commissioning {
 
 class Connection;
+class Journal;
 
 /// How long a camera may take to come back after its IP cycle was restarted.
 struct RediscoveryPatience {
@@ -27,6 +28,7 @@ struct Context {
     Interaction &interaction;
     Tracer trace{tracelog::INVALID_CATEGORY};
     RediscoveryPatience patience;
+    Journal *journal = nullptr; ///< of what is changed; null for none, as in tests
 
     /// Runs a part of an operation and hands what it throws to the interaction. \returns false then.
     template <class Work> bool guarded(const char *context, Work work, const char *attempted = nullptr) const {

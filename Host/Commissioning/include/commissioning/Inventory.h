@@ -70,6 +70,7 @@ struct Camera {
     Address mask = 0;
     Address gateway = 0;
     std::optional<Mode> mode; ///< what it is set to; none when it tells no mode
+    std::uint32_t word = 0;   ///< the modes enabled, as it tells them (GEV_IP_CONFIG); mode is made of it
     std::vector<Mode> modes;  ///< those it supports
     Status status = Status::Unknown;
     std::string statusReason; ///< why the status is unknown, when the host is to blame

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "commissioning/Inventory.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace commissioning {
+
+/// Somebody on this host changes the camera already.
+class CameraBusy : public std::runtime_error {
+public:
+    CameraBusy(const std::string &text, Process holder) : std::runtime_error(text), m_Holder(std::move(holder)) {}
+    const Process &holder() const { return m_Holder; }
+
+private:
+    Process m_Holder;
+};
+
+/// The right to change a camera, among the programs of this host (of one network namespace): an abstract Unix socket
+/// named by its MAC. It is free as soon as its holder is gone, however that died, and no file stays behind. A program
+/// of an older version takes none.
+class CameraLock {
+public:
+    /// \param mac 12 hexadecimal digits. \throws CameraBusy, whose text names the process; std::system_error.
+    explicit CameraLock(const std::string &mac);
+    ~CameraLock();
+    CameraLock(const CameraLock &) = delete;
+    CameraLock &operator=(const CameraLock &) = delete;
+
+private:
+    int m_Socket;
+};
+
+} // namespace commissioning

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "commissioning/Inventory.h"
+#include "commissioning/Settings.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Plans: what many cameras are to be set to, and what that would change.
+namespace commissioning {
+
+/// The columns of a plan, in the order in which they are written.
+enum class PlanColumn { Camera, Mode, Address, Mask, Gateway, Name };
+constexpr std::size_t PlanColumns = 6;
+
+/// What one camera is to have. What is none is left alone.
+struct PlanEntry {
+    std::string camera; ///< a MAC in any spelling, a serial number, an address or a user-defined name
+    std::optional<Mode> mode;
+    std::optional<Address> address; ///< stored; with another mode than a static one only in an undo
+    std::optional<Address> mask;
+    std::optional<Address> gateway;    ///< 0 for no gateway at all
+    std::optional<std::string> name;   ///< empty removes it
+    std::optional<std::uint32_t> word; ///< of modes (GEV_IP_CONFIG), in place of a mode: an undo puts it back as it was
+    int line = 0;                      ///< in its file, from 1; 0 for an entry of no file
+    std::array<int, PlanColumns> characters = {}; ///< at which each cell begins, from 1; 0 where there is none
+};
+
+/// Something wrong with a plan.
+struct PlanProblem {
+    int line = 0;      ///< from 1; 0 when it is about the plan as a whole
+    int character = 0; ///< in the line, from 1 (characters of UTF-8, not bytes); 0 when it is about the whole line
+    std::string text;  ///< one sentence, for people
+};
+
+struct Plan {
+    std::vector<PlanEntry> entries;
+    std::vector<PlanProblem> problems; ///< of its file; such a plan must not be applied
+};
+
+/// Reads a plan in CSV: comma, semicolon or tab, UTF-8 with or without byte order mark, any line ends, '#' comments.
+/// Never throws for what stands in it.
+Plan readPlan(const std::string &text);
+
+/// The plan that leaves everything as it is, in CSV, one line for each camera with a mode.
+std::string planText(const Inventory &inventory);
+
+/// What a plan does to one camera.
+struct PlannedChange {
+    Camera camera;                         ///< as it was found
+    std::string adapter;                   ///< name of the one it is behind; empty when none is known
+    Settings after;                        ///< addresses are 0 where only a server or chance knows them
+    std::uint32_t word = 0;                ///< of modes that it is to have (GEV_IP_CONFIG)
+    std::optional<StoredAddresses> stored; ///< what it is to have stored; none leaves that alone. A camera whose mode
+                                           ///< is not static is made static first to get them, then what it is to be
+    bool addressing = false; ///< mode or addresses differ from what the camera has
+    bool naming = false;     ///< the name differs
+    int line = 0;            ///< of the plan; 0 when it comes from no file
+
+    bool differs() const { return addressing || naming; }
+};
+
+/// A plan held against what a search found.
+struct PlanReview {
+    std::vector<PlannedChange> changes; ///< one for each camera that the plan names, in its order
+    std::vector<PlanProblem> problems;  ///< those of the file as well, sorted by line and character
+
+    bool isRefused() const { return !problems.empty(); }
+    bool wouldChange() const;
+};
+
+/// Judges the state after the plan: duplicate addresses among all cameras, addresses of this host, outside the
+/// adapter's subnets, unknown or ambiguous cameras, modes a camera lacks, cameras that somebody holds, cameras that
+/// share their MAC with another. Asks nobody.
+PlanReview review(const Plan &plan, const Inventory &inventory);
+
+} // namespace commissioning
