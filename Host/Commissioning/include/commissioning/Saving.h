@@ -51,6 +51,6 @@ private:
 };
 
 /// The save as a whole.
-inline Result configure(const Context &context, const Change &change) { return Saving(context, change).run(); }
+Result configure(const Context &context, const Change &change);
 
 } // namespace commissioning
