@@ -68,6 +68,8 @@ void addLinkFindings(FindingMaker &maker) {
     const Observation &o = maker.observation();
     const bool anyUsable = std::any_of(o.adapters.begin(), o.adapters.end(), isUsable);
     unsigned proposed = 0;
+    if (std::none_of(o.adapters.begin(), o.adapters.end(), [](const Adapter &one) { return one.canBroadcast; }))
+        maker.add(Code::NoAdapter, AllAdapters, NoCamera, {}, {});
     for (const Adapter &adapter : o.adapters) {
         if (!adapter.canBroadcast || adapter.isPort)
             continue;
