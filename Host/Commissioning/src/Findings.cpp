@@ -250,15 +250,16 @@ std::vector<Finding> findingsOf(const Observation &observation) {
     return maker.take();
 }
 
-void completeFromHost(Observation &observation) {
+void completeFromHost(Observation &observation, const Observation *earlier) {
     observation.routes = surveyRoutes();
     for (const Camera &camera : observation.cameras) {
         if (const std::optional<Route> route = routeTo(camera.address))
             observation.routeTo[camera.address] = *route;
     }
-    observation.connections = managedConnections();
+    observation.connections = earlier ? earlier->connections : managedConnections();
     observation.firewall =
-        surveyFirewall(std::vector<std::string>(observation.searched.begin(), observation.searched.end()));
+        earlier ? earlier->firewall
+                : surveyFirewall(std::vector<std::string>(observation.searched.begin(), observation.searched.end()));
     std::ifstream("/proc/sys/net/core/rmem_max") >> observation.bufferLimit;
     observation.isRoot = geteuid() == 0;
 }
