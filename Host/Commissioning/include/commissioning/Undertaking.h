@@ -8,6 +8,9 @@
 
 namespace commissioning {
 
+/// What a result means for the journal. One that nobody could see the effect of is unconfirmed.
+Fate fateOf(const Result &result);
+
 /// A change of one camera while it is carried out: the camera's lock, and its entry in the journal. One that is
 /// destroyed without an end leaves the entry open, as a crash does.
 class Undertaking {
