@@ -21,7 +21,7 @@ enum class PlanState {
     Failed,      ///< see the result
     RolledBack,  ///< failed, and seen to have its old settings again
     Unconfirmed, ///< sent; nobody could see what came of it
-    NotBegun     ///< nothing was sent to it
+    NotBegun     ///< nothing was sent to it; the result's text says why
 };
 
 struct PlanRecord {
@@ -48,6 +48,7 @@ struct PlanOutcome {
     std::string id;                  ///< of the plan in the journal; empty when nothing was written
     std::vector<PlanRecord> records; ///< one for each change of the review, in its order
     std::string error;               ///< why the plan as a whole was not begun; empty
+    std::string remark;              ///< what to know of how it went; empty
 };
 
 /// Applies a plan in phases, so that cameras can swap addresses: all are read again, all written, all restarted, all
