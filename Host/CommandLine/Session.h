@@ -26,7 +26,11 @@ public:
 
     /// Searches. \throws Cancelled when it is interrupted.
     void search();
+    /// Limited to the adapters that the user named.
     const commissioning::Inventory &inventory() const { return m_Inventory; }
+    /// Not limited.
+    commissioning::Inventory everything() const;
+    Corvo::IGigETransportLayer &layer() { return m_Layer; }
 
     /// As it was found; of a hidden camera what the listener saw, of any other its MAC alone.
     Corvo::CQuorelGigEDeviceInfo deviceOf(const std::string &mac);
