@@ -9,7 +9,7 @@
 
 namespace commandline {
 
-enum class Command { List, Show, Doctor, Set, Force, Restart, Name, Rescue };
+enum class Command { List, Show, Doctor, Set, Force, Restart, Name, Rescue, PlanExport, PlanCheck, PlanApply };
 
 /// What the user asked for, checked as far as it can be without looking at the network.
 struct Arguments {
@@ -33,6 +33,10 @@ struct Arguments {
     std::optional<commissioning::Address> mask;
     std::optional<commissioning::Address> gateway;
     std::string name;
+    std::string file; ///< of a plan; "-" for standard input or output
+    bool replacesFile = false;
+    unsigned maxFailures = 3; ///< of cameras, that end a plan; 0 for never
+    bool rollsBack = true;
 };
 
 /// Either what to do, or the exit code of a run that is over: help, version or a mistake.

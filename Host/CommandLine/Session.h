@@ -8,6 +8,7 @@
 #include "commissioning/Context.h"
 #include "commissioning/Diagnosis.h"
 #include "commissioning/FreeAddresses.h"
+#include "commissioning/Journal.h"
 #include "commissioning/Refusals.h"
 
 #include <string>
@@ -25,7 +26,11 @@ public:
 
     /// Searches. \throws Cancelled when it is interrupted.
     void search();
+    /// Limited to the adapters that the user named.
     const commissioning::Inventory &inventory() const { return m_Inventory; }
+    /// Not limited.
+    commissioning::Inventory everything() const;
+    Corvo::IGigETransportLayer &layer() { return m_Layer; }
 
     /// As it was found; of a hidden camera what the listener saw, of any other its MAC alone.
     Corvo::CQuorelGigEDeviceInfo deviceOf(const std::string &mac);
@@ -51,6 +56,7 @@ private:
     commissioning::Inventory m_Inventory; ///< of it, limited to the adapters asked for
     std::optional<commissioning::FreeAddresses> m_FreeAddresses;
     commissioning::Connection m_Connection;
+    commissioning::Journal m_Journal{commissioning::Journal::defaultPath()};
 };
 
 } // namespace commandline

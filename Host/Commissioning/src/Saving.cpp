@@ -4,6 +4,7 @@
 #include "Judgement.h"
 #include "Registers.h"
 #include "ResultText.h"
+#include "Undertake.h"
 #include "Writing.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/Connection.h"
@@ -120,6 +121,14 @@ void Saving::inspect() {
         return true;
     });
     m_Context.interaction.updated(mac.c_str(), std::nullopt);
+}
+
+Result configure(const Context &context, const Change &change) {
+    const bool isStatic = change.mode == Mode::Static;
+    const Settings wanted{change.mode, isStatic ? change.address : 0, isStatic ? change.mask : 0,
+                          isStatic ? change.gateway : 0, change.device.GetUserDefinedName().c_str()};
+    return undertake(context, change.device, "set", wanted,
+                     [&](const Context &inner) { return Saving(inner, change).run(); });
 }
 
 void keepName(const Context &context, const CQuorelGigEDeviceInfo &before, Result *pResult) {

@@ -61,11 +61,4 @@ struct PlanOutcome {
 PlanOutcome apply(Corvo::IGigETransportLayer &layer, const PlanReview &review, const Inventory &inventory,
                   Journal *pJournal, const PlanOptions &options = {});
 
-/// The plan that takes changes of the journal back.
-///
-/// \param entries of the journal that are to be undone. \param inventory of now.
-/// \param isForced undoes also what is no longer as the change left it.
-/// \returns a plan whose problems name what cannot be undone.
-Plan undoOf(const std::vector<JournalEntry> &entries, const Inventory &inventory, bool isForced);
-
 } // namespace commissioning

@@ -44,6 +44,6 @@ private:
 void keepName(const Context &context, const Corvo::CQuorelGigEDeviceInfo &before, Result *pResult);
 
 /// The save as a whole.
-inline Result configure(const Context &context, const Change &change) { return Saving(context, change).run(); }
+Result configure(const Context &context, const Change &change);
 
 } // namespace commissioning
