@@ -6,6 +6,7 @@
 #include "Json.h"
 #include "MinimalCorvo/CorvoBase.h"
 #include "Pages.h"
+#include "Report.h"
 #include "Selection.h"
 #include "Session.h"
 #include "Text.h"
@@ -83,6 +84,8 @@ int carryOut(const Arguments &arguments, const Terminal &terminal) {
         Session session(arguments, terminal, interruption);
         if (arguments.command == Command::Watch)
             return watch(arguments, session, terminal);
+        if (arguments.command == Command::Report)
+            return writeReport(arguments, session, terminal);
         session.search();
         Outcome outcome = carryOut(arguments, session, terminal);
         if (interruption.isRequested())
