@@ -156,6 +156,7 @@ Context Session::context() {
     Context context{m_Layer, m_Diagnosis.devices, m_Connection, m_Interaction, Tracer(category), {}};
     const double rounds = std::ceil(m_Arguments.timeout_s * 1000 / static_cast<double>(context.patience.pause.count()));
     context.patience.rounds = static_cast<int>(rounds);
+    context.journal = &m_Journal;
     return context;
 }
 

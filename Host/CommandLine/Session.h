@@ -8,6 +8,7 @@
 #include "commissioning/Context.h"
 #include "commissioning/Diagnosis.h"
 #include "commissioning/FreeAddresses.h"
+#include "commissioning/Journal.h"
 #include "commissioning/Refusals.h"
 
 #include <string>
@@ -53,6 +54,7 @@ private:
     commissioning::Inventory m_Inventory; ///< of it, limited to the adapters asked for
     std::optional<commissioning::FreeAddresses> m_FreeAddresses;
     commissioning::Connection m_Connection;
+    commissioning::Journal m_Journal{commissioning::Journal::defaultPath()};
 };
 
 } // namespace commandline

@@ -29,8 +29,15 @@ Fate fateOf(const Result &result) {
     return isOpen ? Fate::Unconfirmed : Fate::Failed;
 }
 
-Undertaking::Undertaking(Journal *pJournal, JournalEntry entry)
-    : m_Lock(entry.mac), m_pJournal(pJournal), m_Entry(std::move(entry)) {
+Undertaking::Undertaking(Journal *pJournal, JournalEntry entry, const Undertaking *pWhole,
+                         const std::function<Snapshot()> &before)
+    : m_pJournal(pJournal), m_Entry(std::move(entry)) {
+    if (pWhole)
+        m_Entry.plan = pWhole->entry().plan;
+    else
+        m_Lock.emplace(m_Entry.mac);
+    if (before)
+        m_Entry.before = before();
     if (!m_pJournal)
         return;
     try {
