@@ -194,8 +194,8 @@ private:
 };
 
 std::string pathOf(const Arguments &arguments) {
-    if (!arguments.report.empty())
-        return arguments.report;
+    if (!arguments.file.empty())
+        return arguments.file;
     std::string time = timeText(std::chrono::system_clock::now());
     time.erase(std::remove_if(time.begin(), time.end(), [](char c) { return c == ':' || c == '-'; }), time.end());
     return "lanvane-report-" + (arguments.redact ? "redacted" : hostName()) + "-" + time + ".zip";

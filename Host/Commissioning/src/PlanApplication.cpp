@@ -3,9 +3,9 @@
 #include "PlanTask.h"
 #include "PlanVerifier.h"
 #include "PlanWriter.h"
-#include "SideBySide.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Search.h"
+#include "commissioning/SideBySide.h"
 
 namespace commissioning {
 
