@@ -5,7 +5,7 @@
 #include "PlanWriter.h"
 #include "Registers.h"
 #include "ResultText.h"
-#include "SideBySide.h"
+#include "commissioning/SideBySide.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Search.h"
 
