@@ -1,10 +1,10 @@
 #include "PlanRollback.h"
 
 #include "PlanWriter.h"
-#include "commissioning/SideBySide.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Search.h"
+#include "commissioning/SideBySide.h"
 
 namespace commissioning {
 
@@ -144,6 +144,7 @@ void PlanRollback::prepare(PlanMember &member) {
         back.change.device = *heard;
     else if (now)
         back.change.device = *now;
+    back.isHeard = heard != nullptr;
     const Camera camera = cameraOf(back.change.device);
     back.isReadable = heard && camera.status == Status::Ok && !isTaken(camera.address, camera.mac, {});
 }
