@@ -13,10 +13,12 @@
 #include "commissioning/CameraDump.h"
 #include "commissioning/Journal.h"
 #include "commissioning/SideBySide.h"
+#include "commissioning/Words.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <sys/stat.h>
 #include <system_error>
 
@@ -102,7 +104,7 @@ public:
         Inventory inventory = m_Session.inventory();
         std::string readme = Readme;
         if (m_Arguments.redact) {
-            Redaction redaction(inventory, host);
+            Redaction redaction(m_Session.diagnosis().observation, host);
             addHost([&](const std::string &text) { return redaction.hostText(text); });
             inventory = redaction.of(std::move(inventory));
             readme += ReadmeOfRedacted;
@@ -143,6 +145,8 @@ private:
     }
 
     void addLogs() {
+        if (std::getenv("GENICAM_LOG_CONFIG"))
+            remark("GENICAM_LOG_CONFIG is set: the trace log may be elsewhere.");
         const std::string journal = Journal::defaultPath();
         const std::string folder = journal.substr(0, journal.rfind('/') + 1);
         for (const char *name : {"trace.log", "trace.log.1", "changes.jsonl"}) {
@@ -160,6 +164,8 @@ private:
         for (const Camera &camera : inventory.cameras) {
             if (camera.status == Status::Ok || camera.status == Status::InUse)
                 devices.push_back(m_Session.deviceOf(camera.mac));
+            else
+                remark("cameras/" + camera.mac + ": not read, as its state is " + toText(camera.status));
         }
         const Clock::time_point end = Clock::now() + MaxTime;
         sideBySide(devices.size(), std::min(MaxAtOnce, spareDescriptors()), [&](std::size_t index) {
