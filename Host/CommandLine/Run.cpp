@@ -73,7 +73,7 @@ void report(const Arguments &arguments, const Outcome &outcome, const Session &s
         return;
     }
     terminal.print(page(arguments, outcome, session, terminal));
-    if (!outcome.error.empty() && outcome.changes.empty())
+    if (!outcome.error.empty() && (outcome.changes.empty() || outcome.plan)) // else it is the error of a change
         terminal.complain(outcome.error);
 }
 
