@@ -71,8 +71,6 @@ Session::~Session() {
     Corvo::CTlFactory::GetInstance().ReleaseTl(&m_Layer);
 }
 
-Inventory Session::everything() const { return inventoryOf(m_Diagnosis); }
-
 void Session::search(DiagnosisOptions options) {
     m_Terminal.progress("Searching for cameras...");
     options.measuresQuiet = m_Arguments.command == Command::Doctor || m_Arguments.command == Command::Report;
