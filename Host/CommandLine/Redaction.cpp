@@ -40,17 +40,19 @@ bool isWholeAt(std::size_t at, const std::string &text, const std::string &word)
 
 } // namespace
 
-Redaction::Redaction(const Inventory &inventory, const std::string &host) {
+Redaction::Redaction(const Observation &observation, const std::string &host) {
     std::iota(m_FirstBytes.begin(), m_FirstBytes.end(), std::uint8_t{0});
     std::shuffle(m_FirstBytes.begin() + 1, m_FirstBytes.begin() + Loopback, m_Random);
     std::shuffle(m_FirstBytes.begin() + Loopback + 1, m_FirstBytes.begin() + Multicast, m_Random);
-    for (const Adapter &adapter : inventory.adapters)
+    for (const Adapter &adapter : observation.adapters)
         macFor(adapter.mac);
-    for (const Camera &camera : inventory.cameras) {
+    for (const Camera &camera : observation.cameras) {
         macFor(camera.mac);
         addWord("SERIAL", camera.serial);
         addWord("NAME", camera.name);
     }
+    for (const Answer &answer : observation.answers) // of two cameras with one MAC both
+        addWord("SERIAL", answer.serial);
     addWord("HOST", host);
     m_Host = host;
 }
@@ -147,8 +149,9 @@ std::size_t Redaction::replaceAt(std::size_t at, const std::string &text, const 
     static const std::regex mac("[0-9A-Fa-f]{2}([:-]?)[0-9A-Fa-f]{2}(\\1[0-9A-Fa-f]{2}){4}");
     if (std::isxdigit(static_cast<unsigned char>(text[at])) != 0) {
         const std::string digits = matchAt(at, text, mac);
-        // Without separators it may be any number.
-        if (digits.size() > 12 || m_Macs.count(macFrom(digits)) != 0) {
+        // Without separators it may be any number; "enx" names adapters after what their MAC was once.
+        const bool isName = at >= 3 && text.compare(at - 3, 3, "enx") == 0;
+        if (digits.size() > 12 || (isName && !digits.empty()) || m_Macs.count(macFrom(digits)) != 0) {
             *pResult += macFor(macFrom(digits), digits.size() > 12 ? digits.substr(2, 1) : "");
             return digits.size();
         }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "commissioning/Inventory.h"
+#include "commissioning/Findings.h"
 
 #include <array>
 #include <cstdint>
@@ -17,8 +17,8 @@ namespace commandline {
 /// what is known to this object alone. Nothing must go through it twice.
 class Redaction {
 public:
-    /// \param inventory whose cameras' serial numbers and names are replaced. \param host its name.
-    Redaction(const commissioning::Inventory &inventory, const std::string &host);
+    /// \param observation whose cameras' serial numbers and names are replaced. \param host its name.
+    Redaction(const commissioning::Observation &observation, const std::string &host);
 
     commissioning::Inventory of(commissioning::Inventory inventory);
     /// Of a text that cameras have no part in: their words are common ones, perhaps.

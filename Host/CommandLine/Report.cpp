@@ -12,11 +12,12 @@
 #include "commissioning/AddressText.h"
 #include "commissioning/CameraDump.h"
 #include "commissioning/Journal.h"
-#include "commissioning/SideBySide.h"
+#include "commissioning/Words.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <sys/stat.h>
 #include <system_error>
 
@@ -30,7 +31,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t MaxBytes = 64u << 20;
 constexpr std::size_t MaxLogBytes = 8u << 20; // of each file
-constexpr std::size_t MaxAtOnce = 16;         // cameras, so that descriptions do not crowd each other's links
 constexpr std::chrono::seconds MaxTime{60};   // after which no further camera is begun
 
 const char *const Readme = R"(Report of lanvanectl on cameras and their network
@@ -102,7 +102,7 @@ public:
         Inventory inventory = m_Session.inventory();
         std::string readme = Readme;
         if (m_Arguments.redact) {
-            Redaction redaction(inventory, host);
+            Redaction redaction(m_Session.diagnosis().observation, host);
             addHost([&](const std::string &text) { return redaction.hostText(text); });
             inventory = redaction.of(std::move(inventory));
             readme += ReadmeOfRedacted;
@@ -143,6 +143,8 @@ private:
     }
 
     void addLogs() {
+        if (std::getenv("GENICAM_LOG_CONFIG"))
+            remark("GENICAM_LOG_CONFIG is set: the trace log may be elsewhere.");
         const std::string journal = Journal::defaultPath();
         const std::string folder = journal.substr(0, journal.rfind('/') + 1);
         for (const char *name : {"trace.log", "trace.log.1", "changes.jsonl"}) {
@@ -160,22 +162,23 @@ private:
         for (const Camera &camera : inventory.cameras) {
             if (camera.status == Status::Ok || camera.status == Status::InUse)
                 devices.push_back(m_Session.deviceOf(camera.mac));
-        }
-        const Clock::time_point end = Clock::now() + MaxTime;
-        sideBySide(devices.size(), std::min(MaxAtOnce, spareDescriptors()), [&](std::size_t index) {
-            if (Clock::now() < end)
-                addCamera(devices[index]);
             else
-                remark("Left out, as it took too long: the registers of " +
-                       std::string(devices[index].GetMacAddress()));
+                remark("cameras/" + camera.mac + ": not read, as its state is " + toText(camera.status));
+        }
+        std::vector<char> isRead(devices.size());
+        dumpCameras(devices, Clock::now() + MaxTime, [&](std::size_t index, const CameraDump &dump) {
+            isRead[index] = 1;
+            addDump("cameras/" + macOf(devices[index]) + "/", dump);
         });
+        for (std::size_t i = 0; i < devices.size(); ++i) {
+            if (!isRead[i])
+                remark("cameras/" + macOf(devices[i]) + ": not read, as the others took too long");
+        }
     }
 
-    void addCamera(const Corvo::CQuorelGigEDeviceInfo &device) {
-        if (Gx::CStopScope::IsStopRequested())
-            return;
-        const CameraDump dump = dumpOf(device);
-        const std::string folder = std::string("cameras/") + device.GetMacAddress().c_str() + "/";
+    static std::string macOf(const Corvo::CQuorelGigEDeviceInfo &device) { return device.GetMacAddress().c_str(); }
+
+    void addDump(const std::string &folder, const CameraDump &dump) {
         if (!dump.registers.empty())
             add(folder + "registers.txt", registersText(dump.registers));
         if (!dump.description.empty())

@@ -3,8 +3,11 @@
 #include "Base/GCException.h"
 #include "MinimalCorvoGigETL/ControlChannelPtr.h"
 #include "MinimalCorvoGigETL/XmlFileProvider.h"
+#include "SideBySide.h"
 #include "gxapi/Enumerator.h"
+#include "gxapi/StopToken.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <netinet/in.h>
@@ -82,6 +85,23 @@ std::vector<RegisterDump> readRegisters(const Corvo::CQuorelGigEDeviceInfo &devi
     return dump;
 }
 
+CameraDump dumpOf(const Corvo::CQuorelGigEDeviceInfo &device) {
+    CameraDump dump;
+    dump.registers = readRegisters(device);
+    if (dump.registers.empty()) {
+        dump.problem = "The camera could not be connected to.";
+        return dump;
+    }
+    try {
+        const Corvo::XmlFileProviderPrivateImpl provider{std::chrono::seconds(10)};
+        provider.ProvideXmlFileRaw(device, dump.description);
+    } catch (const GenICam::GenericException &error) {
+        dump.description.clear();
+        dump.problem = error.GetDescription();
+    }
+    return dump;
+}
+
 /// Keeps what a discovery hears.
 class Recorder : public Gx::Enumerator::Callee {
 public:
@@ -113,21 +133,13 @@ public:
 
 } // namespace
 
-CameraDump dumpOf(const Corvo::CQuorelGigEDeviceInfo &device) {
-    CameraDump dump;
-    dump.registers = readRegisters(device);
-    if (dump.registers.empty()) {
-        dump.problem = "The camera could not be connected to.";
-        return dump;
-    }
-    try {
-        const Corvo::XmlFileProviderPrivateImpl provider{std::chrono::seconds(10)};
-        provider.ProvideXmlFileRaw(device, dump.description);
-    } catch (const GenICam::GenericException &error) {
-        dump.description.clear();
-        dump.problem = error.GetDescription();
-    }
-    return dump;
+void dumpCameras(const std::vector<Corvo::CQuorelGigEDeviceInfo> &devices, std::chrono::steady_clock::time_point end,
+                 const std::function<void(std::size_t index, const CameraDump &dump)> &read) {
+    constexpr std::size_t MaxAtOnce = 16; // so that descriptions do not crowd each other's links
+    sideBySide(devices.size(), std::min(MaxAtOnce, spareDescriptors()), [&](std::size_t index) {
+        if (std::chrono::steady_clock::now() < end && !Gx::CStopScope::IsStopRequested())
+            read(index, dumpOf(devices[index]));
+    });
 }
 
 std::map<std::string, std::vector<Acknowledge>> acknowledges(const std::vector<Address> &ask) {

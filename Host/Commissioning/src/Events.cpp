@@ -122,10 +122,12 @@ std::vector<Event> Watcher::compare(const Inventory &found) {
 
 void Watcher::compareCameras(const Inventory &found, std::vector<Event> *pEvents) {
     std::set<std::string> ambiguous;
-    for (const Finding &finding : found.findings) {
+    const auto look = [&](const Finding &finding) {
         if (finding.code == "duplicate-mac")
             ambiguous.insert(finding.camera);
-    }
+    };
+    std::for_each(found.findings.begin(), found.findings.end(), look);
+    std::for_each(m_Present.findings.begin(), m_Present.findings.end(), look);
     std::set<std::string> seen;
     for (const Camera &camera : found.cameras) {
         if (!seen.insert(camera.mac).second)

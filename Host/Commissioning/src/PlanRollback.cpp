@@ -1,10 +1,10 @@
 #include "PlanRollback.h"
 
 #include "PlanWriter.h"
+#include "SideBySide.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Search.h"
-#include "commissioning/SideBySide.h"
 
 namespace commissioning {
 

@@ -2,9 +2,9 @@
 
 #include "PlanRollback.h"
 #include "PlanWriter.h"
+#include "SideBySide.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
-#include "commissioning/SideBySide.h"
 
 #include <map>
 

@@ -5,9 +5,9 @@
 #include "PlanWriter.h"
 #include "Registers.h"
 #include "ResultText.h"
+#include "SideBySide.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Search.h"
-#include "commissioning/SideBySide.h"
 
 #include <algorithm>
 #include <thread>

@@ -6,7 +6,7 @@
 #include "MinimalCorvoGigETL/EnumCallee.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 #include "Registers.h"
-#include "commissioning/SideBySide.h"
+#include "SideBySide.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
 #include "gxapi/StopToken.h"

@@ -1,4 +1,4 @@
-#include "commissioning/SideBySide.h"
+#include "SideBySide.h"
 
 #include "gxapi/StopToken.h"
 

@@ -3,7 +3,9 @@
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 #include "commissioning/Inventory.h"
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -24,9 +26,12 @@ struct CameraDump {
     std::string problem;                   ///< why there is no description
 };
 
-/// Reads a camera without taking control of it, which one that somebody controls exclusively refuses. Takes 15 s at
-/// most. Never throws for what the camera does. Any thread may call.
-CameraDump dumpOf(const Corvo::CQuorelGigEDeviceInfo &device);
+/// Reads cameras, several side by side, without taking control of them, which one that somebody controls exclusively
+/// refuses. A camera takes 15 s at most; none is begun after \p end, and none after a stop that is requested by the
+/// calling thread's token (Gx::CStopScope). Never throws for what a camera does.
+/// \param read told each camera that was read, by its index, on several threads.
+void dumpCameras(const std::vector<Corvo::CQuorelGigEDeviceInfo> &devices, std::chrono::steady_clock::time_point end,
+                 const std::function<void(std::size_t index, const CameraDump &dump)> &read);
 
 /// The payload of a DISCOVERY_ACK.
 struct Acknowledge {
