@@ -9,7 +9,7 @@
 
 namespace commandline {
 
-enum class Command { List, Show, Doctor, Set, Force, Restart, Name, Rescue };
+enum class Command { List, Show, Doctor, Set, Force, Restart, Name, Rescue, Watch, Report };
 
 /// What the user asked for, checked as far as it can be without looking at the network.
 struct Arguments {
@@ -33,6 +33,11 @@ struct Arguments {
     std::optional<commissioning::Address> mask;
     std::optional<commissioning::Address> gateway;
     std::string name;
+    double interval_s = 30; ///< of a watch
+    std::string plan;       ///< file; empty for none, as the next two
+    std::string metrics;
+    std::string report; ///< empty for a name of its own
+    bool redact = false;
 };
 
 /// Either what to do, or the exit code of a run that is over: help, version or a mistake.

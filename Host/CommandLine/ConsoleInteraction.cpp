@@ -1,6 +1,5 @@
 #include "ConsoleInteraction.h"
 
-#include "Base/GCException.h"
 #include "commissioning/AddressText.h"
 
 using namespace commissioning;
@@ -23,18 +22,6 @@ const char *textOf(Step step) {
         break;
     }
     return "waiting until it is back";
-}
-
-std::string textOf(const std::exception_ptr &error) {
-    try {
-        std::rethrow_exception(error);
-    } catch (const GenICam::GenericException &genicam) {
-        return genicam.GetDescription();
-    } catch (const std::exception &other) {
-        return other.what();
-    } catch (...) {
-        return "Unknown exception occurred";
-    }
 }
 
 } // namespace
@@ -72,7 +59,7 @@ std::optional<TemporaryAddress> ConsoleInteraction::askTemporaryAddress(const Ad
 }
 
 void ConsoleInteraction::failure(const char * /*context*/, const std::exception_ptr &error, const char *attempted) {
-    m_LastFailure = (attempted ? std::string(attempted) + ": " : std::string()) + textOf(error);
+    m_LastFailure = (attempted ? std::string(attempted) + ": " : std::string()) + failureText(error);
 }
 
 } // namespace commandline

@@ -9,6 +9,7 @@
 #include "Selection.h"
 #include "Session.h"
 #include "Text.h"
+#include "Watch.h"
 
 #include <cstdlib>
 #include <exception>
@@ -80,6 +81,8 @@ int carryOut(const Arguments &arguments, const Terminal &terminal) {
     const Library library;
     try {
         Session session(arguments, terminal, interruption);
+        if (arguments.command == Command::Watch)
+            return watch(arguments, session, terminal);
         session.search();
         Outcome outcome = carryOut(arguments, session, terminal);
         if (interruption.isRequested())

@@ -70,15 +70,16 @@ Session::~Session() {
     Corvo::CTlFactory::GetInstance().ReleaseTl(&m_Layer);
 }
 
-void Session::search() {
+void Session::search(DiagnosisOptions options) {
     m_Terminal.progress("Searching for cameras...");
-    DiagnosisOptions options;
-    options.measuresQuiet = m_Arguments.command == Command::Doctor;
+    options.measuresQuiet = m_Arguments.command == Command::Doctor || m_Arguments.command == Command::Report;
     options.search.ask = m_Arguments.ask;
     std::size_t count = 0;
     std::size_t judged = 0;
     options.search.found = [&](const Corvo::DeviceInfoList &devices) { count = devices.size(); };
-    options.search.judged = [&](const Corvo::CDeviceInfo &) {
+    options.search.judged = [&, told = options.search.judged](const Corvo::CDeviceInfo &device) {
+        if (told)
+            told(device);
         m_Terminal.progress(std::to_string(++judged) + " of " + std::to_string(count) + " cameras asked...");
     };
     const Gx::CStopScope stoppable(&m_Interruption.token());
@@ -155,6 +156,7 @@ Context Session::context() {
     Context context{m_Layer, m_Diagnosis.devices, m_Connection, m_Interaction, Tracer(category), {}};
     const double rounds = std::ceil(m_Arguments.timeout_s * 1000 / static_cast<double>(context.patience.pause.count()));
     context.patience.rounds = static_cast<int>(rounds);
+    context.journal = &m_Journal;
     return context;
 }
 

@@ -8,6 +8,7 @@
 #include "commissioning/Context.h"
 #include "commissioning/Diagnosis.h"
 #include "commissioning/FreeAddresses.h"
+#include "commissioning/Journal.h"
 #include "commissioning/Refusals.h"
 
 #include <string>
@@ -24,7 +25,9 @@ public:
     Session &operator=(const Session &) = delete;
 
     /// Searches. \throws Cancelled when it is interrupted.
-    void search();
+    void search(commissioning::DiagnosisOptions options = {});
+    /// The last search, with what is about other adapters than those asked for.
+    const commissioning::Diagnosis &diagnosis() const { return m_Diagnosis; }
     const commissioning::Inventory &inventory() const { return m_Inventory; }
 
     /// As it was found; of a hidden camera what the listener saw, of any other its MAC alone.
@@ -51,6 +54,7 @@ private:
     commissioning::Inventory m_Inventory; ///< of it, limited to the adapters asked for
     std::optional<commissioning::FreeAddresses> m_FreeAddresses;
     commissioning::Connection m_Connection;
+    commissioning::Journal m_Journal{commissioning::Journal::defaultPath()};
 };
 
 } // namespace commandline

@@ -18,6 +18,8 @@ public:
     ~Descriptor() { reset(); }
 
     int get() const { return m_Descriptor; }
+    /// \returns what the caller has to close.
+    int release() { return std::exchange(m_Descriptor, -1); }
     void reset() {
         if (m_Descriptor >= 0)
             close(std::exchange(m_Descriptor, -1));

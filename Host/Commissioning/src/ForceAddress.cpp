@@ -1,6 +1,7 @@
 #include "commissioning/ForceAddress.h"
 
 #include "Base/GCException.h"
+#include "Undertake.h"
 #include "commissioning/AddressRules.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
@@ -63,27 +64,27 @@ void takeOver(const Context &context, const TemporaryAddress &entered) {
     context.interaction.updated(entered.mac, entered.address);
 }
 
-Attempt forceAndAwait(const Context &context, const TemporaryAddress &entered, Address *pForced, std::string *pReason) {
+Attempt forceAndAwait(const Context &context, const TemporaryAddress &entered, Result *pResult, std::string *pReason) {
     const char *const mac = entered.mac.c_str();
     const auto indication = context.interaction.begin(Step::Force);
     context.trace.progress("Now forcing IP for MAC=%s. Retries remaining=%i.", mac, 0);
+    pResult->path = Path::Force;
     sendForcedAddress(context, entered);
     context.trace.progress("Successfully forced IP for MAC=%s.", mac);
-    const std::optional<CQuorelGigEDeviceInfo> back = waitForDevice(context, entered.mac, entered.address);
-    if (back && currentAddressOf(*back) != entered.address) {
-        *pReason = stillAt(*back, "The camera acknowledged but");
+    pResult->addresses = Delivery::Acknowledged;
+    pResult->now = waitForDevice(context, entered.mac, entered.address);
+    if (pResult->now && currentAddressOf(*pResult->now) != entered.address) {
+        *pReason = stillAt(*pResult->now, "The camera acknowledged but");
         return Attempt::AskAgain;
     }
-    if (pForced)
-        *pForced = entered.address;
     takeOver(context, entered);
-    return back ? Attempt::Done : Attempt::Failed;
+    return pResult->now ? Attempt::Done : Attempt::Failed;
 }
 
-Attempt attempt(const Context &context, const TemporaryAddress &entered, Address *pForced, std::string *pReason) {
+Attempt attempt(const Context &context, const TemporaryAddress &entered, Result *pResult, std::string *pReason) {
     const char *const mac = entered.mac.c_str();
     try {
-        return forceAndAwait(context, entered, pForced, pReason);
+        return forceAndAwait(context, entered, pResult, pReason);
     } catch (const GenICam::GenericException &error) {
         context.trace.error("Failed to force IP for MAC=%s. Err='%s'", mac, error.GetDescription());
         context.interaction.failure("forceIp", std::current_exception(), nullptr);
@@ -97,7 +98,35 @@ Attempt attempt(const Context &context, const TemporaryAddress &entered, Address
     }
 }
 
+/// Each address that is tried has an entry in the journal.
+Attempt undertakeAttempt(const Context &context, const TemporaryAddress &entered, Address *pForced,
+                         std::string *pReason) {
+    CQuorelGigEDeviceInfo device;
+    device.SetMacAddress(entered.mac.c_str());
+    if (const CDeviceInfo *known = findByMac(context.devices, entered.mac))
+        device = *known;
+    Attempt reached = Attempt::Failed;
+    const char *const what = context.undertaking ? "temporary" : "force";
+    const Result result = undertake(context, device, what, settingsAt(device, entered), [&](const Context &inner) {
+        Result forced;
+        reached = attempt(inner, entered, &forced, pReason);
+        forced.success = reached == Attempt::Done;
+        forced.text = *pReason;
+        return forced;
+    });
+    if (result.addresses == Delivery::Acknowledged && pForced && reached != Attempt::AskAgain)
+        *pForced = entered.address;
+    if (!result.refused)
+        return reached;
+    *pReason = result.text;
+    return Attempt::AskAgain;
+}
+
 } // namespace
+
+Settings settingsAt(const CQuorelGigEDeviceInfo &device, const TemporaryAddress &address) {
+    return {modeOf(device), address.address, address.mask, address.gateway, device.GetUserDefinedName().c_str()};
+}
 
 bool forceAddress(const Context &context, const ForceRequest &request, Address *pForced) {
     AddressQuestion question = questionOf(request);
@@ -120,7 +149,7 @@ bool forceAddress(const Context &context, const ForceRequest &request, Address *
         }
         context.trace.debug("Forcing IP configuration for MAC: '%s' with IP: '%s'; Subnet: '%s'; Default Gateway: '%s'",
                             mac, ip.c_str(), toText(entered->mask).c_str(), toText(entered->gateway).c_str());
-        const Attempt result = attempt(context, *entered, pForced, &question.reason);
+        const Attempt result = undertakeAttempt(context, *entered, pForced, &question.reason);
         if (result != Attempt::AskAgain)
             return result == Attempt::Done;
     }

@@ -1,6 +1,8 @@
 #include "HolderProcess.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -28,13 +30,15 @@ bool hasSocket(const fs::path &process, const std::string &link) {
     return false;
 }
 
-std::string nameOf(const fs::path &process) {
-    std::string name = textOf(process / "comm");
+} // namespace
+
+std::string processName(int id) {
+    std::string name = textOf(fs::path("/proc") / std::to_string(id) / "comm");
     name.erase(name.find_last_not_of('\n') + 1);
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char byte) { return std::iscntrl(byte) != 0; }, '?');
     return name;
 }
-
-} // namespace
 
 std::string inodeOf(Address address, std::uint16_t port, const std::string &table) {
     std::istringstream lines(table);
@@ -65,7 +69,7 @@ std::optional<Process> processOf(Address address, std::uint16_t port) {
     for (const fs::directory_entry &entry : fs::directory_iterator("/proc", error)) {
         const std::string name = entry.path().filename();
         if (name.find_first_not_of("0123456789") == std::string::npos && hasSocket(entry.path(), link))
-            return Process{std::stoi(name), nameOf(entry.path())};
+            return Process{std::stoi(name), processName(std::stoi(name))};
     }
     return std::nullopt;
 }

@@ -1,5 +1,6 @@
 #include "commissioning/Rescue.h"
 
+#include "Undertake.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Saving.h"
@@ -25,6 +26,21 @@ Change changeOf(const RescuePlan &plan, const Result &forced) {
     return change;
 }
 
+Result forceAndStore(const Context &context, const RescuePlan &plan) {
+    const std::string mac = plan.device.GetMacAddress().c_str();
+    Result forced = forceAddressTo(context, plan.device, {mac, plan.address, plan.mask, 0});
+    if (forced.path == Path::None)
+        return forced;
+    Result stored = configure(context, changeOf(plan, forced));
+    if (stored.path != Path::None)
+        return stored;
+    // It was stopped in between: what has been sent counts.
+    forced.success = false;
+    forced.text = "The address " + toText(plan.address) + " was forced, but nothing was stored." +
+                  (forced.text.empty() ? "" : " " + forced.text);
+    return forced;
+}
+
 } // namespace
 
 std::string refusalOf(const RescuePlan &plan, const AddressSurroundings &around) {
@@ -39,18 +55,11 @@ Result rescue(const Context &context, const RescuePlan &plan, const AddressSurro
     const std::string reason = refusalOf(plan, around);
     if (!reason.empty())
         return Result::refusal(reason);
-    const std::string mac = plan.device.GetMacAddress().c_str();
-    Result forced = forceAddressTo(context, plan.device, {mac, plan.address, plan.mask, 0});
-    if (forced.path == Path::None)
-        return forced;
-    Result stored = configure(context, changeOf(plan, forced));
-    if (stored.path != Path::None)
-        return stored;
-    // It was stopped in between: what has been sent counts.
-    forced.success = false;
-    forced.text = "The address " + toText(plan.address) + " was forced, but nothing was stored." +
-                  (forced.text.empty() ? "" : " " + forced.text);
-    return forced;
+    const bool isStatic = plan.mode == Mode::Static;
+    const Settings wanted{plan.mode, isStatic ? plan.address : 0, isStatic ? plan.mask : 0, 0,
+                          plan.device.GetUserDefinedName().c_str()};
+    return undertake(context, plan.device, "rescue", wanted,
+                     [&](const Context &inner) { return forceAndStore(inner, plan); });
 }
 
 } // namespace commissioning

@@ -26,12 +26,11 @@ Part modePart(const Change &change, const Result &result) {
 }
 
 Part addressPart(const Change &change, const Result &result) {
-    if (change.mode != Mode::Static || !change.hasAddressChanges())
+    if (!change.storesAddresses() || !change.hasAddressChanges())
         return Part::Unasked;
     if (!result.stored)
         return delivered(result.addresses);
-    return *result.stored == StoredAddresses{change.address, change.mask, change.gateway} ? Part::Stored
-                                                                                          : Part::Missing;
+    return *result.stored == change.wanted() ? Part::Stored : Part::Missing;
 }
 
 bool isEither(Part a, Part b, Part wanted) { return a == wanted || b == wanted; }

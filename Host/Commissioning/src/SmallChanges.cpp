@@ -4,6 +4,7 @@
 #include "GenApi/GenApi.h"
 #include "MinimalCorvoGigETL/ControlChannelPtr.h"
 #include "MinimalCorvoGigETL/GxStatusException.h"
+#include "Undertake.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/Connection.h"
 #include "commissioning/DeviceInfos.h"
@@ -80,11 +81,7 @@ std::optional<CQuorelGigEDeviceInfo> giveAddressBack(const Context &context, con
     return waitForDevice(context, device.GetMacAddress().c_str(), currentAddressOf(device));
 }
 
-} // namespace
-
-Result restart(const Context &context, const CQuorelGigEDeviceInfo &device) {
-    if (const std::string reason = refusalOfHolder(device); !reason.empty())
-        return Result::refusal(reason);
+Result restartAndAwait(const Context &context, const CQuorelGigEDeviceInfo &device) {
     Result result;
     result.path = Path::Force;
     context.guarded("restart", [&] {
@@ -110,11 +107,7 @@ Result restart(const Context &context, const CQuorelGigEDeviceInfo &device) {
     return result;
 }
 
-Result rename(const Context &context, const CQuorelGigEDeviceInfo &device, const std::string &name) {
-    if (name.size() > NameBytes)
-        return Result::refusal("A name has at most 16 bytes.");
-    if (const std::string reason = refusalOfHolder(device); !reason.empty())
-        return Result::refusal(reason);
+Result writeAndVerifyName(const Context &context, const CQuorelGigEDeviceInfo &device, const std::string &name) {
     Result result;
     context.guarded("rename", [&] {
         const std::string adapter; // nobody is asked for a better address than one of the right subnet
@@ -135,9 +128,7 @@ Result rename(const Context &context, const CQuorelGigEDeviceInfo &device, const
     return result;
 }
 
-Result forceAddressTo(const Context &context, const CQuorelGigEDeviceInfo &device, const TemporaryAddress &address) {
-    if (const std::string reason = refusalOfHolder(device); !reason.empty())
-        return Result::refusal(reason);
+Result forceAndVerify(const Context &context, const TemporaryAddress &address) {
     Result result;
     context.guarded("forceIp", [&] {
         const auto indication = context.interaction.begin(Step::Force);
@@ -157,6 +148,33 @@ Result forceAddressTo(const Context &context, const CQuorelGigEDeviceInfo &devic
         result.text = result.now ? "The camera has the address " + toText(currentAddressOf(*result.now)) + "."
                                  : "The address was sent, but the camera does not answer the search.";
     return result;
+}
+
+} // namespace
+
+Result restart(const Context &context, const CQuorelGigEDeviceInfo &device) {
+    if (const std::string reason = refusalOfHolder(device); !reason.empty())
+        return Result::refusal(reason);
+    return undertake(context, device, "restart", settingsOf(cameraOf(device)),
+                     [&](const Context &inner) { return restartAndAwait(inner, device); });
+}
+
+Result rename(const Context &context, const CQuorelGigEDeviceInfo &device, const std::string &name) {
+    if (name.size() > NameBytes)
+        return Result::refusal("A name has at most 16 bytes.");
+    if (const std::string reason = refusalOfHolder(device); !reason.empty())
+        return Result::refusal(reason);
+    Settings wanted = settingsOf(cameraOf(device));
+    wanted.name = name;
+    return undertake(context, device, "name", wanted,
+                     [&](const Context &inner) { return writeAndVerifyName(inner, device, name); });
+}
+
+Result forceAddressTo(const Context &context, const CQuorelGigEDeviceInfo &device, const TemporaryAddress &address) {
+    if (const std::string reason = refusalOfHolder(device); !reason.empty())
+        return Result::refusal(reason);
+    return undertake(context, device, "force", settingsAt(device, address),
+                     [&](const Context &inner) { return forceAndVerify(inner, address); });
 }
 
 } // namespace commissioning

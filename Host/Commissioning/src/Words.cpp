@@ -1,5 +1,8 @@
 #include "commissioning/Words.h"
 
+#include "commissioning/Journal.h"
+#include "commissioning/Result.h"
+
 namespace commissioning {
 
 const char *toText(Mode mode) {
@@ -54,6 +57,36 @@ const char *toText(LinkKind kind) {
         break;
     }
     return "virtual";
+}
+
+const char *toText(Path path) {
+    switch (path) {
+    case Path::Broadcast:
+        return "broadcast";
+    case Path::Unicast:
+        return "unicast";
+    case Path::Force:
+        return "force";
+    case Path::None:
+        break;
+    }
+    return "none";
+}
+
+const char *toText(Fate fate) {
+    switch (fate) {
+    case Fate::Done:
+        return "done";
+    case Fate::Failed:
+        return "failed";
+    case Fate::Unconfirmed:
+        return "unconfirmed";
+    case Fate::RolledBack:
+        return "rolled-back";
+    case Fate::Open:
+        break;
+    }
+    return "open";
 }
 
 } // namespace commissioning

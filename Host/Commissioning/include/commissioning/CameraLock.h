@@ -22,7 +22,8 @@ private:
 /// of an older version takes none.
 class CameraLock {
 public:
-    /// \param mac 12 hexadecimal digits. \throws CameraBusy, whose text names the process; std::system_error.
+    /// \param mac 12 hexadecimal digits in any spelling. \throws CameraBusy, whose text names the process;
+    /// std::runtime_error for what is no MAC or when the host lacks descriptors.
     explicit CameraLock(const std::string &mac);
     ~CameraLock();
     CameraLock(const CameraLock &) = delete;

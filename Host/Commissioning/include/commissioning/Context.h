@@ -12,6 +12,7 @@ namespace commissioning {
 
 class Connection;
 class Journal;
+class Undertaking;
 
 /// How long a camera may take to come back after its IP cycle was restarted.
 struct RediscoveryPatience {
@@ -28,7 +29,9 @@ struct Context {
     Interaction &interaction;
     Tracer trace{tracelog::INVALID_CATEGORY};
     RediscoveryPatience patience;
-    Journal *journal = nullptr; ///< of what is changed; null for none, as in tests
+    /// Of what is changed: each operation is one undertaking then. Null for none, as in tests; nothing is locked then.
+    Journal *journal = nullptr;
+    const Undertaking *undertaking = nullptr; ///< what this is a step of, which has the camera's lock; null for none
 
     /// Runs a part of an operation and hands what it throws to the interaction. \returns false then.
     template <class Work> bool guarded(const char *context, Work work, const char *attempted = nullptr) const {

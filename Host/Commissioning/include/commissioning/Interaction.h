@@ -31,6 +31,9 @@ struct TemporaryAddress {
     Address gateway = 0;
 };
 
+/// What a failure says, for people.
+std::string failureText(const std::exception_ptr &error);
+
 /// Whoever started an operation: told how it goes, asked what only people know. Every function is called on the thread
 /// of the operation, which waits for its return. What one throws ends the operation as any failure does.
 class Interaction {

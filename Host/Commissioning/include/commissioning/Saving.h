@@ -25,23 +25,12 @@ public:
 
 private:
     bool sendBroadcast();
-    bool traceBroadcast() const;
     bool sendUnicast();
-    void writeToOpenDevice();
-    void writeMode();
-    void writeAddresses();
-    void rememberMode();
-    void rememberAddresses();
     /// \returns whether the camera came back at all.
     bool restartAndAwait();
     Address expectedAddress() const;
-    bool hasMode() const;
-    bool hasAddress() const;
-    bool hasTaken() const;
-    bool isStored() const;
     /// Of the camera that is back.
     bool verify();
-    void keepName();
     void readBack();
     void inspect();
 
@@ -50,7 +39,11 @@ private:
     Result m_Result;
 };
 
+/// The vendor command carries a name field that is left empty, which some cameras take for a name: writes it back.
+/// \param before the camera as it was. \param pResult of the camera that is back; told when the name is lost.
+void keepName(const Context &context, const Corvo::CQuorelGigEDeviceInfo &before, Result *pResult);
+
 /// The save as a whole.
-inline Result configure(const Context &context, const Change &change) { return Saving(context, change).run(); }
+Result configure(const Context &context, const Change &change);
 
 } // namespace commissioning

@@ -12,7 +12,8 @@ commissioning::Context IpConfigurationWidget::operationContext() {
             m_Connection,
             m_Interaction,
             commissioning::Tracer(GetIPConfigBaseCatID()),
-            m_Patience};
+            m_Patience,
+            &m_Journal};
 }
 
 bool IpConfigurationWidget::writeConfiguration(const CQuorelGigEDeviceInfo &device) {

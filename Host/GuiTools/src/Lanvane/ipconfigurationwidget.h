@@ -7,6 +7,7 @@
 #include "Lanvane/WindowInteraction.h"
 #include "commissioning/Change.h"
 #include "commissioning/Connection.h"
+#include "commissioning/Journal.h"
 #include "commissioning/Result.h"
 
 #include <QHash>
@@ -181,6 +182,7 @@ private:
     commissioning::Result m_LastSave;
     QHash<QString, QString> m_ForcedAddresses; ///< by MAC address, until they are stored
     commissioning::RediscoveryPatience m_Patience;
+    commissioning::Journal m_Journal{commissioning::Journal::defaultPath()};
     int m_BusyDepth = 0; ///< operations that run
 };
 

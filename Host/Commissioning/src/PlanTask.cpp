@@ -1,0 +1,39 @@
+#include "PlanTask.h"
+
+#include "commissioning/DeviceInfos.h"
+#include "gxapi/GvcpMessages.h"
+
+namespace commissioning {
+
+namespace {
+
+std::optional<Mode> modeOfWord(std::uint32_t word) {
+    Corvo::CQuorelGigEDeviceInfo info;
+    info.SetIpConfigCurrent(std::to_string(word).c_str());
+    return modeOf(info);
+}
+
+} // namespace
+
+Change changeOf(const Corvo::CQuorelGigEDeviceInfo &device, const std::string &adapter, std::uint32_t word,
+                const std::optional<StoredAddresses> &stored) {
+    const std::uint32_t before = cameraOf(device).word;
+    Change change;
+    change.device = device;
+    change.adapter = adapter;
+    change.mode = modeOfWord(word | GEV_IP_CONFIG_LLA);
+    change.modeDiffers = ((word ^ before) & ~std::uint32_t(GEV_IP_CONFIG_LLA)) != 0;
+    if (change.modeDiffers && (modeOf(device) == change.mode || (word | GEV_IP_CONFIG_LLA) != wordOf(*change.mode)))
+        change.word = word;
+    if (!stored)
+        return change;
+    change.isStaticFirst = change.mode != Mode::Static;
+    change.address = stored->address;
+    change.mask = stored->mask;
+    change.gateway = stored->gateway;
+    // Also when the same are known to be stored: what is known of them is older than the change.
+    change.addressDiffers = change.maskDiffers = change.gatewayDiffers = true;
+    return change;
+}
+
+} // namespace commissioning

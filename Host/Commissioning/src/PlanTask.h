@@ -1,0 +1,37 @@
+#pragma once
+
+#include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
+#include "commissioning/Change.h"
+#include "commissioning/Interaction.h"
+#include "commissioning/Plan.h"
+#include "commissioning/Result.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace commissioning {
+
+/// One change of one camera of a plan on its way: forward, or back to what it had. Worked on by one thread at a time.
+struct PlanTask {
+    Change change;                             ///< its device is the camera as it was heard last before it
+    bool isAddressing = true;                  ///< mode or addresses are written and the camera restarts
+    std::optional<std::string> name;           ///< that it is to have afterwards; none leaves that alone
+    bool isReadable = false;                   ///< it answers at its address, so what was written can be read
+    std::optional<TemporaryAddress> temporary; ///< one that may be forced to reach it
+
+    Result result;
+    bool isWritten = false; ///< all was read back, or acknowledged where it could not be read
+    bool isDone = false;    ///< seen to have what was asked for
+    int restarts = 0;       ///< sent so far
+
+    std::string mac() const { return change.device.GetMacAddress().c_str(); }
+    /// Where it can be asked when no broadcast is heard; of the other modes nobody knows.
+    Address expectedAddress() const { return change.mode == Mode::Static ? change.address : 0; }
+};
+
+/// The change that gives a camera a word of modes and stored addresses, none of them to leave those alone.
+Change changeOf(const Corvo::CQuorelGigEDeviceInfo &device, const std::string &adapter, std::uint32_t word,
+                const std::optional<StoredAddresses> &stored);
+
+} // namespace commissioning
