@@ -1,4 +1,4 @@
-#!/usr/bin/python
+#!/usr/bin/python3
 from __future__ import absolute_import, division, print_function
 
 __metaclass__ = type
