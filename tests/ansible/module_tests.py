@@ -45,7 +45,7 @@ PLANS = [
      {"changed": False, "failed": True, "msg": "02:00:00:00:00:01 rolled-back: It did not come back."}),
     ({"plan": "camera\n1\n"}, 5, answer(change("unconfirmed", True, after=None)),
      {"changed": True, "failed": True, "msg": "02:00:00:00:00:01 unconfirmed: no reason is known"}),
-    ({"plan": "camera\n1\n"}, 4, answer(problems=[problem(2, 3), problem(None, None)]),
+    ({"plan": "camera\n1\n"}, 4, answer(change("refused", False), problems=[problem(2, 3), problem(None, None)]),
      {"failed": True, "msg": "line 2, character 3: No such camera.; No such camera."}),
     ({"plan": [{"camera": "1"}]}, 4, answer(problems=[problem(2, 1)]), {"failed": True, "msg": "entry 1: No such camera."}),
     ({"plan": "camera\n1\n"}, 130, answer(error="Interrupted."), {"failed": True, "msg": "Interrupted."}),
@@ -69,7 +69,7 @@ INFOS = [
 CALLS = [
     ({"plan": [{"camera": "1", "mode": "STATIC", "mask": 20, "name": 'a "b", c'}, {"camera": "#2", "gateway": None}]},
      "plan apply - --yes --timeout 60 --max-failures 3 --json",
-     HEADER + '"1","static","","255.255.240.0","","a ""b"", c"\n"#2","","","","",""\n'),
+     HEADER + '"1","STATIC","","20","","a ""b"", c"\n"#2","","","","",""\n'),
     ({"plan": "camera\n\u00e4\n", "timeout": 5, "max_failures": 0, "rollback": False},
      "plan apply - --yes --timeout 5 --max-failures 0 --no-rollback --json", "camera\n\u00e4\n"),
     ({"src": "/plan", "_ansible_check_mode": True}, "plan check /plan --json", ""),
@@ -85,7 +85,7 @@ def run(folder, module, parameters, status, document):
     arguments = {"ANSIBLE_MODULE_ARGS": dict(parameters, executable=str(fake))}
     path = folder / "ansible_collections/lanvane/cameras/plugins/modules" / (module + ".py")
     ended = subprocess.run(["/usr/bin/python3", path], input=json.dumps(arguments), capture_output=True, text=True,
-                           check=False, env=dict(os.environ, PYTHONPATH=str(folder)))
+                           check=False, env=dict(os.environ, PYTHONPATH=str(folder), PYTHONDONTWRITEBYTECODE="1"))
     return json.loads(ended.stdout) if ended.stdout else {"crashed": ended.stderr}
 
 

@@ -129,12 +129,11 @@ FINE = ("unchanged", "would-change", "done")
 def cell(column, value):
     if value is None:
         return ""
-    if column == "mask" and isinstance(value, int) and 0 <= value <= 32:
-        bits = 0xFFFFFFFF << (32 - value) & 0xFFFFFFFF
-        return ".".join(str(bits >> shift & 0xFF) for shift in (24, 16, 8, 0))
+    if column == "mask" and type(value) is int:
+        return str(value)
     if not isinstance(value, str):
         raise ValueError("%s is %r, which is no text: put it in quotes" % (column, value))
-    return value.lower() if column == "mode" else value
+    return value
 
 
 def row(number, entry):
@@ -179,7 +178,8 @@ def is_changed(change):
 def failures(document, is_list):
     texts = [place(problem, is_list) + problem["text"] for problem in document["plan"]["problems"]]
     for change in document["changes"]:
-        if change["state"] not in FINE:
+        # Those of a plan that is refused as a whole have nothing to say.
+        if change["state"] not in FINE and (change["error"] or not texts):
             texts.append("%s %s: %s" % (change["camera"], change["state"], change["error"] or "no reason is known"))
     return texts or [problem_of(document) or "lanvanectl failed"]
 
