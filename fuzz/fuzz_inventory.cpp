@@ -7,10 +7,10 @@
 #include "Json.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 #include "MinimalCorvoGigETL/tools.h"
-#include "Selection.h"
 #include "Text.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Search.h"
+#include "commissioning/Selection.h"
 
 #include <cstring>
 
@@ -61,6 +61,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
         Require(isHarmless(commandline::harmless(text)), "a text that drives the terminal");
         Require(commandline::displayWidth(text) >= 0, "a text of no width");
     }
-    Require(!commandline::camerasNamed(camera.mac, inventory).empty(), "a camera that its MAC does not name");
+    Require(!camerasNamed(camera.mac, inventory).empty(), "a camera that its MAC does not name");
     return 0;
 }

@@ -31,6 +31,7 @@ public:
         addRescue();
         addWatch();
         addReport();
+        addPlan();
     }
 
     Arguments parse(int argc, const char *const *argv) {
@@ -56,12 +57,14 @@ Examples:
   lanvanectl set left dhcp --dry-run
   lanvanectl force 025AE3010001 192.168.10.20/24
   lanvanectl rescue --all --yes --json
+  lanvanectl plan check cameras.csv
 
 Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 refused, 5 sent but not confirmed,
-6 some of several failed, 10 doctor found warnings or errors, 11 a dry run would change something, 130 interrupted.)";
+6 some of several failed, 10 doctor found warnings or errors, 11 a dry run or plan check would change something, 130 interrupted.)";
 
-    CLI::App *add(Command command, const char *name, const char *description, const char *example = "") {
-        CLI::App *app = m_App.add_subcommand(name, description);
+    CLI::App *add(Command command, const char *name, const char *description, const char *example = "",
+                  CLI::App *parent = nullptr) {
+        CLI::App *app = (parent ? parent : &m_App)->add_subcommand(name, description);
         app->fallthrough(); // common options stand anywhere
         app->footer(std::string("The options of \"lanvanectl --help\" may follow as well.\n\nExample:\n  lanvanectl ") +
                     example);
@@ -176,11 +179,38 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
     void addReport() {
         CLI::App *report = add(Command::Report, "report", "Gather in a zip file what helps to find a fault",
                                "report --redact report.zip");
-        report
-            ->add_option("FILE", m_Arguments.report, "A file that is not there yet; else one is named by host and time")
+        report->add_option("FILE", m_Arguments.file, "A file that is not there yet; else one is named by host and time")
             ->check(notEmpty());
         report->add_flag("--redact", m_Arguments.redact,
                          "Replace MACs, serial numbers, names and addresses; leave out what cannot be replaced in");
+    }
+
+    void addPlan() {
+        CLI::App *plan = m_App.add_subcommand("plan", "Set up many cameras from a file");
+        plan->fallthrough();
+        plan->require_subcommand(1);
+
+        CLI::App *save =
+            add(Command::PlanExport, "export", "Write what there is now as a plan", "plan export cameras.csv", plan);
+        save->add_option("FILE", m_Arguments.file, "CSV; standard output by default");
+        save->add_flag("--force", m_Arguments.replacesFile, "Replace a file that is there");
+
+        CLI::App *check = add(Command::PlanCheck, "check", "Say what a plan would change and what is wrong with it",
+                              "plan check cameras.csv", plan);
+        addPlanFile(check);
+
+        CLI::App *apply = add(Command::PlanApply, "apply", "Do what a plan says", "plan apply cameras.csv", plan);
+        addPlanFile(apply);
+        apply->add_flag("--yes", m_Arguments.yes, "Do not ask");
+        apply->add_option("--max-failures", m_Arguments.maxFailures, "So many failed cameras end it; 0: none does")
+            ->type_name("N")
+            ->capture_default_str();
+        apply->add_flag_callback(
+            "--no-rollback", [this] { m_Arguments.rollsBack = false; }, "Leave a camera that failed as it is");
+    }
+
+    void addPlanFile(CLI::App *app) {
+        app->add_option("FILE", m_Arguments.file, "CSV; - for standard input")->required()->check(notEmpty());
     }
 
     template <typename Read>
@@ -215,6 +245,8 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
     }
 
     void checkTogether() const {
+        if (m_Arguments.command == Command::PlanExport && m_Arguments.json && m_Arguments.file.empty())
+            throw CLI::ValidationError("plan export", "--json needs a FILE for the plan");
         if (m_Arguments.command != Command::Set)
             return;
         const bool isStatic = m_Arguments.mode == Mode::Static;

@@ -9,7 +9,21 @@
 
 namespace commandline {
 
-enum class Command { List, Show, Doctor, Set, Force, Restart, Name, Rescue, Watch, Report };
+enum class Command {
+    List,
+    Show,
+    Doctor,
+    Set,
+    Force,
+    Restart,
+    Name,
+    Rescue,
+    PlanExport,
+    PlanCheck,
+    PlanApply,
+    Watch,
+    Report
+};
 
 /// What the user asked for, checked as far as it can be without looking at the network.
 struct Arguments {
@@ -34,10 +48,13 @@ struct Arguments {
     std::optional<commissioning::Address> gateway;
     std::string name;
     double interval_s = 30; ///< of a watch
-    std::string plan;       ///< file; empty for none, as the next two
+    std::string plan;       ///< file; empty for none, as the next
     std::string metrics;
-    std::string report; ///< empty for a name of its own
     bool redact = false;
+    std::string file; ///< of a plan, "-" for standard input or output; or of a report, empty for a name of its own
+    bool replacesFile = false;
+    unsigned maxFailures = 3; ///< of cameras, that end a plan; 0 for never
+    bool rollsBack = true;
 };
 
 /// Either what to do, or the exit code of a run that is over: help, version or a mistake.

@@ -49,16 +49,45 @@ Json verificationJson(Verification verification) {
     return nullptr;
 }
 
-int exitCodeOf(const Result &result) {
+ChangeState stateOf(const Result &result) {
     if (result.success)
-        return ExitDone;
+        return ChangeState::Done;
     if (result.refused)
-        return ExitRefused;
+        return ChangeState::Refused;
     const bool isOpen = result.path != Path::None && !result.now; // nobody has seen its effect
-    return isOpen ? ExitNotConfirmed : ExitFailed;
+    return isOpen ? ChangeState::Unconfirmed : ChangeState::Failed;
 }
 
 } // namespace
+
+const char *stateWord(ChangeState state) {
+    constexpr const char *Words[] = {"unchanged",   "would-change", "done",      "failed",
+                                     "rolled-back", "unconfirmed",  "not-begun", "refused"};
+    return Words[static_cast<std::size_t>(state)];
+}
+
+bool isFine(ChangeState state) {
+    return state == ChangeState::Unchanged || state == ChangeState::Done || state == ChangeState::WouldChange;
+}
+
+int exitCodeOf(ChangeState state) {
+    switch (state) {
+    case ChangeState::Unchanged:
+    case ChangeState::Done:
+        return ExitDone;
+    case ChangeState::WouldChange:
+        return ExitWouldChange;
+    case ChangeState::Unconfirmed:
+        return ExitNotConfirmed;
+    case ChangeState::Refused:
+        return ExitRefused;
+    case ChangeState::Failed:
+    case ChangeState::RolledBack:
+    case ChangeState::NotBegun:
+        break;
+    }
+    return ExitFailed;
+}
 
 ChangeRecord recordOf(const Camera &camera, const Result &result, const std::string &failure) {
     ChangeRecord record;
@@ -73,7 +102,7 @@ ChangeRecord recordOf(const Camera &camera, const Result &result, const std::str
     record.changed = isSent && (result.success || !record.after || !(*record.after == record.before));
     record.path = result.path;
     record.verification = result.verification;
-    record.exitCode = exitCodeOf(result);
+    record.state = result.success && !record.changed ? ChangeState::Unchanged : stateOf(result);
     if (result.success)
         record.remark = result.text;
     else
@@ -89,20 +118,20 @@ Json changeJson(const ChangeRecord &record) {
             {"path", pathJson(record.path)},
             {"verified", verificationJson(record.verification)},
             {"error", record.error.empty() ? Json() : Json(record.error)},
-            {"remark", record.remark.empty() ? Json() : Json(record.remark)}};
+            {"remark", record.remark.empty() ? Json() : Json(record.remark)},
+            {"state", stateWord(record.state)},
+            {"line", record.line == 0 ? Json() : Json(record.line)}};
 }
 
 int exitCodeOf(const std::vector<ChangeRecord> &records) {
-    const auto isFine = [](const ChangeRecord &record) {
-        return record.exitCode == ExitDone || record.exitCode == ExitWouldChange;
-    };
-    const auto failed = std::count_if(records.begin(), records.end(), [&](const auto &each) { return !isFine(each); });
+    const auto failed =
+        std::count_if(records.begin(), records.end(), [](const auto &each) { return !isFine(each.state); });
     if (failed == 0) {
         const auto would = std::find_if(records.begin(), records.end(),
-                                        [](const auto &each) { return each.exitCode == ExitWouldChange; });
+                                        [](const auto &each) { return each.state == ChangeState::WouldChange; });
         return would == records.end() ? ExitDone : ExitWouldChange;
     }
-    return records.size() == 1 ? records.front().exitCode : ExitSomeFailed;
+    return records.size() == 1 ? exitCodeOf(records.front().state) : ExitSomeFailed;
 }
 
 } // namespace commandline

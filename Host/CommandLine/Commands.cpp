@@ -1,7 +1,7 @@
 #include "Commands.h"
 
 #include "ExitCode.h"
-#include "Selection.h"
+#include "PlanCommands.h"
 #include "Table.h"
 #include "Text.h"
 #include "commissioning/AddressRules.h"
@@ -10,7 +10,9 @@
 #include "commissioning/Parsing.h"
 #include "commissioning/Rescue.h"
 #include "commissioning/Saving.h"
+#include "commissioning/Selection.h"
 #include "commissioning/SmallChanges.h"
+#include "commissioning/WantedAddresses.h"
 #include "commissioning/Words.h"
 
 #include <algorithm>
@@ -34,7 +36,7 @@ ChangeRecord unchanged(const Camera &camera) {
 ChangeRecord refused(const Camera &camera, const std::string &reason) {
     ChangeRecord record = unchanged(camera);
     record.error = reason;
-    record.exitCode = ExitRefused;
+    record.state = ChangeState::Refused;
     return record;
 }
 
@@ -43,7 +45,7 @@ ChangeRecord wouldChange(const Camera &camera, const Settings &after, Path path 
     record.changed = true;
     record.after = after;
     record.path = path;
-    record.exitCode = ExitWouldChange;
+    record.state = ChangeState::WouldChange;
     return record;
 }
 
@@ -54,16 +56,6 @@ Settings afterwards(const Camera &camera, std::optional<Mode> mode, Address addr
     return {mode, address, mask, gateway, camera.name};
 }
 
-/// The subnet of the adapter that an address belongs to; null when it is none of them.
-const AdapterAddress *subnetOf(const Adapter *adapter, Address address) {
-    if (!adapter)
-        return nullptr;
-    const auto &all = adapter->addresses;
-    const auto found =
-        std::find_if(all.begin(), all.end(), [&](const auto &each) { return isInSubnet(address, each); });
-    return found == all.end() ? nullptr : &*found;
-}
-
 /// The commands on single cameras. Each gives the record of what it did, or would do.
 class Changer {
 public:
@@ -71,8 +63,8 @@ public:
         : m_Arguments(arguments), m_Session(session), m_Context(session.context()) {}
 
     ChangeRecord change(const Camera &camera) {
-        if (hasTwin(camera))
-            return refused(camera, Twin);
+        if (const std::string twin = refusalOfTwin(camera.mac, m_Session.inventory().findings); !twin.empty())
+            return refused(camera, twin);
         m_Session.interaction().start(camera.mac);
         m_Session.interruption().setInHand(m_Arguments.dryRun ? "" : camera.mac);
         ChangeRecord record = dispatch(camera);
@@ -85,7 +77,9 @@ public:
         const Mode mode = m_Arguments.mode.value_or(Mode::Static);
         const RescuePlan plan{m_Session.deviceOf(camera.mac), adapter.name, address, mask, mode};
         const AddressSurroundings around = m_Session.surroundingsOf(camera);
-        const std::string reason = hasTwin(camera) ? Twin : refusalOf(plan, around);
+        std::string reason = refusalOfTwin(camera.mac, m_Session.inventory().findings);
+        if (reason.empty())
+            reason = refusalOf(plan, around);
         if (!reason.empty())
             return refused(camera, reason);
         if (m_Arguments.dryRun)
@@ -98,15 +92,6 @@ public:
     }
 
 private:
-    static constexpr const char *Twin = "Another camera has the same MAC address: a change could reach either.";
-
-    bool hasTwin(const Camera &camera) const {
-        const auto &findings = m_Session.inventory().findings;
-        return std::any_of(findings.begin(), findings.end(), [&](const Finding &finding) {
-            return finding.code == "duplicate-mac" && finding.camera == camera.mac;
-        });
-    }
-
     ChangeRecord dispatch(const Camera &camera) {
         switch (m_Arguments.command) {
         case Command::Set:
@@ -138,15 +123,14 @@ private:
         const Adapter *adapter = m_Session.adapterOf(camera);
         change.adapter = adapter ? adapter->name : "";
         change.mode = m_Arguments.mode;
-        const StoredAddresses stored =
-            camera.stored.value_or(StoredAddresses{camera.address, camera.mask, camera.gateway});
-        change.address = m_Arguments.address.value_or(stored.address);
-        const AdapterAddress *subnet = subnetOf(adapter, change.address);
+        const StoredAddresses stored = knownAddresses(camera);
         const bool isStatic = change.mode == Mode::Static;
-        change.mask = m_Arguments.mask.value_or(isStatic && subnet ? subnet->mask : stored.mask);
-        // A gateway that the camera could not reach any more goes.
-        const bool keepsGateway = !isStatic || isInSubnet(stored.gateway, {change.address, change.mask});
-        change.gateway = m_Arguments.gateway.value_or(keepsGateway ? stored.gateway : 0);
+        const StoredAddresses wanted =
+            isStatic ? wantedAddresses(camera, adapter, {m_Arguments.address, m_Arguments.mask, m_Arguments.gateway})
+                     : stored;
+        change.address = wanted.address;
+        change.mask = wanted.mask;
+        change.gateway = wanted.gateway;
         change.modeDiffers = camera.mode != change.mode;
         if (isStatic) {
             // What could not be read may be anything.
@@ -346,6 +330,7 @@ Outcome rescueThem(const Arguments &arguments, Session &session, const Terminal 
     for (const Rescue &rescue : rescues) {
         if (session.interruption().isRequested()) {
             records.push_back(refused(*rescue.camera, "Not begun: interrupted."));
+            records.back().state = ChangeState::NotBegun;
             continue;
         }
         if (!rescue.address)
@@ -376,6 +361,12 @@ Outcome carryOut(const Arguments &arguments, Session &session, const Terminal &t
                 ""};
     case Command::Rescue:
         return rescueThem(arguments, session, terminal);
+    case Command::PlanExport:
+        return exportPlan(arguments, session, terminal);
+    case Command::PlanCheck:
+        return checkedFile(arguments, session).outcome;
+    case Command::PlanApply:
+        return applyPlan(checkedFile(arguments, session), {}, arguments, session, terminal);
     default:
         return changeOne(arguments, session);
     }

@@ -87,6 +87,7 @@ Json inventoryJson(const Inventory &inventory) {
             {"cameras", arrayOf(inventory.cameras, cameraJson)},
             {"findings", arrayOf(inventory.findings, findingJson)},
             {"changes", Json::array()},
+            {"plan", nullptr},
             {"error", nullptr}};
 }
 

@@ -1,6 +1,5 @@
 #include "Pages.h"
 
-#include "ExitCode.h"
 #include "Table.h"
 #include "Text.h"
 #include "commissioning/AddressText.h"
@@ -31,13 +30,6 @@ std::string modeText(const std::optional<Mode> &mode) { return mode ? toText(*mo
 
 std::string statusText(const Camera &camera) { return camera.hidden ? "hidden" : toText(camera.status); }
 
-std::string holderText(const Holder &holder) {
-    std::string text = toText(holder.address) + ":" + std::to_string(holder.port);
-    if (holder.process)
-        text += " (" + holder.process->name + ", process " + std::to_string(holder.process->id) + ")";
-    return text;
-}
-
 std::string findingText(const Finding &finding, const Terminal &terminal) {
     std::string text = terminal.coloured(finding.severity, toText(finding.severity)) + " [" + finding.code + "] " +
                        harmless(finding.text) + "\n";
@@ -55,16 +47,14 @@ std::string settingsText(const Settings &settings) {
     return text + (settings.name.empty() ? "" : " \"" + settings.name + "\"");
 }
 
-std::string stateText(const ChangeRecord &record) {
-    if (record.exitCode == ExitWouldChange)
-        return "would change";
-    if (record.exitCode == ExitRefused)
-        return "refused";
-    if (record.exitCode == ExitNotConfirmed)
+std::string stateText(ChangeState state) {
+    if (state == ChangeState::Unchanged)
+        return "already so";
+    if (state == ChangeState::Unconfirmed)
         return "sent, not confirmed";
-    if (record.exitCode != ExitDone)
-        return "failed";
-    return record.changed ? "done" : "already so";
+    std::string text = stateWord(state);
+    std::replace(text.begin(), text.end(), '-', ' ');
+    return text;
 }
 
 /// Those that need attention, for a listing that is about cameras.
@@ -83,7 +73,7 @@ std::string hints(const Outcome &outcome, const Inventory &inventory, const Term
     static const std::set<std::string> codes = {"hidden", "answers-filtered", "answers-blocked", "no-answer"};
     const auto isOpen = [](const Finding &finding) {
         return [&finding](const ChangeRecord &record) {
-            return record.exitCode == ExitNotConfirmed && (finding.camera.empty() || finding.camera == record.mac);
+            return record.state == ChangeState::Unconfirmed && (finding.camera.empty() || finding.camera == record.mac);
         };
     };
     std::string text;
@@ -155,9 +145,8 @@ std::string doctorPage(const Inventory &inventory, const Terminal &terminal) {
 std::string changesPage(const Outcome &outcome, const Inventory &inventory, const Terminal &terminal) {
     std::string text;
     for (const ChangeRecord &record : outcome.changes) {
-        const bool isFine = record.exitCode == ExitDone || record.exitCode == ExitWouldChange;
         text += macText(record.mac) + ": " +
-                terminal.coloured(isFine ? Severity::Info : Severity::Error, stateText(record));
+                terminal.coloured(isFine(record.state) ? Severity::Info : Severity::Error, stateText(record.state));
         text += harmless(": " + settingsText(record.before));
         if (record.changed)
             text += harmless(" -> " + (record.after ? settingsText(*record.after) : "unknown"));

@@ -6,10 +6,12 @@
 #include "Json.h"
 #include "MinimalCorvo/CorvoBase.h"
 #include "Pages.h"
-#include "Selection.h"
+#include "PlanPage.h"
+#include "Report.h"
 #include "Session.h"
 #include "Text.h"
 #include "Watch.h"
+#include "commissioning/Selection.h"
 
 #include <cstdlib>
 #include <exception>
@@ -40,10 +42,16 @@ std::string page(const Arguments &arguments, const Outcome &outcome, const Sessi
         return listPage(inventory, terminal);
     case Command::Show:
         return outcome.error.empty()
-                   ? showPage(*camerasNamed(arguments.cameras.front(), inventory).front(), inventory, terminal)
+                   ? showPage(*commissioning::camerasNamed(arguments.cameras.front(), inventory).front(), inventory,
+                              terminal)
                    : "";
     case Command::Doctor:
         return doctorPage(inventory, terminal);
+    case Command::PlanExport:
+        return outcome.text;
+    case Command::PlanCheck:
+    case Command::PlanApply:
+        return planPage(outcome, terminal);
     default:
         return changesPage(outcome, inventory, terminal);
     }
@@ -53,6 +61,7 @@ Json json(const Outcome &outcome, const Session &session) {
     Json object = inventoryJson(session.inventory());
     for (const ChangeRecord &record : outcome.changes)
         object["changes"].push_back(changeJson(record));
+    object["plan"] = planJson(outcome.plan);
     if (!outcome.error.empty())
         object["error"] = {{"code", outcome.exitCode}, {"text", outcome.error}};
     return object;
@@ -64,7 +73,7 @@ void report(const Arguments &arguments, const Outcome &outcome, const Session &s
         return;
     }
     terminal.print(page(arguments, outcome, session, terminal));
-    if (!outcome.error.empty() && outcome.changes.empty())
+    if (!outcome.error.empty() && (outcome.changes.empty() || outcome.plan)) // else it is the error of a change
         terminal.complain(outcome.error);
 }
 
@@ -83,10 +92,12 @@ int carryOut(const Arguments &arguments, const Terminal &terminal) {
         Session session(arguments, terminal, interruption);
         if (arguments.command == Command::Watch)
             return watch(arguments, session, terminal);
+        if (arguments.command == Command::Report)
+            return writeReport(arguments, session, terminal);
         session.search();
         Outcome outcome = carryOut(arguments, session, terminal);
         if (interruption.isRequested())
-            outcome = {ExitInterrupted, std::move(outcome.changes), "Interrupted."};
+            outcome = {ExitInterrupted, std::move(outcome.changes), "Interrupted.", std::move(outcome.plan), ""};
         report(arguments, outcome, session, terminal);
         const bool isLost = outcome.exitCode == ExitDone && outcome.changes.empty() && !std::cout;
         return isLost ? ExitFailed : outcome.exitCode;

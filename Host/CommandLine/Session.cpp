@@ -4,6 +4,7 @@
 #include "MinimalCorvoGigETL/TlFactory.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
+#include "commissioning/Selection.h"
 
 #include <algorithm>
 #include <cmath>
@@ -70,6 +71,8 @@ Session::~Session() {
     Corvo::CTlFactory::GetInstance().ReleaseTl(&m_Layer);
 }
 
+Inventory Session::everything() const { return inventoryOf(m_Diagnosis); }
+
 void Session::search(DiagnosisOptions options) {
     m_Terminal.progress("Searching for cameras...");
     options.measuresQuiet = m_Arguments.command == Command::Doctor || m_Arguments.command == Command::Report;
@@ -108,15 +111,7 @@ Corvo::CQuorelGigEDeviceInfo Session::deviceOf(const std::string &mac) {
     return device;
 }
 
-const Adapter *Session::adapterOf(const Camera &camera) const {
-    for (const std::string &name : camera.adapters) {
-        for (const Adapter &adapter : m_Inventory.adapters) {
-            if (adapter.name == name)
-                return &adapter;
-        }
-    }
-    return nullptr;
-}
+const Adapter *Session::adapterOf(const Camera &camera) const { return commissioning::adapterOf(camera, m_Inventory); }
 
 FreeAddresses &Session::freeAddresses() {
     if (!m_FreeAddresses) {
@@ -142,8 +137,10 @@ AddressSurroundings Session::surroundingsOf(const Camera &camera) {
     AddressSurroundings around;
     for (const Adapter &adapter : m_Diagnosis.observation.adapters)
         around.own.insert(around.own.end(), adapter.addresses.begin(), adapter.addresses.end());
-    if (const Adapter *adapter = adapterOf(camera))
+    if (const Adapter *adapter = adapterOf(camera)) {
         around.adapter = adapter->addresses;
+        around.adapterName = adapter->name;
+    }
     around.devices = &m_Diagnosis.devices;
     const auto &cameras = m_Diagnosis.observation.cameras;
     std::copy_if(cameras.begin(), cameras.end(), std::back_inserter(around.hidden),

@@ -28,7 +28,9 @@ public:
     void search(commissioning::DiagnosisOptions options = {});
     /// The last search, with what is about other adapters than those asked for.
     const commissioning::Diagnosis &diagnosis() const { return m_Diagnosis; }
+    /// Limited to the adapters that the user named.
     const commissioning::Inventory &inventory() const { return m_Inventory; }
+    Corvo::IGigETransportLayer &layer() { return m_Layer; }
 
     /// As it was found; of a hidden camera what the listener saw, of any other its MAC alone.
     Corvo::CQuorelGigEDeviceInfo deviceOf(const std::string &mac);

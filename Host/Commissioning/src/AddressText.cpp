@@ -11,6 +11,13 @@ std::string toText(Address address) {
 
 std::string toText(const AdapterAddress &a) { return toText(a.address) + "/" + std::to_string(prefixLength(a.mask)); }
 
+std::string holderText(const Holder &holder) {
+    std::string text = toText(holder.address) + ":" + std::to_string(holder.port);
+    if (holder.process)
+        text += " (" + holder.process->name + ", process " + std::to_string(holder.process->id) + ")";
+    return text;
+}
+
 std::string macText(const std::string &mac) {
     if (mac.size() != 12)
         return mac;

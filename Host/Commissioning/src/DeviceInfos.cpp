@@ -105,7 +105,10 @@ EDeviceAccessiblityInfo verdictOf(const CDeviceInfo &device) {
 }
 
 std::optional<Mode> modeOf(const CQuorelGigEDeviceInfo &device) {
-    const std::uint32_t word = numberOf(device, "IpConfigCurrent").value_or(0);
+    return modeOf(numberOf(device, "IpConfigCurrent").value_or(0));
+}
+
+std::optional<Mode> modeOf(std::uint32_t word) {
     if ((word & GEV_IP_CONFIG_PERSISTENT_IP) != 0)
         return Mode::Static;
     if ((word & GEV_IP_CONFIG_DHCP) != 0)

@@ -30,6 +30,9 @@ struct PlanTask {
     Address expectedAddress() const { return change.mode == Mode::Static ? change.address : 0; }
 };
 
+/// The task with its camera where it can be read: at its temporary address, where it has been lent one.
+PlanTask whereLent(const PlanTask &task);
+
 /// The change that gives a camera a word of modes and stored addresses, none of them to leave those alone.
 Change changeOf(const Corvo::CQuorelGigEDeviceInfo &device, const std::string &adapter, std::uint32_t word,
                 const std::optional<StoredAddresses> &stored);

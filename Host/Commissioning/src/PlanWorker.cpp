@@ -30,6 +30,8 @@ std::optional<TemporaryAddress> PlanWorker::askTemporaryAddress(const AddressQue
     return std::exchange(m_Temporary, std::nullopt);
 }
 
-void PlanWorker::failure(const char *, const std::exception_ptr &error, const char *) { m_Failure = failureText(error); }
+void PlanWorker::failure(const char *, const std::exception_ptr &error, const char *) {
+    m_Failure = failureText(error);
+}
 
 } // namespace commissioning

@@ -41,16 +41,28 @@ bool isTaken(const Camera &camera, Address address) {
            (camera.stored && camera.stored->address == address && camera.mode == Mode::Static);
 }
 
+std::string refusalByCamera(const Camera &camera, Address address, const std::string &mac) {
+    const bool isOther = strcasecmp(camera.mac.c_str(), mac.c_str()) != 0;
+    return isOther && isTaken(camera, address)
+               ? "The camera with the MAC address " + macText(camera.mac) + " has the address " + toText(address) + "."
+               : "";
+}
+
 std::string refusalByCameras(Address address, const std::string &mac, const AddressSurroundings &around) {
-    std::vector<Camera> cameras = around.hidden;
-    if (around.devices)
-        std::transform(around.devices->begin(), around.devices->end(), std::back_inserter(cameras), cameraOf);
-    for (const Camera &camera : cameras) {
-        if (strcasecmp(camera.mac.c_str(), mac.c_str()) != 0 && isTaken(camera, address))
-            return "The camera with the MAC address " + macText(camera.mac) + " has the address " + toText(address) +
-                   ".";
-    }
-    return "";
+    std::string reason;
+    for (std::size_t i = 0; reason.empty() && i < around.hidden.size(); ++i)
+        reason = refusalByCamera(around.hidden[i], address, mac);
+    for (std::size_t i = 0; around.devices && reason.empty() && i < around.devices->size(); ++i)
+        reason = refusalByCamera(cameraOf((*around.devices)[i]), address, mac);
+    return reason;
+}
+
+/// " eth1 (192.168.10.1/24)", as far as it is known.
+std::string adapterText(const AddressSurroundings &around) {
+    std::string text = around.adapterName.empty() ? "" : " " + around.adapterName;
+    for (const AdapterAddress &subnet : around.adapter)
+        text += (&subnet == &around.adapter.front() ? " (" : ", ") + toText(subnet);
+    return text + ")";
 }
 
 std::string refusalByHost(Address address, const AddressSurroundings &around) {
@@ -63,7 +75,8 @@ std::string refusalByHost(Address address, const AddressSurroundings &around) {
         return refusalInSubnet(address, home->mask);
     return around.adapter.empty() || around.allowsForeignSubnet
                ? ""
-               : toText(address) + " is outside the subnet of the adapter, so the camera could not be reached.";
+               : toText(address) + " is outside the subnet of the adapter" + adapterText(around) +
+                     ", so the camera could not be reached.";
 }
 
 const char *nameOf(Mode mode) {
@@ -72,15 +85,28 @@ const char *nameOf(Mode mode) {
 
 } // namespace
 
-std::string refusalOfHolder(const CDeviceInfo &device) {
-    return cameraOf(device).status == Status::InUse ? "The camera is controlled by another application." : "";
+std::string refusalOfHolder(const Camera &camera) {
+    if (camera.status != Status::InUse)
+        return "";
+    return "The camera is controlled by another application" +
+           (camera.holder ? ": " + holderText(*camera.holder) : "") + ".";
 }
 
-std::string refusalOfMode(const CDeviceInfo &device, Mode mode) {
-    const std::vector<Mode> modes = cameraOf(device).modes;
+std::string refusalOfHolder(const CDeviceInfo &device) { return refusalOfHolder(cameraOf(device)); }
+
+std::string refusalOfMode(const Camera &camera, Mode mode) {
     const bool isOffered =
-        !device.GetPropertyAvailable("IpConfigOptions") || std::find(modes.begin(), modes.end(), mode) != modes.end();
+        camera.modes.empty() || std::find(camera.modes.begin(), camera.modes.end(), mode) != camera.modes.end();
     return isOffered ? "" : std::string("The camera does not support ") + nameOf(mode) + ".";
+}
+
+std::string refusalOfMode(const CDeviceInfo &device, Mode mode) { return refusalOfMode(cameraOf(device), mode); }
+
+std::string refusalOfTwin(const std::string &mac, const std::vector<Finding> &findings) {
+    const bool hasTwin = std::any_of(findings.begin(), findings.end(), [&](const Finding &finding) {
+        return finding.code == "duplicate-mac" && finding.camera == mac;
+    });
+    return hasTwin ? "Another camera has the same MAC address: a change could reach either." : "";
 }
 
 std::string refusalOfGateway(Address gateway, Address address, Address mask) {

@@ -1,4 +1,4 @@
-#include "SideBySide.h"
+#include "commissioning/SideBySide.h"
 
 #include "gxapi/StopToken.h"
 

@@ -8,6 +8,8 @@ namespace commissioning {
 
 std::string toText(Address address);         ///< "192.168.10.1"
 std::string toText(const AdapterAddress &a); ///< "192.168.10.1/24"
+/// "192.168.10.200:5555", with the process where it is known: "192.168.10.1:5555 (viewer, process 12)".
+std::string holderText(const Holder &holder);
 /// "02:5A:E3:01:02:03" of twelve digits; any other text as it is.
 std::string macText(const std::string &mac);
 

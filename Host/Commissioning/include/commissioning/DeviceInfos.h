@@ -34,6 +34,7 @@ std::size_t mergeProperties(Corvo::IProperties &to, const Corvo::IProperties &fr
 /// The verdict stored in a device info; anything that is no number from 0 to 4 counts as unknown.
 Corvo::EDeviceAccessiblityInfo verdictOf(const Corvo::CDeviceInfo &device);
 /// The mode that a word of enabled modes stands for: static before DHCP before link-local.
+std::optional<Mode> modeOf(std::uint32_t word);
 std::optional<Mode> modeOf(const Corvo::CQuorelGigEDeviceInfo &device);
 /// The word of a mode (GEV_IP_CONFIG), which always has link-local: it is every camera's last resort.
 std::uint32_t wordOf(Mode mode);

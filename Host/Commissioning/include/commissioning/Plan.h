@@ -14,8 +14,14 @@
 namespace commissioning {
 
 /// The columns of a plan, in the order in which they are written.
-enum class PlanColumn { Camera, Mode, Address, Mask, Gateway, Name };
+enum class PlanColumn { Camera, Mode, IpAddress, Mask, Gateway, Name };
 constexpr std::size_t PlanColumns = 6;
+
+/// Where something stands in a plan's file.
+struct PlanPlace {
+    int line = 0;      ///< from 1; 0 for nowhere
+    int character = 0; ///< in the line, from 1 (characters of UTF-8, not bytes); 0 for the whole line
+};
 
 /// What one camera is to have. What is none is left alone.
 struct PlanEntry {
@@ -24,17 +30,18 @@ struct PlanEntry {
     std::optional<Address> address; ///< stored; with another mode than a static one only in an undo
     std::optional<Address> mask;
     std::optional<Address> gateway;    ///< 0 for no gateway at all
-    std::optional<std::string> name;   ///< empty removes it
+    std::optional<std::string> name;   ///< empty removes it; that only an undo asks for
     std::optional<std::uint32_t> word; ///< of modes (GEV_IP_CONFIG), in place of a mode: an undo puts it back as it was
     int line = 0;                      ///< in its file, from 1; 0 for an entry of no file
-    std::array<int, PlanColumns> characters = {}; ///< at which each cell begins, from 1; 0 where there is none
+    std::array<PlanPlace, PlanColumns> places = {}; ///< where each cell begins; nowhere for one that is not there
+    bool isBroken = false;                          ///< some cell of it makes no sense; the plan's problems say which
 };
 
 /// Something wrong with a plan.
 struct PlanProblem {
-    int line = 0;      ///< from 1; 0 when it is about the plan as a whole
-    int character = 0; ///< in the line, from 1 (characters of UTF-8, not bytes); 0 when it is about the whole line
-    std::string text;  ///< one sentence, for people
+    int line = 0;      ///< as in PlanPlace; 0 when it is about the plan as a whole
+    int character = 0; ///< as in PlanPlace
+    std::string text;  ///< one or two sentences, for people
 };
 
 struct Plan {
@@ -42,12 +49,20 @@ struct Plan {
     std::vector<PlanProblem> problems; ///< of its file; such a plan must not be applied
 };
 
+constexpr std::size_t MaxPlanBytes = 16U << 20U;
+
 /// Reads a plan in CSV: comma, semicolon or tab, UTF-8 with or without byte order mark, any line ends, '#' comments.
-/// Never throws for what stands in it.
+/// Never throws for what stands in it; a longer one than MaxPlanBytes is not read, and one with very many problems not
+/// to its end.
 Plan readPlan(const std::string &text);
 
-/// The plan that leaves everything as it is, in CSV, one line for each camera with a mode.
-std::string planText(const Inventory &inventory);
+/// The plan that leaves everything as it is, with an entry for each camera that tells its mode. Addresses stand only
+/// with static cameras whose stored address is known and in effect.
+Plan planOf(const Inventory &inventory);
+
+/// The entries in CSV, with commas and without byte order mark. What only an undo can ask for is left out; everything
+/// else readPlan reads as it was.
+std::string planText(const Plan &plan);
 
 /// What a plan does to one camera.
 struct PlannedChange {
@@ -57,7 +72,8 @@ struct PlannedChange {
     std::uint32_t word = 0;                ///< of modes that it is to have (GEV_IP_CONFIG)
     std::optional<StoredAddresses> stored; ///< what it is to have stored; none leaves that alone. A camera whose mode
                                            ///< is not static is made static first to get them, then what it is to be
-    bool addressing = false; ///< mode or addresses differ from what the camera has
+    bool addressing = false; ///< mode or addresses differ from what the camera has; also an address that it has stored
+                             ///< but does not use now
     bool naming = false;     ///< the name differs
     int line = 0;            ///< of the plan; 0 when it comes from no file
 
@@ -67,7 +83,8 @@ struct PlannedChange {
 /// A plan held against what a search found.
 struct PlanReview {
     std::vector<PlannedChange> changes; ///< one for each camera that the plan names, in its order
-    std::vector<PlanProblem> problems;  ///< those of the file as well, sorted by line and character
+    std::vector<PlanProblem> problems;  ///< those of the file as well, sorted by line and character; the last one says
+                                        ///< so when there are more than 200
 
     bool isRefused() const { return !problems.empty(); }
     bool wouldChange() const;
@@ -75,7 +92,8 @@ struct PlanReview {
 
 /// Judges the state after the plan: duplicate addresses among all cameras, addresses of this host, outside the
 /// adapter's subnets, unknown or ambiguous cameras, modes a camera lacks, cameras that somebody holds, cameras that
-/// share their MAC with another. Asks nobody.
+/// share their MAC with another. Cameras that the plan does not change are not judged. Asks nobody.
+/// \param inventory of all adapters: what is behind others counts, too.
 PlanReview review(const Plan &plan, const Inventory &inventory);
 
 } // namespace commissioning

@@ -14,17 +14,23 @@ struct AddressSurroundings {
     std::vector<AdapterAddress> own;                ///< every address of this host
     std::vector<AdapterAddress> adapter;            ///< those of the adapter the camera is behind; empty when unknown
     const Corvo::DeviceInfoList *devices = nullptr; ///< all known cameras; may be null
+    std::string adapterName;                        ///< of that adapter, to be told; may be empty
     std::vector<Camera> hidden; ///< cameras that are not among the devices: only the listener saw them
     bool allowsForeignSubnet = false;
 };
 
 // Each gives the reason, as a sentence for people, or an empty text when nothing speaks against it.
 
-/// A camera that somebody else controls.
+/// A camera that somebody else controls, who is named when that is known.
+std::string refusalOfHolder(const Camera &camera);
 std::string refusalOfHolder(const Corvo::CDeviceInfo &device);
 
 /// A mode that a camera lacks. One that tells no mode at all may have any.
+std::string refusalOfMode(const Camera &camera, Mode mode);
 std::string refusalOfMode(const Corvo::CDeviceInfo &device, Mode mode);
+
+/// A camera whose MAC another one has as well, as the findings of the search tell.
+std::string refusalOfTwin(const std::string &mac, const std::vector<Finding> &findings);
 
 /// A gateway, none being 0, that a camera with this address could not use.
 std::string refusalOfGateway(Address gateway, Address address, Address mask);

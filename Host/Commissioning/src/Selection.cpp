@@ -1,11 +1,9 @@
-#include "Selection.h"
+#include "commissioning/Selection.h"
 
 #include "commissioning/AddressRules.h"
 #include "commissioning/Parsing.h"
 
-using namespace commissioning;
-
-namespace commandline {
+namespace commissioning {
 
 std::vector<const Camera *> camerasNamed(const std::string &text, const Inventory &inventory) {
     const std::string mac = macFrom(text);
@@ -23,4 +21,14 @@ std::vector<const Camera *> camerasNamed(const std::string &text, const Inventor
     return byMac.empty() ? others : byMac;
 }
 
-} // namespace commandline
+const Adapter *adapterOf(const Camera &camera, const Inventory &inventory) {
+    for (const std::string &name : camera.adapters) {
+        for (const Adapter &adapter : inventory.adapters) {
+            if (adapter.name == name)
+                return &adapter;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace commissioning

@@ -1,0 +1,285 @@
+#include "CsvRows.h"
+#include "commissioning/AddressRules.h"
+#include "commissioning/AddressText.h"
+#include "commissioning/Parsing.h"
+#include "commissioning/Plan.h"
+#include "commissioning/Utf8.h"
+#include "commissioning/Words.h"
+
+#include <algorithm>
+#include <csv.h>
+#include <string_view>
+#include <strings.h>
+
+namespace commissioning {
+
+namespace {
+
+constexpr std::size_t MaxCellBytes = 256; // more than any value takes
+constexpr std::size_t MaxNameBytes = 16;
+constexpr std::size_t MaxProblems = 200;
+constexpr const char *ColumnNames[PlanColumns] = {"camera", "mode", "address", "mask", "gateway", "name"};
+constexpr Mode Modes[] = {Mode::Static, Mode::Dhcp, Mode::Auto};
+
+std::size_t indexOf(PlanColumn column) { return static_cast<std::size_t>(column); }
+
+/// Without blanks around it, those that do not break included: spreadsheets and web pages leave them.
+std::string trimmed(std::string_view text) {
+    constexpr std::string_view blanks[] = {" ", "\t", "\r", "\n", "\u00A0", "\u202F", "\u200B", "\uFEFF"};
+    for (bool again = true; again;) {
+        again = false;
+        for (const std::string_view blank : blanks) {
+            const bool begins = text.substr(0, blank.size()) == blank;
+            const bool ends =
+                !begins && text.size() >= blank.size() && text.substr(text.size() - blank.size()) == blank;
+            text.remove_prefix(begins ? blank.size() : 0);
+            text.remove_suffix(ends ? blank.size() : 0);
+            again = again || begins || ends;
+        }
+    }
+    return std::string(text);
+}
+
+std::string quoted(const std::string &text) { return "'" + text + "'"; }
+
+/// What makes a file no text in UTF-8 at all; empty when it is one.
+std::string refusalOfFile(const std::string &text) {
+    const auto begins = [&](std::string_view start) { return std::string_view(text).substr(0, start.size()) == start; };
+    if (text.size() > MaxPlanBytes)
+        return "The file has more than 16 MiB: it is no plan.";
+    if (begins("\xFF\xFE") || begins("\xFE\xFF"))
+        return "The file is in UTF-16. Save it as CSV in UTF-8.";
+    if (begins("PK\x03\x04"))
+        return "The file is a spreadsheet or archive, no text. Save it as CSV in UTF-8.";
+    return "";
+}
+
+/// The first line that is neither empty nor a comment.
+std::string headerLine(const std::string &text) {
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find_first_of("\r\n", start), text.size());
+        const std::string line = text.substr(start, end - start);
+        if (const std::string content = trimmed(line); !content.empty() && content.front() != '#')
+            return line;
+        start = end + 1;
+    }
+    return "";
+}
+
+/// The one that the header has most of; in vain it is the comma.
+char separatorOf(const std::string &header) {
+    const auto countOf = [&](char separator) { return std::count(header.begin(), header.end(), separator); };
+    const std::string separators = ",;\t";
+    return *std::max_element(separators.begin(), separators.end(),
+                             [&](char a, char b) { return countOf(a) < countOf(b); });
+}
+
+class PlanReader {
+public:
+    Plan read(const std::string &text) {
+        if (const std::string refusal = refusalOfFile(text); !refusal.empty())
+            return {{}, {{0, 0, refusal}}};
+        const auto problem =
+            readCsv(text, separatorOf(headerLine(text)), [this](const auto &cells) { takeRow(cells); });
+        if (problem)
+            m_Plan.problems.push_back(*problem);
+        else if (!m_HasHeader)
+            m_Plan.problems.push_back({0, 0,
+                                       "There is no line with the names of the columns, such as "
+                                       "\"camera,mode,address,mask,gateway,name\"."});
+        return std::move(m_Plan);
+    }
+
+private:
+    static bool isEmpty(const CsvCell &cell) { return trimmed(cell.text).empty(); }
+
+    /// Also one that a spreadsheet has put into quotes.
+    static bool isComment(const std::vector<CsvCell> &cells) {
+        return cells.front().text.rfind('#', 0) == 0 && std::all_of(cells.begin() + 1, cells.end(), isEmpty);
+    }
+
+    void takeRow(const std::vector<CsvCell> &cells) {
+        if (m_IsGivenUp || std::all_of(cells.begin(), cells.end(), isEmpty) || isComment(cells))
+            return;
+        if (m_Plan.problems.size() >= MaxProblems) {
+            m_IsGivenUp = true;
+            m_Plan.problems.push_back({cells.front().place.line, 0, "From here on the file was not read."});
+        } else if (m_HasHeader)
+            takeEntry(cells);
+        else if (cells.front().text != "sep=") // which tells a spreadsheet the separator
+            takeHeader(cells);
+    }
+
+    void takeHeader(const std::vector<CsvCell> &cells) {
+        m_HasHeader = true;
+        for (const CsvCell &cell : cells)
+            m_Columns.push_back(columnOf(cell));
+        if (std::find(m_Columns.begin(), m_Columns.end(), PlanColumn::Camera) == m_Columns.end()) {
+            m_IsGivenUp = true;
+            m_Plan.problems.push_back({cells.front().place.line, 0, "There is no column \"camera\"."});
+        }
+    }
+
+    std::optional<PlanColumn> columnOf(const CsvCell &cell) {
+        const std::string name = trimmed(cell.text);
+        const auto *const found = std::find_if(std::begin(ColumnNames), std::end(ColumnNames),
+                                               [&](const char *each) { return strcasecmp(each, name.c_str()) == 0; });
+        if (found == std::end(ColumnNames)) {
+            if (!name.empty())
+                report(cell, "There is no column " + quoted(name.substr(0, MaxCellBytes)) +
+                                 ". The columns are camera, mode, address, mask, gateway and name.");
+            return std::nullopt;
+        }
+        const auto column = static_cast<PlanColumn>(found - std::begin(ColumnNames));
+        if (std::find(m_Columns.begin(), m_Columns.end(), column) != m_Columns.end())
+            report(cell, "The column " + quoted(*found) + " is there twice.");
+        return column;
+    }
+
+    void takeEntry(const std::vector<CsvCell> &cells) {
+        const std::size_t problems = m_Plan.problems.size();
+        PlanEntry entry;
+        entry.line = cells.front().place.line;
+        for (std::size_t i = 0; i < cells.size(); ++i)
+            takeCell(cells[i], i < m_Columns.size() ? m_Columns[i] : std::nullopt, &entry);
+        if (entry.camera.empty() && m_Plan.problems.size() == problems) {
+            const int character = entry.places[indexOf(PlanColumn::Camera)].character;
+            m_Plan.problems.push_back({entry.line, character, "This line names no camera."});
+        }
+        entry.isBroken = m_Plan.problems.size() != problems;
+        m_Plan.entries.push_back(std::move(entry));
+    }
+
+    void takeCell(const CsvCell &cell, std::optional<PlanColumn> column, PlanEntry *pEntry) {
+        const std::string text = trimmed(cell.text);
+        if (column)
+            pEntry->places[indexOf(*column)] = cell.place;
+        if (text.empty() && (!column || *column != PlanColumn::Name || cell.text.empty() || !cell.isQuoted))
+            return;
+        if (!column)
+            return report(cell, "This cell belongs to no column.");
+        if (text.size() > MaxCellBytes)
+            return report(cell, "This cell is too long: " + std::to_string(text.size()) + " bytes.");
+        switch (*column) {
+        case PlanColumn::Camera:
+            pEntry->camera = text;
+            return;
+        case PlanColumn::Mode:
+            return takeMode(cell, text, pEntry);
+        case PlanColumn::IpAddress:
+            return takeAddress(cell, text, pEntry);
+        case PlanColumn::Mask:
+            return takeMask(cell, text, pEntry);
+        case PlanColumn::Gateway:
+            pEntry->gateway = read(cell, addressFrom(text), text, "an IPv4 address");
+            return;
+        case PlanColumn::Name:
+            return takeName(cell, cell.isQuoted ? cell.text : text, pEntry);
+        }
+    }
+
+    void takeMode(const CsvCell &cell, const std::string &text, PlanEntry *pEntry) {
+        const auto *const mode = std::find_if(std::begin(Modes), std::end(Modes),
+                                              [&](Mode each) { return strcasecmp(toText(each), text.c_str()) == 0; });
+        if (mode == std::end(Modes))
+            report(cell, quoted(text) + " is no mode. The modes are static, dhcp and auto.");
+        else
+            pEntry->mode = *mode;
+    }
+
+    void takeAddress(const CsvCell &cell, const std::string &text, PlanEntry *pEntry) {
+        const std::size_t slash = text.find('/');
+        pEntry->address = read(cell, addressFrom(trimmed(text.substr(0, slash))), text, "an IPv4 address");
+        if (pEntry->address && slash != std::string::npos)
+            takeMask(cell, trimmed(text.substr(slash)), pEntry);
+    }
+
+    /// A mask comes with the address, from a cell of its own, or both.
+    void takeMask(const CsvCell &cell, const std::string &text, PlanEntry *pEntry) {
+        const std::optional<Address> mask = read(cell, maskFrom(text), text, "a subnet mask");
+        if (mask && pEntry->mask && *mask != *pEntry->mask)
+            report(cell, "The mask and the prefix of the address differ.");
+        pEntry->mask = mask ? mask : pEntry->mask;
+    }
+
+    void takeName(const CsvCell &cell, const std::string &text, PlanEntry *pEntry) {
+        if (text.size() > MaxNameBytes)
+            report(cell, "The name has " + std::to_string(text.size()) + " bytes. At most 16 are possible.");
+        else
+            pEntry->name = text;
+    }
+
+    std::optional<Address> read(const CsvCell &cell, std::optional<Address> address, const std::string &text,
+                                const char *what) {
+        if (!address)
+            report(cell, quoted(text) + " is not " + what + ".");
+        return address;
+    }
+
+    void report(const CsvCell &cell, const std::string &text) {
+        if (m_Plan.problems.size() <= MaxProblems)
+            m_Plan.problems.push_back({cell.place.line, cell.place.character, text});
+    }
+
+    Plan m_Plan;
+    std::vector<std::optional<PlanColumn>> m_Columns; ///< of the file; none for one without a name or an unknown one
+    bool m_HasHeader = false;
+    bool m_IsGivenUp = false;
+};
+
+bool isUtf8(const std::string &text) {
+    bool isValid = true;
+    forEachCharacter(text, [&](wchar_t character, std::string_view) { isValid = isValid && character != 0; });
+    return isValid;
+}
+
+bool isMask(Address mask) { return mask == maskOfPrefix(prefixLength(mask)); }
+
+PlanEntry entryOf(const Camera &camera) {
+    PlanEntry entry;
+    entry.camera = macText(camera.mac);
+    entry.mode = camera.mode;
+    const StoredAddresses stored = camera.stored.value_or(StoredAddresses{});
+    if (camera.mode == Mode::Static && camera.stored && stored.address == camera.address && isMask(stored.mask)) {
+        entry.address = stored.address;
+        entry.mask = stored.mask;
+        entry.gateway = stored.gateway;
+    }
+    if (!camera.name.empty() && camera.name.size() <= MaxNameBytes && isUtf8(camera.name))
+        entry.name = camera.name;
+    return entry;
+}
+
+std::string cellText(const std::string &text) {
+    if (text.find_first_of(",;\t\r\n\"#") == std::string::npos && trimmed(text) == text)
+        return text;
+    std::string cell(2 * text.size() + 2, '\0');
+    cell.resize(csv_write(cell.data(), cell.size(), text.data(), text.size()));
+    return cell;
+}
+
+std::string cellText(const std::optional<Address> &address) { return address ? toText(*address) : ""; }
+
+} // namespace
+
+Plan readPlan(const std::string &text) { return PlanReader().read(text); }
+
+Plan planOf(const Inventory &inventory) {
+    Plan plan;
+    for (const Camera &camera : inventory.cameras) {
+        if (camera.mode)
+            plan.entries.push_back(entryOf(camera));
+    }
+    return plan;
+}
+
+std::string planText(const Plan &plan) {
+    std::string text = "camera,mode,address,mask,gateway,name\n";
+    for (const PlanEntry &entry : plan.entries)
+        text += cellText(entry.camera) + "," + (entry.mode ? toText(*entry.mode) : "") + "," + cellText(entry.address) +
+                "," + cellText(entry.mask) + "," + cellText(entry.gateway) + "," + cellText(entry.name.value_or("")) +
+                "\n";
+    return text;
+}
+
+} // namespace commissioning
