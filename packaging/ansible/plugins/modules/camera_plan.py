@@ -94,7 +94,7 @@ cameras:
       description: Mode, address, mask, gateway and name that it had.
       type: dict
     after:
-      description: The same afterwards; null while unknown.
+      description: The same afterwards, or of a refused plan what it would be; null while unknown.
       type: dict
     error:
       description: Why it failed, or what is not known.
@@ -124,6 +124,7 @@ from ansible_collections.lanvane.cameras.plugins.module_utils.lanvanectl import 
 
 COLUMNS = ["camera", "mode", "address", "mask", "gateway", "name"]
 FINE = ("unchanged", "would-change", "done")
+UNTOUCHED = ("unchanged", "not-begun", "refused")
 
 
 def cell(column, value):
@@ -172,7 +173,7 @@ def place(problem, is_list):
 
 def is_changed(change):
     """A camera that was rolled back was seen to be as it was before."""
-    return change["state"] not in ("unchanged", "not-begun", "refused", "rolled-back") and change["changed"]
+    return change["state"] not in UNTOUCHED + ("rolled-back",) and change["changed"]
 
 
 def failures(document, is_list):
@@ -185,7 +186,7 @@ def failures(document, is_list):
 
 
 def difference(changes):
-    shown = [change for change in changes if change["state"] != "unchanged"]
+    shown = [change for change in changes if change["state"] not in UNTOUCHED]
     return dict(
         before=dict((change["camera"], change["before"]) for change in shown),
         after=dict((change["camera"], change["after"]) for change in shown),
