@@ -7,6 +7,7 @@
 #include "MinimalCorvo/CorvoBase.h"
 #include "Pages.h"
 #include "PlanPage.h"
+#include "Report.h"
 #include "Session.h"
 #include "Text.h"
 #include "Watch.h"
@@ -91,6 +92,8 @@ int carryOut(const Arguments &arguments, const Terminal &terminal) {
         Session session(arguments, terminal, interruption);
         if (arguments.command == Command::Watch)
             return watch(arguments, session, terminal);
+        if (arguments.command == Command::Report)
+            return writeReport(arguments, session, terminal);
         session.search();
         Outcome outcome = carryOut(arguments, session, terminal);
         if (interruption.isRequested())

@@ -186,6 +186,8 @@ std::string endLine(const JournalEntry &entry) {
                     {"text", entry.text}});
 }
 
+std::string asJournalled(const std::string &text) { return Json::parse(printed(text)).get<std::string>(); }
+
 JournalContent readJournal(const std::string &text) {
     Reader reader;
     for (std::size_t start = 0; start < text.size();) {

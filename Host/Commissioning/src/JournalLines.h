@@ -13,4 +13,7 @@ std::string beginLine(const JournalEntry &entry);
 /// What came of it. It is joined to its begin by the id.
 std::string endLine(const JournalEntry &entry);
 
+/// A text of a camera as it is read from the journal.
+std::string asJournalled(const std::string &text);
+
 } // namespace commissioning

@@ -1,5 +1,6 @@
 #include "PlanTask.h"
 
+#include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
 #include "gxapi/GvcpMessages.h"
 
@@ -14,6 +15,15 @@ std::optional<Mode> modeOfWord(std::uint32_t word) {
 }
 
 } // namespace
+
+PlanTask whereLent(const PlanTask &task) {
+    PlanTask lent = task;
+    if (task.temporary) {
+        lent.change.device.SetIpAddress(toText(task.temporary->address).c_str());
+        lent.isReadable = true;
+    }
+    return lent;
+}
 
 Change changeOf(const Corvo::CQuorelGigEDeviceInfo &device, const std::string &adapter, std::uint32_t word,
                 const std::optional<StoredAddresses> &stored) {

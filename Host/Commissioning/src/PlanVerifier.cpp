@@ -36,7 +36,7 @@ void PlanVerifier::await(const std::vector<PlanTask *> &tasks) {
         sideBySide(open.size(), m_AtOnce, [&](std::size_t i) { judge(*open[i]); });
         open.erase(std::remove_if(open.begin(), open.end(), [](const PlanTask *task) { return task->isDone; }),
                    open.end());
-        m_Settled(tasks.size() - open.size());
+        m_Settled(tasks.size() - open.size(), tasks.size());
     }
     for (PlanTask *const task : tasks)
         task->result.text = describe(task->change, task->result);

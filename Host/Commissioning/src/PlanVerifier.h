@@ -14,25 +14,26 @@ namespace commissioning {
 /// in each round. One that is back with its old settings is restarted again. Never throws.
 class PlanVerifier {
 public:
-    /// \param settled told how many are back. All must outlive it.
+    /// \param settled told how many of how many are back. All must outlive it.
     PlanVerifier(Corvo::IGigETransportLayer &layer, const RediscoveryPatience &patience, std::size_t atOnce,
-                 std::function<void(std::size_t done)> settled)
+                 std::function<void(std::size_t done, std::size_t all)> settled)
         : m_Layer(layer), m_Patience(patience), m_AtOnce(atOnce), m_Settled(std::move(settled)) {}
 
     void restart(const std::vector<PlanTask *> &tasks);
     /// Sets each task's result and isDone.
     void await(const std::vector<PlanTask *> &tasks);
+    /// Of a camera that was heard: reads what it has stored and decides whether it has what it should.
+    void settle(PlanTask &task);
 
 private:
     void restart(PlanTask &task);
     void hear(const std::vector<PlanTask *> &open);
     void judge(PlanTask &task);
-    void settle(PlanTask &task);
 
     Corvo::IGigETransportLayer &m_Layer;
     const RediscoveryPatience &m_Patience;
     std::size_t m_AtOnce;
-    std::function<void(std::size_t)> m_Settled;
+    std::function<void(std::size_t, std::size_t)> m_Settled;
 };
 
 } // namespace commissioning

@@ -20,7 +20,9 @@ PlanWorker::PlanWorker(Corvo::IGigETransportLayer &layer, const PlanTask &task)
                                              m_Connection,
                                              *this,
                                              Tracer(tracelog::LogGetCatID("Lanvane.Plan")),
-                                             TemporaryPatience} {
+                                             TemporaryPatience,
+                                             task.journal,
+                                             task.undertaking} {
     m_Devices.push_back(task.change.device);
 }
 
@@ -30,6 +32,8 @@ std::optional<TemporaryAddress> PlanWorker::askTemporaryAddress(const AddressQue
     return std::exchange(m_Temporary, std::nullopt);
 }
 
-void PlanWorker::failure(const char *, const std::exception_ptr &error, const char *) { m_Failure = failureText(error); }
+void PlanWorker::failure(const char *, const std::exception_ptr &error, const char *) {
+    m_Failure = failureText(error);
+}
 
 } // namespace commissioning

@@ -3,7 +3,6 @@
 #include "Judgement.h"
 #include "PlanWorker.h"
 #include "Registers.h"
-#include "ResultText.h"
 #include "Writing.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Saving.h"
@@ -25,7 +24,10 @@ public:
         : m_Task(task), m_Worker(layer, task), m_Writing(m_Worker.context(), task.change, &task.result) {}
 
     void run() {
-        m_Task.isWritten = byBroadcast() || byUnicast();
+        // What could not be done by broadcast before is done over the temporary address now; and no command carries
+        // an address that nobody can have.
+        const bool skipsBroadcast = m_Task.temporary || (m_Task.change.isStaticFirst && m_Task.change.address == 0);
+        m_Task.isWritten = (!skipsBroadcast && byBroadcast()) || (m_Task.isHeard && byUnicast());
         if (!m_Task.isWritten)
             explain();
     }
@@ -35,8 +37,8 @@ private:
         for (int i = 0; i < Attempts; ++i) {
             const bool isAcknowledged =
                 m_Worker.context().guarded("broadcast", [&] { return m_Writing.broadcast(m_Task.name.value_or("")); });
-            if (const auto isStored = readBack())
-                return *isStored; // what is not stored now is written over a connection
+            if (const auto isThere = isStored(m_Task))
+                return *isThere; // what is not stored now is written over a connection
             if (isAcknowledged)
                 return true;
         }
@@ -47,34 +49,24 @@ private:
         for (int i = 0; i < Attempts && !m_Worker.wasDenied(); ++i) {
             const bool isSent = m_Worker.context().guarded("unicast", [&] { return m_Writing.unicast(); });
             m_Worker.context().connection.close();
-            const auto isStored = readBack();
-            if (isStored.value_or(isSent))
-                return true;
+            const auto isThere = isStored(whereLent(m_Task));
+            if (isThere.value_or(isSent))
+                return nameTooIfLent();
         }
         return false;
     }
 
-    /// \returns none when nothing can be read.
-    std::optional<bool> readBack() {
-        if (!m_Task.isReadable)
-            return std::nullopt;
-        Registers registers(m_Task.change.device);
-        const auto word = registers.read(GEV_REG_NETWORK_INTERFACE_CONFIGURATION);
-        const auto stored = registers.readStored();
-        if (!word || !stored)
-            return std::nullopt;
-        Result seen;
-        seen.now = m_Task.change.device;
-        seen.now->SetIpConfigCurrent(std::to_string(*word).c_str());
-        seen.stored = stored;
-        m_Task.result.stored = stored;
-        return Judgement(m_Task.change, seen).isStored();
+    /// Over an address that it has only until it restarts.
+    bool nameTooIfLent() {
+        if (m_Task.temporary && m_Task.name) // seen when it is back
+            (void)rename(m_Worker.context(), whereLent(m_Task).change.device, *m_Task.name);
+        return true;
     }
 
     void explain() {
         Result &result = m_Task.result;
-        result.text =
-            m_Worker.wasDenied() ? "The camera is controlled by another application." : describe(m_Task.change, result);
+        result.text = m_Worker.wasDenied() ? "The camera is controlled by another application."
+                                           : "The settings could not be written.";
         if (!m_Worker.failure().empty())
             result.text += " " + m_Worker.failure();
     }
@@ -85,6 +77,20 @@ private:
 };
 
 } // namespace
+
+std::optional<bool> isStored(const PlanTask &task) {
+    if (!task.isReadable)
+        return std::nullopt;
+    Registers registers(task.change.device);
+    const auto word = registers.read(GEV_REG_NETWORK_INTERFACE_CONFIGURATION);
+    Result seen;
+    seen.stored = registers.readStored();
+    if (!word || !seen.stored)
+        return std::nullopt;
+    seen.now = task.change.device;
+    seen.now->SetIpConfigCurrent(std::to_string(*word).c_str());
+    return Judgement(task.change, seen).isStored();
+}
 
 void write(IGigETransportLayer &layer, PlanTask *pTask) {
     if (pTask->isAddressing) {

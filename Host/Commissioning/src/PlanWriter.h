@@ -11,6 +11,9 @@ namespace commissioning {
 /// Sets the task's result and isWritten.
 void write(Corvo::IGigETransportLayer &layer, PlanTask *pTask);
 
+/// Whether the camera has the task's settings stored, restarted or not. \returns none when that cannot be read.
+std::optional<bool> isStored(const PlanTask &task);
+
 /// Sees that the camera has the name that it is to have, or still the one it had, and writes it where it has not.
 /// \returns whether it has.
 bool settleName(Corvo::IGigETransportLayer &layer, PlanTask *pTask);

@@ -123,6 +123,14 @@ void Saving::inspect() {
     m_Context.interaction.updated(mac.c_str(), std::nullopt);
 }
 
+Result configure(const Context &context, const Change &change) {
+    const bool isStatic = change.mode == Mode::Static;
+    const Settings wanted{change.mode, isStatic ? change.address : 0, isStatic ? change.mask : 0,
+                          isStatic ? change.gateway : 0, change.device.GetUserDefinedName().c_str()};
+    return undertake(context, change.device, "set", wanted,
+                     [&](const Context &inner) { return Saving(inner, change).run(); });
+}
+
 void keepName(const Context &context, const CQuorelGigEDeviceInfo &before, Result *pResult) {
     const bool isGone = before.IsUserDefinedNameAvailable() && !before.GetUserDefinedName().empty() &&
                         pResult->now->GetUserDefinedName().empty();
@@ -133,14 +141,6 @@ void keepName(const Context &context, const CQuorelGigEDeviceInfo &before, Resul
     // One that cannot be read cannot be written either.
     pResult->isNameLost =
         !pResult->stored || !rename(context, *pResult->now, before.GetUserDefinedName().c_str()).success;
-}
-
-Result configure(const Context &context, const Change &change) {
-    const bool isStatic = change.mode == Mode::Static;
-    const Settings wanted{change.mode, isStatic ? change.address : 0, isStatic ? change.mask : 0,
-                          isStatic ? change.gateway : 0, change.device.GetUserDefinedName().c_str()};
-    return undertake(context, change.device, "set", wanted,
-                     [&](const Context &inner) { return Saving(inner, change).run(); });
 }
 
 } // namespace commissioning

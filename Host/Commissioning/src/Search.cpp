@@ -181,8 +181,7 @@ DeviceInfoList search(IGigETransportLayer &layer, const SearchOptions &options) 
         const tracelog::LineBudget::Use use(budget);
         if (Gx::CStopScope::IsStopRequested())
             return;
-        testAccessibility(layer, *unknown[index]);
-        addWhatCanBeRead(*unknown[index]);
+        probe(layer, *unknown[index]);
         const std::lock_guard<std::mutex> lock(judging);
         if (options.judged)
             options.judged(*unknown[index]);
@@ -200,6 +199,11 @@ void testAccessibility(IGigETransportLayer &layer, CDeviceInfo &device) {
     if (verdict == Accessibility_Unknown)
         device.SetPropertyValue(PropertyVerdictReason, layer.GetLastHostProblem());
     device.ClearAccessFlags();
+}
+
+void probe(IGigETransportLayer &layer, CDeviceInfo &device) {
+    testAccessibility(layer, device);
+    addWhatCanBeRead(device);
 }
 
 std::size_t updateDeviceInfo(IGigETransportLayer &layer, DeviceInfoList &devices, const char *mac, const char *ipConfig,

@@ -21,7 +21,7 @@ enum class PlanState {
     Failed,      ///< see the result
     RolledBack,  ///< failed, and seen to have its old settings again
     Unconfirmed, ///< sent; nobody could see what came of it
-    NotBegun     ///< nothing was sent to it
+    NotBegun     ///< nothing was sent to it; the result's text says why
 };
 
 struct PlanRecord {
@@ -48,6 +48,7 @@ struct PlanOutcome {
     std::string id;                  ///< of the plan in the journal; empty when nothing was written
     std::vector<PlanRecord> records; ///< one for each change of the review, in its order
     std::string error;               ///< why the plan as a whole was not begun; empty
+    std::string remark;              ///< what to know of how it went; empty
 };
 
 /// Applies a plan in phases, so that cameras can swap addresses: all are read again, all written, all restarted, all
@@ -59,12 +60,5 @@ struct PlanOutcome {
 /// \param pJournal null for none, as in tests.
 PlanOutcome apply(Corvo::IGigETransportLayer &layer, const PlanReview &review, const Inventory &inventory,
                   Journal *pJournal, const PlanOptions &options = {});
-
-/// The plan that takes changes of the journal back.
-///
-/// \param entries of the journal that are to be undone. \param inventory of now.
-/// \param isForced undoes also what is no longer as the change left it.
-/// \returns a plan whose problems name what cannot be undone.
-Plan undoOf(const std::vector<JournalEntry> &entries, const Inventory &inventory, bool isForced);
 
 } // namespace commissioning

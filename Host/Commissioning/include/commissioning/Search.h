@@ -48,6 +48,9 @@ void ask(Address address, Corvo::DeviceInfoList &found);
 /// Asks one camera whether it can be opened and stores the verdict in its info.
 void testAccessibility(Corvo::IGigETransportLayer &layer, Corvo::CDeviceInfo &device);
 
+/// The same, and stores what can be read without control: stored addresses and holder. Takes up to 1.2 s.
+void probe(Corvo::IGigETransportLayer &layer, Corvo::CDeviceInfo &device);
+
 /// Patches the entries of a camera without a discovery. A null text leaves its value alone.
 /// \param ipConfig decimal number of the enabled modes (GEV_IP_CONFIG).
 /// \param testAgain asks the camera again whether it can be opened. \returns number of entries patched.

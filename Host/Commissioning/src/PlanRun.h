@@ -1,0 +1,55 @@
+#pragma once
+
+#include "PlanLoans.h"
+#include "PlanReading.h"
+#include "PlanVerifier.h"
+
+#include <atomic>
+#include <mutex>
+
+namespace commissioning {
+
+/// A plan whose cameras have been read again, on its way through the phases.
+class PlanRun {
+public:
+    /// All must outlive it.
+    PlanRun(Corvo::IGigETransportLayer &layer, PlanReading &reading, Journal *pJournal, const PlanOptions &options,
+            PlanOutcome *pOutcome);
+
+    void run();
+
+private:
+    PlanMembers canaries();
+    /// All phases, with some of the cameras. \returns whether none of them failed.
+    bool carry(const PlanMembers &group);
+
+    void writeAll(const PlanMembers &group);
+    void writeOne(PlanMember &member);
+    bool begin(PlanMember &member);
+    void lend(const PlanMembers &group);
+    std::string obstacle() const;
+
+    /// Those that must not restart, though they may have been written.
+    PlanMembers heldBack(const PlanMembers &group) const;
+    void putBack(const PlanMembers &held);
+    void tellPutBack(PlanMember &member);
+    void returnLoan(PlanMember &member);
+    void verify(const PlanMembers &group);
+    void end(const PlanMembers &group);
+
+    void report(PlanPhase phase, std::size_t done, std::size_t all);
+    void refuse(PlanMember &member, const std::string &reason);
+    bool isFull() const;
+
+    Corvo::IGigETransportLayer &m_Layer;
+    PlanReading &m_Reading;
+    Journal *m_pJournal;
+    const PlanOptions &m_Options;
+    PlanOutcome &m_Outcome;
+    PlanLoans m_Loans;
+    PlanPhase m_Phase = PlanPhase::Verifying; ///< what the verifier works for
+    std::atomic<unsigned> m_Failures{0};
+    std::mutex m_Reporting;
+};
+
+} // namespace commissioning
