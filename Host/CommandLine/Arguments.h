@@ -22,7 +22,10 @@ enum class Command {
     Report,
     PlanExport,
     PlanCheck,
-    PlanApply
+    PlanApply,
+    PlanUndo,
+    PlanLog,
+    Undo
 };
 
 /// What the user asked for, checked as far as it can be without looking at the network.
@@ -51,6 +54,8 @@ struct Arguments {
     bool replacesFile = false;
     unsigned maxFailures = 3; ///< of cameras, that end a plan; 0 for never
     bool rollsBack = true;
+    std::string undone;     ///< id of a plan or change; empty for the last plan
+    bool isForced = false;  ///< of an undo
     double interval_s = 30; ///< of a watch
     std::string plan;       ///< file; empty for none, as the next two
     std::string metrics;
