@@ -46,7 +46,7 @@ ChangeRecord changeRecordOf(const PlannedChange &change, ChangeState differing) 
     ChangeRecord record;
     record.mac = change.camera.mac;
     record.before = settingsOf(change.camera);
-    record.after = differing == ChangeState::WouldChange ? change.after : record.before;
+    record.after = change.after;
     record.changed = change.differs() && differing == ChangeState::WouldChange;
     record.state = change.differs() ? differing : ChangeState::Unchanged;
     record.line = change.line;

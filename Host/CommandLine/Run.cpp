@@ -8,6 +8,7 @@
 #include "MinimalCorvo/CorvoBase.h"
 #include "Pages.h"
 #include "PlanPage.h"
+#include "Report.h"
 #include "Session.h"
 #include "Text.h"
 #include "Watch.h"
@@ -98,6 +99,8 @@ int carryOut(const Arguments &arguments, const Terminal &terminal) {
         Session session(arguments, terminal, interruption);
         if (arguments.command == Command::Watch)
             return watch(arguments, session, terminal);
+        if (arguments.command == Command::Report)
+            return writeReport(arguments, session, terminal);
         if (arguments.command != Command::PlanLog)
             session.search();
         Outcome outcome = carryOut(arguments, session, terminal);

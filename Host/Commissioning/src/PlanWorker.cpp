@@ -20,7 +20,9 @@ PlanWorker::PlanWorker(Corvo::IGigETransportLayer &layer, const PlanTask &task)
                                              m_Connection,
                                              *this,
                                              Tracer(tracelog::LogGetCatID("Lanvane.Plan")),
-                                             TemporaryPatience} {
+                                             TemporaryPatience,
+                                             task.journal,
+                                             task.undertaking} {
     m_Devices.push_back(task.change.device);
 }
 

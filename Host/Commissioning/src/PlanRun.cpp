@@ -1,0 +1,245 @@
+#include "PlanRun.h"
+
+#include "PlanRollback.h"
+#include "PlanWriter.h"
+#include "SideBySide.h"
+#include "commissioning/AddressText.h"
+#include "commissioning/DeviceInfos.h"
+
+#include <map>
+
+namespace commissioning {
+
+using namespace Corvo;
+
+namespace {
+
+bool isRestarting(const PlanMember *member) {
+    return !member->isOver && member->isSent && member->forward.isAddressing;
+}
+
+} // namespace
+
+PlanRun::PlanRun(IGigETransportLayer &layer, PlanReading &reading, Journal *pJournal, const PlanOptions &options,
+                 PlanOutcome *pOutcome)
+    : m_Layer(layer), m_Reading(reading), m_pJournal(pJournal), m_Options(options), m_Outcome(*pOutcome),
+      m_Loans(reading.inventory, reading.members) {}
+
+void PlanRun::run() {
+    PlanMembers rest;
+    for (PlanMember &member : m_Reading.members)
+        rest.push_back(&member);
+    const PlanMembers first = canaries();
+    bool isFine = true;
+    if (!first.empty() && first.size() < rest.size()) {
+        isFine = carry(first);
+        rest = those(rest, [](const PlanMember *member) { return !member->isOver; });
+    }
+    if (isFine)
+        carry(rest);
+    for (PlanMember *const member : rest) {
+        if (!isFine)
+            refuse(*member, "It was not begun, as the first camera of an adapter failed.");
+    }
+}
+
+PlanMembers PlanRun::canaries() {
+    std::vector<Place> places;
+    std::map<std::string, std::vector<std::size_t>> byAdapter;
+    for (const PlanMember &member : m_Reading.members) {
+        if (member.forward.isAddressing)
+            byAdapter[member.forward.change.adapter].push_back(places.size());
+        places.push_back(member.place);
+    }
+    PlanMembers found;
+    for (const auto &[adapter, members] : byAdapter) {
+        const auto one = freest(places, members);
+        if (one)
+            found.push_back(&m_Reading.members[*one]);
+        else
+            append(&m_Outcome.remark, "No camera behind " + (adapter.empty() ? "an unknown adapter" : adapter) +
+                                          " could go first alone, as all of them exchange their addresses.");
+    }
+    return found;
+}
+
+bool PlanRun::carry(const PlanMembers &group) {
+    const unsigned failuresBefore = m_Failures;
+    writeAll(group);
+    putBack(heldBack(group));
+    verify(those(group, isRestarting));
+    end(group);
+    return m_Failures == failuresBefore;
+}
+
+bool PlanRun::isFull() const { return m_Options.maxFailures != 0 && m_Failures >= m_Options.maxFailures; }
+
+std::string PlanRun::obstacle() const {
+    if (m_Options.isStopRequested && m_Options.isStopRequested())
+        return "It was not begun, as a stop was requested.";
+    return isFull() ? "It was not begun, as too many cameras failed." : "";
+}
+
+void PlanRun::refuse(PlanMember &member, const std::string &reason) {
+    member.record->result = Result::refusal(reason);
+    endMember(&member, PlanState::NotBegun);
+}
+
+bool PlanRun::begin(PlanMember &member) {
+    if (const std::string reason = obstacle(); !reason.empty()) {
+        refuse(member, reason);
+        return false;
+    }
+    JournalEntry entry;
+    entry.plan = m_Outcome.id;
+    entry.undoes = m_Options.undoes;
+    entry.what = m_Options.what;
+    entry.mac = member.before.mac;
+    entry.before = snapshotOf(member.before);
+    entry.wanted = member.record->change.after;
+    try {
+        member.undertaking = std::make_unique<Undertaking>(m_pJournal, entry);
+    } catch (const std::exception &error) { // in somebody else's hands, or the journal cannot be written
+        refuse(member, error.what());
+        ++m_Failures;
+        return false;
+    }
+    for (PlanTask *const task : {&member.forward, &member.back}) {
+        task->journal = m_pJournal;
+        task->undertaking = member.undertaking.get();
+    }
+    member.isSent = true;
+    return true;
+}
+
+void PlanRun::writeOne(PlanMember &member) {
+    if (!begin(member))
+        return;
+    write(m_Layer, &member.forward);
+    const bool mayBeLent = !member.forward.isReadable && m_Loans.canLend(member.forward.change.adapter);
+    if (!member.forward.isWritten && !mayBeLent)
+        ++m_Failures;
+}
+
+void PlanRun::writeAll(const PlanMembers &group) {
+    std::atomic<std::size_t> done{0};
+    sideBySide(group.size(), m_Options.atOnce, [&](std::size_t i) {
+        writeOne(*group[i]);
+        report(PlanPhase::Writing, ++done, group.size());
+    });
+    lend(those(group, [&](const PlanMember *member) {
+        return member->isSent && !member->forward.isWritten && !member->forward.isReadable &&
+               m_Loans.canLend(member->forward.change.adapter);
+    }));
+}
+
+void PlanRun::lend(const PlanMembers &group) {
+    std::vector<PlanTask *> tasks;
+    for (PlanMember *const member : group)
+        tasks.push_back(&member->forward);
+    writeOverLoans(m_Layer, m_Loans, tasks, m_Options.atOnce);
+    for (const PlanTask *const task : tasks)
+        m_Failures += task->isWritten ? 0 : 1;
+}
+
+PlanMembers PlanRun::heldBack(const PlanMembers &group) const {
+    std::vector<Place> places;
+    std::vector<bool> keeps;
+    for (const PlanMember *const member : group) {
+        places.push_back(member->place);
+        keeps.push_back(!member->forward.isWritten || isFull());
+    }
+    const std::vector<bool> stays = entangled(places, keeps);
+    PlanMembers held;
+    for (std::size_t i = 0; i < group.size(); ++i) {
+        if (stays[i] && isRestarting(group[i]))
+            held.push_back(group[i]);
+    }
+    return held;
+}
+
+void PlanRun::putBack(const PlanMembers &held) {
+    std::atomic<std::size_t> done{0};
+    sideBySide(held.size(), m_Options.atOnce, [&](std::size_t i) {
+        PlanMember &member = *held[i];
+        member.back.temporary = member.forward.temporary;
+        member.back = whereLent(member.back);
+        member.back.temporary.reset(); // it has it already
+        member.back.isWritten = isStored(member.back).value_or(false);
+        if (!member.back.isWritten)
+            write(m_Layer, &member.back);
+        report(PlanPhase::RollingBack, ++done, held.size());
+    });
+    for (PlanMember *const member : held)
+        tellPutBack(*member);
+}
+
+void PlanRun::tellPutBack(PlanMember &member) {
+    Result &result = member.record->result;
+    result = member.forward.result;
+    result.success = false;
+    if (member.forward.isWritten)
+        result.text = isFull() ? "It was not restarted, as too many cameras failed."
+                               : "It was not restarted, as a camera that failed keeps the address " +
+                                     toText(member.place.gets) + ".";
+    const bool isSeen = isStored(member.back).value_or(false);
+    append(&result.text, isSeen                  ? "It has its old settings stored."
+                         : member.back.isWritten ? "Its old settings were sent again, but cannot be read."
+                                                 : "Its old settings could not be written back.");
+    append(&result.text, member.lasting);
+    result.now = member.forward.change.device;
+    result.stored = isSeen ? member.before.stored : std::nullopt;
+    if (isSeen && member.forward.temporary) // back to its own address
+        returnLoan(member);
+    endMember(&member, isSeen ? PlanState::RolledBack : PlanState::Unconfirmed);
+}
+
+void PlanRun::returnLoan(PlanMember &member) {
+    PlanVerifier verifier(m_Layer, m_Options.patience, m_Options.atOnce, [](std::size_t, std::size_t) {});
+    verifier.restart({&member.back});
+    verifier.await({&member.back});
+    if (member.back.result.now)
+        member.record->result.now = member.back.result.now;
+    if (!member.back.isDone)
+        append(&member.record->result.text,
+               "It may still have the temporary address " + toText(member.forward.temporary->address) + ".");
+}
+
+void PlanRun::verify(const PlanMembers &group) {
+    std::vector<PlanTask *> tasks;
+    for (PlanMember *const member : group) {
+        tasks.push_back(&member->forward);
+        member->isRestarted = true;
+    }
+    PlanVerifier verifier(m_Layer, m_Options.patience, m_Options.atOnce,
+                          [&](std::size_t done, std::size_t all) { report(m_Phase, done, all); });
+    verifier.restart(tasks);
+    report(PlanPhase::Restarting, tasks.size(), tasks.size());
+    verifier.await(tasks);
+    const PlanMembers lost = those(group, [](const PlanMember *member) { return !member->forward.isDone; });
+    m_Failures += static_cast<unsigned>(lost.size());
+    if (lost.empty() || !m_Options.rollsBack)
+        return;
+    m_Phase = PlanPhase::RollingBack;
+    PlanRollback(m_Layer, m_Loans, verifier, m_Options.atOnce).run(group);
+    m_Phase = PlanPhase::Verifying;
+}
+
+void PlanRun::end(const PlanMembers &group) {
+    for (PlanMember *const member : those(group, [](const PlanMember *each) { return !each->isOver; })) {
+        Result &result = member->record->result;
+        result = member->forward.result;
+        if (!result.success)
+            append(&result.text, member->lasting);
+        m_Failures += member->forward.isDone && !result.success ? 1 : 0;
+        endMember(member, result.success ? PlanState::Done : result.now ? PlanState::Failed : PlanState::Unconfirmed);
+    }
+}
+
+void PlanRun::report(PlanPhase phase, std::size_t done, std::size_t all) {
+    const std::lock_guard<std::mutex> lock(m_Reporting);
+    if (m_Options.progress)
+        m_Options.progress(phase, done, all);
+}
+
+} // namespace commissioning
