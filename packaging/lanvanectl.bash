@@ -2,7 +2,7 @@
 # search of the network.
 _lanvanectl() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="list show doctor set force restart name rescue plan"
+    local commands="list show doctor set force restart name rescue plan undo"
     local options="--adapter --ask --json --dry-run --quiet --no-color --timeout --help --version"
     local word command="" deed="" position=0
     local -i i
@@ -28,11 +28,13 @@ _lanvanectl() {
     case $command in
         set) options+=" --mask --gateway" ;;
         force) options+=" --gateway" ;;
+        undo) options+=" --yes --force" ;;
         rescue) options+=" --all --static --dhcp --auto --yes" ;;
         plan)
             case $deed in
                 export) options+=" --force" ;;
                 apply) options+=" --yes --max-failures --no-rollback" ;;
+                undo) options+=" --yes --force" ;;
             esac
             ;;
     esac
@@ -42,7 +44,7 @@ _lanvanectl() {
         mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
     elif [ "$command" = plan ]; then
         if [ -z "$deed" ]; then
-            mapfile -t COMPREPLY < <(compgen -W "export check apply" -- "$current")
+            mapfile -t COMPREPLY < <(compgen -W "export check apply undo log" -- "$current")
         else
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
         fi
