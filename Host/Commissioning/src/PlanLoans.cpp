@@ -1,7 +1,7 @@
 #include "PlanLoans.h"
 
 #include "PlanWriter.h"
-#include "commissioning/SideBySide.h"
+#include "SideBySide.h"
 #include "commissioning/Survey.h"
 
 #include <algorithm>

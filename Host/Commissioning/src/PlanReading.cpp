@@ -1,10 +1,10 @@
 #include "PlanReading.h"
 
+#include "SideBySide.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Refusals.h"
 #include "commissioning/Search.h"
-#include "commissioning/SideBySide.h"
 
 #include <algorithm>
 #include <map>

@@ -1,7 +1,7 @@
 #include "PlanRollback.h"
 
 #include "PlanWriter.h"
-#include "commissioning/SideBySide.h"
+#include "SideBySide.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Search.h"
