@@ -144,6 +144,7 @@ void PlanRollback::prepare(PlanMember &member) {
         back.change.device = *heard;
     else if (now)
         back.change.device = *now;
+    back.isHeard = heard != nullptr;
     const Camera camera = cameraOf(back.change.device);
     back.isReadable = heard && camera.status == Status::Ok && !isTaken(camera.address, camera.mac, {});
 }

@@ -17,10 +17,11 @@ class Undertaking;
 
 /// One change of one camera of a plan on its way: forward, or back to what it had. Worked on by one thread at a time.
 struct PlanTask {
-    Change change;                             ///< its device is the camera as it was heard last before it
-    bool isAddressing = true;                  ///< mode or addresses are written and the camera restarts
-    std::optional<std::string> name;           ///< that it is to have afterwards; none leaves that alone
-    bool isReadable = false;                   ///< it answers at its address, so what was written can be read
+    Change change;                   ///< its device is the camera as it was heard last before it
+    bool isAddressing = true;        ///< mode or addresses are written and the camera restarts
+    std::optional<std::string> name; ///< that it is to have afterwards; none leaves that alone
+    bool isReadable = false;         ///< it answers at its address, so what was written can be read
+    bool isHeard = true;             ///< a search has found it; otherwise a broadcast is all that can be tried
     std::optional<TemporaryAddress> temporary; ///< one that may be forced to reach it
 
     Journal *journal = nullptr;

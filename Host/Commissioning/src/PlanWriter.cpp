@@ -3,7 +3,6 @@
 #include "Judgement.h"
 #include "PlanWorker.h"
 #include "Registers.h"
-#include "ResultText.h"
 #include "Writing.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Saving.h"
@@ -28,7 +27,7 @@ public:
         // What could not be done by broadcast before is done over the temporary address now; and no command carries
         // an address that nobody can have.
         const bool skipsBroadcast = m_Task.temporary || (m_Task.change.isStaticFirst && m_Task.change.address == 0);
-        m_Task.isWritten = (!skipsBroadcast && byBroadcast()) || byUnicast();
+        m_Task.isWritten = (!skipsBroadcast && byBroadcast()) || (m_Task.isHeard && byUnicast());
         if (!m_Task.isWritten)
             explain();
     }
@@ -66,8 +65,8 @@ private:
 
     void explain() {
         Result &result = m_Task.result;
-        result.text =
-            m_Worker.wasDenied() ? "The camera is controlled by another application." : describe(m_Task.change, result);
+        result.text = m_Worker.wasDenied() ? "The camera is controlled by another application."
+                                           : "The settings could not be written.";
         if (!m_Worker.failure().empty())
             result.text += " " + m_Worker.failure();
     }
