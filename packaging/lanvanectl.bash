@@ -2,17 +2,18 @@
 # search of the network.
 _lanvanectl() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="list show doctor set force restart name rescue"
+    local commands="list show doctor set force restart name rescue plan"
     local options="--adapter --ask --json --dry-run --quiet --no-color --timeout --help --version"
-    local word command="" position=0
+    local word command="" deed="" position=0
     local -i i
     for ((i = 1; i < COMP_CWORD; i++)); do
         word=${COMP_WORDS[i]}
         case $word in
-            --adapter | --ask | --timeout | --mask | --gateway) i+=1 ;;
+            --adapter | --ask | --timeout | --mask | --gateway | --max-failures) i+=1 ;;
             -*) ;;
             *)
                 [ -n "$command" ] && position=$((position + 1))
+                [ "$command $position" != "plan 1" ] || deed=$word
                 [ -n "$command" ] || command=$word
                 ;;
         esac
@@ -22,17 +23,29 @@ _lanvanectl() {
             mapfile -t COMPREPLY < <(compgen -W "$(ls /sys/class/net 2>/dev/null)" -- "$current")
             return
             ;;
-        --ask | --timeout | --mask | --gateway) return ;;
+        --ask | --timeout | --mask | --gateway | --max-failures) return ;;
     esac
     case $command in
         set) options+=" --mask --gateway" ;;
         force) options+=" --gateway" ;;
         rescue) options+=" --all --static --dhcp --auto --yes" ;;
+        plan)
+            case $deed in
+                export) options+=" --force" ;;
+                apply) options+=" --yes --max-failures --no-rollback" ;;
+            esac
+            ;;
     esac
     if [[ $current == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
     elif [ -z "$command" ]; then
         mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
+    elif [ "$command" = plan ]; then
+        if [ -z "$deed" ]; then
+            mapfile -t COMPREPLY < <(compgen -W "export check apply" -- "$current")
+        else
+            mapfile -t COMPREPLY < <(compgen -f -- "$current")
+        fi
     elif [ "$command" = set ] && [ "$position" = 1 ]; then
         mapfile -t COMPREPLY < <(compgen -W "static dhcp auto" -- "$current")
     fi

@@ -30,6 +30,8 @@ public:
         addChanging();
         addRescue();
         addPlan();
+        addWatch();
+        addReport();
     }
 
     Arguments parse(int argc, const char *const *argv) {
@@ -184,6 +186,32 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
 
     void addPlanFile(CLI::App *app) {
         app->add_option("FILE", m_Arguments.file, "CSV; - for standard input")->required()->check(notEmpty());
+    }
+
+    void addWatch() {
+        CLI::App *watch = add(Command::Watch, "watch", "Search again and again and tell what has happened",
+                              "watch --interval 10 --json");
+        constexpr double Day_s = 86400;
+        watch->add_option("--interval", m_Arguments.interval_s, "Seconds from the begin of a search to the next")
+            ->type_name("S")
+            ->check(CLI::Range(1.0, Day_s))
+            ->capture_default_str();
+        watch->add_option("--plan", m_Arguments.plan, "Tell which cameras differ from this plan")
+            ->type_name("FILE")
+            ->check(notEmpty());
+        watch->add_option("--metrics", m_Arguments.metrics, "Write metrics for Prometheus into this file")
+            ->type_name("FILE")
+            ->check(notEmpty());
+    }
+
+    void addReport() {
+        CLI::App *report = add(Command::Report, "report", "Gather in a zip file what helps to find a fault",
+                               "report --redact report.zip");
+        report
+            ->add_option("FILE", m_Arguments.report, "A file that is not there yet; else one is named by host and time")
+            ->check(notEmpty());
+        report->add_flag("--redact", m_Arguments.redact,
+                         "Replace MACs, serial numbers, names and addresses; leave out what cannot be replaced in");
     }
 
     template <typename Read>

@@ -9,7 +9,21 @@
 
 namespace commandline {
 
-enum class Command { List, Show, Doctor, Set, Force, Restart, Name, Rescue, PlanExport, PlanCheck, PlanApply };
+enum class Command {
+    List,
+    Show,
+    Doctor,
+    Set,
+    Force,
+    Restart,
+    Name,
+    Rescue,
+    Watch,
+    Report,
+    PlanExport,
+    PlanCheck,
+    PlanApply
+};
 
 /// What the user asked for, checked as far as it can be without looking at the network.
 struct Arguments {
@@ -37,6 +51,11 @@ struct Arguments {
     bool replacesFile = false;
     unsigned maxFailures = 3; ///< of cameras, that end a plan; 0 for never
     bool rollsBack = true;
+    double interval_s = 30; ///< of a watch
+    std::string plan;       ///< file; empty for none, as the next two
+    std::string metrics;
+    std::string report; ///< empty for a name of its own
+    bool redact = false;
 };
 
 /// Either what to do, or the exit code of a run that is over: help, version or a mistake.

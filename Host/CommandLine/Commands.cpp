@@ -363,9 +363,10 @@ Outcome carryOut(const Arguments &arguments, Session &session, const Terminal &t
         return rescueThem(arguments, session, terminal);
     case Command::PlanExport:
         return exportPlan(arguments, session, terminal);
-    case Command::PlanApply: // TODO
     case Command::PlanCheck:
-        return checkPlan(arguments, session);
+        return checkedFile(arguments, session).outcome;
+    case Command::PlanApply:
+        return applyPlan(checkedFile(arguments, session), {}, arguments, session, terminal);
     default:
         return changeOne(arguments, session);
     }

@@ -47,6 +47,8 @@ Json storedJson(const StoredAddresses &stored) {
     return {{"address", toText(stored.address)}, {"mask", toText(stored.mask)}, {"gateway", toText(stored.gateway)}};
 }
 
+} // namespace
+
 Json cameraJson(const Camera &camera) {
     return {{"mac", macText(camera.mac)},
             {"vendor", camera.vendor},
@@ -79,8 +81,6 @@ Json findingJson(const Finding &finding) {
             {"remedies", finding.remedies}};
 }
 
-} // namespace
-
 Json inventoryJson(const Inventory &inventory) {
     return {{"format", Format},
             {"adapters", arrayOf(inventory.adapters, adapterJson)},
@@ -98,5 +98,7 @@ Json errorJson(int exitCode, const std::string &text) {
 }
 
 std::string printed(const Json &json) { return json.dump(2, ' ', true, Json::error_handler_t::replace) + '\n'; }
+
+std::string printedLine(const Json &json) { return json.dump(-1, ' ', true, Json::error_handler_t::replace) + '\n'; }
 
 } // namespace commandline

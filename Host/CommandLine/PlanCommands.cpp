@@ -1,15 +1,14 @@
 #include "PlanCommands.h"
 
 #include "ExitCode.h"
+#include "FileWriting.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <stdexcept>
-#include <unistd.h>
+#include <system_error>
 
 using namespace commissioning;
 
@@ -18,6 +17,7 @@ namespace commandline {
 namespace {
 
 constexpr const char *Standard = "-"; // input or output
+constexpr mode_t Readable = 0644;
 
 std::string lastError() { return std::error_code(errno, std::generic_category()).message(); }
 
@@ -42,11 +42,11 @@ std::string textOfFile(const std::string &file) {
     return text;
 }
 
-ChangeRecord recordOf(const PlannedChange &change, ChangeState differing) {
+ChangeRecord changeRecordOf(const PlannedChange &change, ChangeState differing) {
     ChangeRecord record;
     record.mac = change.camera.mac;
     record.before = settingsOf(change.camera);
-    record.after = differing == ChangeState::WouldChange ? change.after : record.before;
+    record.after = change.after;
     record.changed = change.differs() && differing == ChangeState::WouldChange;
     record.state = change.differs() ? differing : ChangeState::Unchanged;
     record.line = change.line;
@@ -66,7 +66,7 @@ Outcome outcomeOf(const PlanReview &review, const std::string &file) {
     outcome.plan = PlanReport{"", file, review.problems};
     for (const PlannedChange &change : review.changes)
         outcome.changes.push_back(
-            recordOf(change, review.isRefused() ? ChangeState::Refused : ChangeState::WouldChange));
+            changeRecordOf(change, review.isRefused() ? ChangeState::Refused : ChangeState::WouldChange));
     outcome.exitCode = review.isRefused() ? ExitRefused : review.wouldChange() ? ExitWouldChange : ExitDone;
     if (review.isRefused())
         outcome.error =
@@ -74,33 +74,19 @@ Outcome outcomeOf(const PlanReview &review, const std::string &file) {
     return outcome;
 }
 
-/// Under a name of its own until it is complete.
-void write(const std::string &file, const std::string &text) {
-    const std::string temporary = file + "." + std::to_string(getpid()) + ".tmp";
-    errno = 0;
-    std::ofstream output(temporary, std::ios::binary);
-    output << text;
-    output.close();
-    if (!output || std::rename(temporary.c_str(), file.c_str()) != 0) {
-        const std::string reason = lastError();
-        unlink(temporary.c_str());
-        throw std::runtime_error(file + " cannot be written: " + reason + ".");
-    }
-}
-
 } // namespace
 
 CheckedPlan checked(const Plan &plan, const std::string &file, const Session &session) {
     CheckedPlan check;
-    check.inventory = session.everything();
+    check.inventory = inventoryOf(session.diagnosis());
     check.review = review(plan, check.inventory);
     refuseElsewhere(session.inventory(), &check.review);
     check.outcome = outcomeOf(check.review, file);
     return check;
 }
 
-Outcome checkPlan(const Arguments &arguments, const Session &session) {
-    return checked(readPlan(textOfFile(arguments.file)), arguments.file, session).outcome;
+CheckedPlan checkedFile(const Arguments &arguments, const Session &session) {
+    return checked(readPlan(textOfFile(arguments.file)), arguments.file, session);
 }
 
 Outcome exportPlan(const Arguments &arguments, const Session &session, const Terminal &terminal) {
@@ -111,15 +97,16 @@ Outcome exportPlan(const Arguments &arguments, const Session &session, const Ter
         return outcome;
     }
     outcome.plan = PlanReport{"", arguments.file, {}};
-    const auto status = std::filesystem::status(arguments.file);
-    if (std::filesystem::exists(status) && !(arguments.replacesFile && std::filesystem::is_regular_file(status))) {
+    try {
+        writeFile(arguments.file, planText(plan), Readable,
+                  arguments.replacesFile ? Existing::Replace : Existing::Refuse);
+    } catch (const std::system_error &error) {
+        if (error.code() != std::errc::file_exists)
+            throw;
         outcome.exitCode = ExitRefused;
-        outcome.error = arguments.file +
-                        (arguments.replacesFile ? " is no regular file." : " is there already. --force replaces it.");
+        outcome.error = arguments.file + " is there already. --force replaces it.";
         return outcome;
     }
-    const bool isThere = std::filesystem::exists(status);
-    write(isThere ? std::filesystem::canonical(arguments.file).string() : arguments.file, planText(plan));
     terminal.note(std::to_string(plan.entries.size()) + " cameras written to " + arguments.file + ".");
     return outcome;
 }

@@ -4,7 +4,7 @@
 #include "Outcome.h"
 #include "Session.h"
 #include "Terminal.h"
-#include "commissioning/Plan.h"
+#include "commissioning/PlanApplication.h"
 
 namespace commandline {
 
@@ -18,9 +18,13 @@ struct CheckedPlan {
 /// Cameras that are not among those of the adapters that the user named are problems.
 CheckedPlan checked(const commissioning::Plan &plan, const std::string &file, const Session &session);
 
-/// \throws std::invalid_argument when the file cannot be read.
-Outcome checkPlan(const Arguments &arguments, const Session &session);
-Outcome applyPlan(const Arguments &arguments, Session &session, const Terminal &terminal);
+/// The plan of the file that the user named. \throws std::invalid_argument when it cannot be read.
+CheckedPlan checkedFile(const Arguments &arguments, const Session &session);
 Outcome exportPlan(const Arguments &arguments, const Session &session, const Terminal &terminal);
+
+/// Asks, unless that is not wanted, and applies it. What is refused or changes nothing is neither asked nor applied.
+/// \param options what they are for and whom they undo; the rest is taken from the arguments.
+Outcome applyPlan(const CheckedPlan &check, commissioning::PlanOptions options, const Arguments &arguments,
+                  Session &session, const Terminal &terminal);
 
 } // namespace commandline

@@ -9,6 +9,7 @@
 #include "PlanPage.h"
 #include "Session.h"
 #include "Text.h"
+#include "Watch.h"
 #include "commissioning/Selection.h"
 
 #include <cstdlib>
@@ -71,7 +72,7 @@ void report(const Arguments &arguments, const Outcome &outcome, const Session &s
         return;
     }
     terminal.print(page(arguments, outcome, session, terminal));
-    if (!outcome.error.empty() && outcome.changes.empty())
+    if (!outcome.error.empty() && (outcome.changes.empty() || outcome.plan)) // else it is the error of a change
         terminal.complain(outcome.error);
 }
 
@@ -88,6 +89,8 @@ int carryOut(const Arguments &arguments, const Terminal &terminal) {
     const Library library;
     try {
         Session session(arguments, terminal, interruption);
+        if (arguments.command == Command::Watch)
+            return watch(arguments, session, terminal);
         session.search();
         Outcome outcome = carryOut(arguments, session, terminal);
         if (interruption.isRequested())

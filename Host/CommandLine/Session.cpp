@@ -71,17 +71,16 @@ Session::~Session() {
     Corvo::CTlFactory::GetInstance().ReleaseTl(&m_Layer);
 }
 
-Inventory Session::everything() const { return inventoryOf(m_Diagnosis); }
-
-void Session::search() {
+void Session::search(DiagnosisOptions options) {
     m_Terminal.progress("Searching for cameras...");
-    DiagnosisOptions options;
-    options.measuresQuiet = m_Arguments.command == Command::Doctor;
+    options.measuresQuiet = m_Arguments.command == Command::Doctor || m_Arguments.command == Command::Report;
     options.search.ask = m_Arguments.ask;
     std::size_t count = 0;
     std::size_t judged = 0;
     options.search.found = [&](const Corvo::DeviceInfoList &devices) { count = devices.size(); };
-    options.search.judged = [&](const Corvo::CDeviceInfo &) {
+    options.search.judged = [&, told = options.search.judged](const Corvo::CDeviceInfo &device) {
+        if (told)
+            told(device);
         m_Terminal.progress(std::to_string(++judged) + " of " + std::to_string(count) + " cameras asked...");
     };
     const Gx::CStopScope stoppable(&m_Interruption.token());

@@ -25,11 +25,11 @@ public:
     Session &operator=(const Session &) = delete;
 
     /// Searches. \throws Cancelled when it is interrupted.
-    void search();
+    void search(commissioning::DiagnosisOptions options = {});
+    /// The last search, with what is about other adapters than those asked for.
+    const commissioning::Diagnosis &diagnosis() const { return m_Diagnosis; }
     /// Limited to the adapters that the user named.
     const commissioning::Inventory &inventory() const { return m_Inventory; }
-    /// Not limited.
-    commissioning::Inventory everything() const;
     Corvo::IGigETransportLayer &layer() { return m_Layer; }
 
     /// As it was found; of a hidden camera what the listener saw, of any other its MAC alone.

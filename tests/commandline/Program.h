@@ -35,8 +35,8 @@ protected:
     void start(const std::vector<camsim::CameraConfig> &cameras) { site.emplace("nic0", "192.168.10.1/24", cameras); }
 
     pid_t begin(const std::string &arguments) {
-        const std::string command = "exec " LANVANECTL " " + arguments + " >" + (folder / "out").string() + " 2>" +
-                                    (folder / "error").string() + " </dev/null";
+        const std::string command = "exec " LANVANECTL " </dev/null " + arguments + " >" + (folder / "out").string() +
+                                    " 2>" + (folder / "error").string();
         const char *const words[] = {"sh", "-c", command.c_str(), nullptr};
         pid_t process = 0;
         EXPECT_EQ(0, posix_spawn(&process, "/bin/sh", nullptr, nullptr, const_cast<char **>(words), environ));

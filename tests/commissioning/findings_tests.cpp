@@ -71,6 +71,12 @@ void hide(Observation &host) {
 
 TEST(Findings, OfAdapters) {
     check({
+        {[](auto &host) {
+             for (Adapter &adapter : host.adapters)
+                 adapter.canBroadcast = false;
+             host.searched.clear();
+         },
+         {"W no-adapter"}},
         {[](auto &host) { host.adapters[0].isUp = false; }, {"W link-down | sudo ip link set dev eth0 up"}},
         {[](auto &host) {
              host.adapters[0].kind = host.adapters[1].kind = LinkKind::Physical;

@@ -1,195 +1,214 @@
-#include "Observing.h"
-#include "commissioning/PlanApplication.h"
+#include "commissioning/AddressRules.h"
+#include "commissioning/AddressText.h"
+#include "commissioning/Plan.h"
 
-#include <thread>
+#include <fstream>
+#include <gmock/gmock.h>
 
 using namespace commissioning;
-using namespace testnet;
-using testing::HasSubstr;
 
 namespace {
 
-/// A plan from its text to the cameras' registers. Camera n has the address 192.168.10.2n unless its row says more.
-class AppliedPlans : public Observing {
-protected:
-    using Act = std::function<void(Site &)>;
-    struct Row {
-        const char *name;
-        std::vector<std::string> cameras; ///< "192.168.10.21/24,key=value"
-        std::string plan;                 ///< lines without heading
-        std::string expected;             ///< what shown() gives
-        Act checked = {};                 ///< between the check and the plan
-        Act written = {};                 ///< after all writing, before the restarts
-        Act ended = {};                   ///< before the cameras are asked
-        unsigned maxFailures = 3;
-        std::size_t stopAfter = 1000; ///< cameras written one by one
-        std::string text = {};        ///< in that of some camera, or in the remark
+Camera camera(const char *mac, Mode mode, const std::string &address, const std::string &name = "") {
+    Camera camera;
+    camera.mac = std::string("025AE30000") + mac;
+    camera.name = name;
+    camera.adapters = {"eth1"};
+    camera.mode = mode;
+    camera.word = mode == Mode::Static ? 5 : mode == Mode::Dhcp ? 6 : 4;
+    camera.modes = {Mode::Static, Mode::Dhcp, Mode::Auto};
+    camera.address = addressFrom(address).value();
+    camera.mask = 0xFFFFFF00;
+    camera.status = Status::Ok;
+    camera.stored = StoredAddresses{camera.address, camera.mask, 0};
+    return camera;
+}
+
+/// What the plans below are held against.
+Inventory site() {
+    Inventory inventory;
+    Adapter adapter;
+    adapter.name = "eth1";
+    adapter.addresses = {{0xC0A80A01, 0xFFFFFF00}};
+    Adapter other;
+    other.name = "eth2";
+    other.addresses = {{0x0A000001, 0xFF000000}};
+    inventory.adapters = {adapter, other};
+    inventory.cameras = {camera("01", Mode::Static, "192.168.10.21", "left"),
+                         camera("02", Mode::Static, "192.168.10.22", "right"),
+                         camera("03", Mode::Dhcp, "192.168.10.23", "over, \"under\"; \u00E4"),
+                         camera("04", Mode::Static, "192.168.10.24", "twin"),
+                         camera("05", Mode::Auto, "169.254.3.4", "twin"),
+                         camera("06", Mode::Static, "192.168.10.26"), // held
+                         camera("07", Mode::Static, "192.168.10.27"), // another has its MAC
+                         camera("08", Mode::Dhcp, "192.168.10.28"),   // takes no static addresses, and has none
+                         camera("09", Mode::Static, "192.168.10.29")};
+    inventory.cameras[5].status = Status::InUse;
+    inventory.cameras[5].holder = Holder{0xC0A80AC8, 5555, Process{12, "viewer"}};
+    inventory.findings = {{"duplicate-mac", Severity::Error, "eth1", "025AE3000007", {}, "", {}}};
+    inventory.cameras[7].modes = {Mode::Dhcp, Mode::Auto};
+    inventory.cameras[8].hidden = true;
+    inventory.cameras[8].stored.reset();
+    return inventory;
+}
+
+std::string join(const std::vector<PlanProblem> &problems) {
+    std::string text;
+    for (const PlanProblem &problem : problems)
+        text += std::to_string(problem.line) + ":" + std::to_string(problem.character) + ": " + problem.text + "\n";
+    return text;
+}
+
+/// Broken.txt: a plan after each line "=== TITLE", and after "---" what is wrong with it.
+TEST(Plan, TellsWhatIsWrongAndWhere) {
+    std::ifstream file(BROKEN_PLANS);
+    std::string title;
+    std::string plan;
+    std::string problems;
+    std::string *pPart = &plan;
+    int count = 0;
+    const auto check = [&] {
+        count += title.empty() ? 0 : 1;
+        EXPECT_EQ(problems, title.empty() ? "" : join(review(readPlan(plan), site()).problems)) << title;
     };
-
-    static std::string stateText(PlanState state) {
-        return std::array{"unchanged", "done", "failed", "rolled-back", "unconfirmed", "not-begun"}.at(
-            static_cast<std::size_t>(state));
+    for (std::string line; std::getline(file, line);) {
+        if (line.rfind("=== ", 0) == 0) {
+            check();
+            title = line;
+            plan = problems = "";
+            pPart = &plan;
+        } else if (line == "---")
+            pPart = &problems;
+        else
+            *pPart += line + "\n";
     }
-    static std::string shown(const Site &site, const PlanOutcome &outcome) {
-        std::string text = outcome.error;
-        for (const PlanRecord &record : outcome.records) {
-            const auto mac = camsim::MacAddress::parse(record.change.camera.mac);
-            const camsim::CameraStatus now = site.cameras.status(mac);
-            text += (text.empty() ? "" : "; ") + stateText(record.state) + " " +
-                    (now.current ? now.current->address.toString() : "nowhere");
-            if (!now.current || now.persistent.address != now.current->address || now.ipEnabled != 5)
-                text += " stored " + now.persistent.address.toString() + " word " + std::to_string(now.ipEnabled);
-            EXPECT_TRUE(!now.holder || record.state == PlanState::NotBegun) << record.change.camera.mac;
-        }
-        return text;
-    }
-    static PlanOutcome applied(const Row &row, Site &site) {
-        const Inventory inventory = inventoryOf(observe());
-        const PlanReview reviewed = review(readPlan("camera,mode,address,name\n" + row.plan), inventory);
-        for (const PlanProblem &problem : reviewed.problems)
-            ADD_FAILURE() << problem.text;
-        if (row.checked)
-            row.checked(site);
-        PlanOptions options;
-        options.patience = {4, std::chrono::milliseconds(300), 3};
-        options.maxFailures = row.maxFailures;
-        std::size_t written = 0;
-        options.progress = [&](PlanPhase phase, std::size_t done, std::size_t all) {
-            written += phase == PlanPhase::Writing ? 1 : 0;
-            if (phase == PlanPhase::Writing && done == all && row.written)
-                row.written(site);
-        };
-        options.isStopRequested = [&] { return written >= row.stopAfter; };
-        options.atOnce = row.stopAfter < 1000 ? 1 : 32;
-        PlanOutcome outcome = apply(layer(), reviewed, inventory, nullptr, options);
-        std::string texts = outcome.remark;
-        for (const PlanRecord &record : outcome.records) {
-            texts += "\n" + record.result.text;
-            EXPECT_EQ(record.state == PlanState::Done, record.result.success) << record.result.text;
-        }
-        EXPECT_THAT(texts, HasSubstr(row.text));
-        return outcome;
-    }
-    static void check(const std::vector<Row> &rows) {
-        for (const Row &row : rows) {
-            SCOPED_TRACE(row.name);
-            std::vector<camsim::CameraConfig> cameras;
-            for (std::size_t i = 0; i < row.cameras.size(); ++i) {
-                const std::size_t comma = std::min(row.cameras[i].find(','), row.cameras[i].size());
-                cameras.push_back(cameraAt(static_cast<unsigned>(i + 1), row.cameras[i].substr(0, comma),
-                                           row.cameras[i].substr(comma) + ",xml=none"));
-            }
-            Site site("nic0", "192.168.10.1/24", cameras);
-            ip("address add 10.9.0.1/24 brd + dev nic0");
-            const PlanOutcome outcome = applied(row, site);
-            if (row.ended)
-                row.ended(site);
-            EXPECT_EQ(row.expected, shown(site, outcome));
-        }
-    }
-    /// It is switched off and on, and has what it has stored.
-    static Act revive(unsigned number) {
-        return [=](Site &site) {
-            site.cameras.setFaults(camera(number).mac, {});
-            site.cameras.powerCycle(camera(number).mac);
-            std::this_thread::sleep_for(std::chrono::milliseconds(300));
-        };
-    }
-    static Act spoil(unsigned number, const std::string &faults) {
-        return [=](Site &site) { site.cameras.setFaults(camera(number).mac, camsim::parseFaults(faults)); };
-    }
-};
-
-const char *const A = "192.168.10.21/24";
-const char *const B = "192.168.10.22/24";
-const char *const C = "192.168.10.23/24";
-const char *const Swap = "1,,192.168.10.22,\n2,,192.168.10.21,\n";
-
-TEST_F(AppliedPlans, Exchange) {
-    check({
-        {"a swap", {A, B}, Swap, "done 192.168.10.22; done 192.168.10.21", {}, {}, {}, 3, 1000, "could go first alone"},
-        {"a rotation, and one beside it",
-         {A, B, C, "192.168.10.24/24"},
-         "1,,192.168.10.22,\n2,,192.168.10.23,\n3,,192.168.10.21,new\n4,,192.168.10.34,\n",
-         "done 192.168.10.22; done 192.168.10.23; done 192.168.10.21; done 192.168.10.34"},
-        {"all to another subnet",
-         {A, B, C},
-         "1,,10.9.0.22,\n2,,10.9.0.21,\n3,,10.9.0.23,\n",
-         "done 10.9.0.22; done 10.9.0.21; done 10.9.0.23"},
-        {"only unicast, from a foreign subnet",
-         {"172.16.0.9/16,vendor-config=error", "172.16.0.10/16,vendor-config=error", C},
-         "1,,192.168.10.31,far\n2,,192.168.10.32,\n3,dhcp,,\n",
-         "done 192.168.10.31; done 192.168.10.32; done 169.254.1.3 stored 192.168.10.23 word 6"},
-    });
+    check();
+    EXPECT_LE(40, count);
 }
 
-TEST_F(AppliedPlans, NothingIsLost) {
-    check({
-        {"a half that ignores restarts",
-         {A, std::string(B) + ",ignored-restarts=all"},
-         Swap,
-         "rolled-back 192.168.10.21; rolled-back 192.168.10.22"},
-        {"a half that dies",
-         {A, B},
-         Swap,
-         "done 192.168.10.22; unconfirmed 192.168.10.21",
-         {},
-         spoil(2, "silent-after=0"),
-         revive(2)},
-        {"the first one dies",
-         {A, B},
-         "1,,192.168.10.31,\n2,,192.168.10.32,\n",
-         "unconfirmed 192.168.10.31; not-begun 192.168.10.22",
-         {},
-         spoil(1, "silent-after=0"),
-         revive(1)},
-        {"DHCP with a stored address",
-         {"192.168.10.99/24,enabled=dhcp+lla,dhcp=192.168.10.140/24,ignored-restarts=all"},
-         "1,static,192.168.10.31,\n",
-         "rolled-back 192.168.10.140 stored 192.168.10.99 word 6"},
-        {"one of a rotation cannot be written",
-         {A, B, C},
-         "1,,192.168.10.22,\n2,,192.168.10.23,\n3,,192.168.10.21,\n",
-         "rolled-back 192.168.10.21; rolled-back 192.168.10.22; rolled-back 192.168.10.23",
-         spoil(2, "loss-to-camera=100,commands=setipconfig+writereg")},
-    });
+/// Bytes that are seen in no editor, and sizes.
+TEST(Plan, IsBoundedAndTellsWhatIsNoText) {
+    const std::string head = "camera,name\n";
+    std::string many = head;
+    for (int i = 0; i < 100000; ++i)
+        many += "nobody" + std::to_string(i) + ",\n";
+    const struct {
+        std::string text, problem;
+    } rows[] = {
+        {"\xFF\xFE" + std::string("c\0a\0", 4), "0:0: The file is in UTF-16"},
+        {std::string("c\0a\0m\0", 6), "1:2: There is a NUL here"},
+        {"PK\x03\x04rest", "0:0: The file is a spreadsheet"},
+        {head + "left,k\xFChl\n", "2:7: This is no UTF-8"},
+        {head + "left,\u00FC\u6444\nx,\"" + std::string("\u00E4\0", 3), "3:5: There is a NUL here"},
+        {head + "left," + std::string(5000, 'x'), "2:6: This cell is too long: 5000 bytes."},
+        {head + std::string(2000, ','), "2:1025: This line has more than 1024 cells"},
+        {head + "left,\"" + std::string(1 << 20, ' ') + "\"", "2:6: The name has 1048576 bytes"},
+        {std::string(MaxPlanBytes + 1, '\n'), "0:0: The file has more than 16 MiB"},
+        {many, "2:1: There is no camera 'nobody0'.\n"},
+    };
+    for (const auto &row : rows) {
+        const auto problems = review(readPlan(row.text), site()).problems;
+        EXPECT_THAT(join(problems), testing::StartsWith(row.problem));
+        EXPECT_GE(201U, problems.size());
+    }
 }
 
-TEST_F(AppliedPlans, Refusals) {
-    check({
-        {"held since",
-         {A, B, C},
-         "1,,192.168.10.22,\n2,,192.168.10.32,\n3,,192.168.10.33,\n",
-         "not-begun 192.168.10.21; not-begun 192.168.10.22; done 192.168.10.33",
-         [](Site &site) {
-             site.cameras.setHolder(camera(2).mac, camsim::Holder{{{1}, 5555}, 2, true});
-         }},
-        {"changed since",
-         {A, B},
-         "1,,192.168.10.31,\n2,,192.168.10.32,\n",
-         "not-begun 192.168.10.21 stored 192.168.10.77 word 5; done 192.168.10.32",
-         [](Site &site) { site.cameras.writeRegister(camera(1).mac, GEV_REG_PERSISTENT_IP_ADDRESS, 0xC0A80A4D); }},
-        {"two failures are enough",
-         {A, B, C, "192.168.10.24/24"},
-         "1,,192.168.10.31,\n2,,192.168.10.32,\n3,,192.168.10.33,\n4,,192.168.10.34,\n",
-         "done 192.168.10.31; rolled-back 192.168.10.22; rolled-back 192.168.10.23; rolled-back 192.168.10.24",
-         [](Site &site) {
-             spoil(2, "loss-to-camera=100,commands=setipconfig+writereg")(site);
-             spoil(3, "loss-to-camera=100,commands=setipconfig+writereg")(site);
-         },
-         {},
-         {},
-         2},
-        {"a stop",
-         {A, B, C, "192.168.10.24/24"},
-         "1,,192.168.10.31,\n2,,192.168.10.32,\n3,,192.168.10.33,\n4,,192.168.10.23,\n",
-         "done 192.168.10.31; done 192.168.10.32; not-begun 192.168.10.23; not-begun 192.168.10.24",
-         {},
-         {},
-         {},
-         3,
-         2},
-    });
+/// What one gets from a spreadsheet where the comma belongs to numbers.
+TEST(Plan, ComesFromASpreadsheet) {
+    const Plan plan = readPlan("\uFEFFName;Camera ; MODE;Address;mask;Gateway;\r\n"
+                               "# line 1;;;;;;\r\n"
+                               "\"# over, under\";;;;;;\r\n"
+                               ";;;;;;\r\n"
+                               "\"front, left; \"\"A\"\"\";02-5a-e3-00-00-01;Static;192.168.10.31/24;;0.0.0.0;\r\n"
+                               "\r\n"
+                               ";\u00A0right\u00A0;DHCP;;;;\r\n"
+                               "\"two\r\nlines\";025AE3000004;;;24;;\r\n"
+                               ";x;;;;gone;");
+    ASSERT_EQ(4U, plan.entries.size()) << join(plan.problems);
+    EXPECT_EQ("10:7: 'gone' is not an IPv4 address.\n", join(plan.problems)); // behind a cell with a line end
+    const PlanEntry &first = plan.entries[0];
+    EXPECT_EQ("front, left; \"A\"", first.name.value());
+    EXPECT_EQ(Mode::Static, first.mode);
+    EXPECT_EQ(0xC0A80A1F, first.address.value());
+    EXPECT_EQ(0xFFFFFF00, first.mask.value());
+    EXPECT_EQ(0U, first.gateway.value());
+    EXPECT_EQ(5, first.line);
+    EXPECT_EQ(22, first.places[0].character);
+    EXPECT_EQ("right", plan.entries[1].camera);
+    EXPECT_FALSE(plan.entries[1].name || plan.entries[1].address);
+    EXPECT_EQ("two\r\nlines", plan.entries[2].name.value());
+    EXPECT_EQ(9, plan.entries[2].places[0].line);
+    EXPECT_EQ(1U, readPlan("sep=\t\ncamera\tmode\nx\tauto\n").entries.size());
+    EXPECT_EQ(1U, readPlan("camera\rx").entries.size());
+}
+
+/// Whatever is there, also what no plan could bring about.
+TEST(Plan, OfWhatIsThereChangesNothing) {
+    Inventory inventory = site();
+    inventory.cameras[0].name = "\" #a\r\n;\t";
+    inventory.cameras[1].name = "\xFF";
+    inventory.cameras[3].address = 0xC0A80A63; // a temporary one
+    inventory.cameras[8].stored = StoredAddresses{inventory.cameras[8].address, 0xFF00FF00, 0};
+    const std::string text = planText(planOf(inventory));
+    const PlanReview same = review(readPlan(text), inventory);
+    EXPECT_EQ("", join(same.problems)) << text;
+    EXPECT_EQ(inventory.cameras.size(), same.changes.size());
+    EXPECT_FALSE(same.wouldChange());
+    EXPECT_EQ(text, planText(readPlan(text)));
+}
+
+std::string toString(const PlanReview &review) {
+    std::string text = join(review.problems);
+    for (const PlannedChange &change : review.changes)
+        text += toText(AdapterAddress{change.after.address, change.after.mask}) + " " + toText(change.after.gateway) +
+                " " + std::to_string(change.word) + (change.stored ? " stored" : "") +
+                (change.addressing ? " addressing" : "") + (change.naming ? " naming" : "") + "\n";
+    return text;
+}
+
+/// The state after the plan counts, and what is left open is decided as one would expect.
+TEST(Plan, IsJudgedByWhatComesOfIt) {
+    Inventory inventory = site();
+    inventory.cameras[1].stored = StoredAddresses{0xC0A80A16, 0xFFFF0000, 0xC0A80101};
+    inventory.cameras[3].address = 0xC0A80A63; // a temporary one
+    inventory.cameras[3].word = 7;
+    const struct {
+        const char *lines, *outcome;
+    } rows[] = {
+        {"left,,192.168.10.22\nright,,192.168.10.21", // swap; the mask is the adapter's, the gateway out of reach
+         "192.168.10.22/24 0.0.0.0 5 stored addressing\n192.168.10.21/24 0.0.0.0 5 stored addressing\n"},
+        {"left,,192.168.10.22\nright,,192.168.10.24\n025AE3000004,,192.168.10.21", // rotation
+         "192.168.10.22/24 0.0.0.0 5 stored addressing\n192.168.10.24/24 0.0.0.0 5 stored addressing\n"
+         "192.168.10.21/24 0.0.0.0 7 stored addressing\n"},
+        {"left,,192.168.10.22\nright,dhcp", // an address that is given up
+         "192.168.10.22/24 0.0.0.0 5 stored addressing\n0.0.0.0/0 0.0.0.0 6 addressing\n"},
+        {"left,,192.168.10.22\nright,,192.168.10.24", // a chain that ends at somebody who stays
+         "3:8: The camera with the MAC address 02:5A:E3:00:00:04 has the address 192.168.10.24.\n"
+         "192.168.10.22/24 0.0.0.0 5 stored addressing\n192.168.10.24/24 0.0.0.0 5 stored addressing\n"},
+        {"right,,192.168.10.22,,192.168.2.1", "192.168.10.22/16 192.168.2.1 5 stored addressing\n"},
+        {"right,STATIC,192.168.10.22", "192.168.10.22/16 192.168.1.1 5\n"}, // as it is
+        {"025AE3000004,static", "192.168.10.24/24 0.0.0.0 7\n"},
+        {"025AE3000004,,192.168.10.24", "192.168.10.24/24 0.0.0.0 7 stored addressing\n"}, // back to its own
+        {"025AE3000003,static,,,,x", "192.168.10.23/24 0.0.0.0 5 stored addressing naming\n"},
+        {"025AE3000003,,,,,x", "192.168.10.23/24 0.0.0.0 6 naming\n"},         // keeps what a server gave it
+        {"025AE3000006,static,192.168.10.26", "192.168.10.26/24 0.0.0.0 5\n"}, // held, but not changed
+        {"025AE3000009,,192.168.10.29", "192.168.10.29/24 0.0.0.0 5 stored addressing\n"}, // may be anything
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(
+            row.outcome,
+            toString(review(readPlan(std::string("camera,mode,address,mask,gateway,name\n") + row.lines), inventory)))
+            << row.lines;
+
+    PlanEntry undone; // as no file can ask for
+    undone.camera = "025AE3000003";
+    undone.word = 6;
+    undone.address = 0xC0A80A40;
+    undone.name = "";
+    EXPECT_EQ("0.0.0.0/0 0.0.0.0 6 stored addressing naming\n", toString(review({{undone}, {}}, inventory)));
+    undone.camera = "025AE3000006";
+    EXPECT_THAT(toString(review({{undone}, {}}, inventory)),
+                testing::StartsWith("0:0: 025AE3000006: The camera is contr"));
 }
 
 } // namespace

@@ -105,7 +105,7 @@ Diagnosis diagnose(Corvo::IGigETransportLayer &layer, const DiagnosisOptions &op
     for (Camera &hidden : hiddenCameras(observation.listener, observation.cameras, end))
         observation.cameras.push_back(std::move(hidden));
     nameHolders(observation);
-    completeFromHost(observation);
+    completeFromHost(observation, options.earlier);
     if (Gx::CStopScope::IsStopRequested())
         throw Cancelled();
     diagnosis.findings = findingsOf(observation);

@@ -68,6 +68,8 @@ void addLinkFindings(FindingMaker &maker) {
     const Observation &o = maker.observation();
     const bool anyUsable = std::any_of(o.adapters.begin(), o.adapters.end(), isUsable);
     unsigned proposed = 0;
+    if (std::none_of(o.adapters.begin(), o.adapters.end(), [](const Adapter &one) { return one.canBroadcast; }))
+        maker.add(Code::NoAdapter, AllAdapters, NoCamera, {}, {});
     for (const Adapter &adapter : o.adapters) {
         if (!adapter.canBroadcast || adapter.isPort)
             continue;
@@ -248,15 +250,16 @@ std::vector<Finding> findingsOf(const Observation &observation) {
     return maker.take();
 }
 
-void completeFromHost(Observation &observation) {
+void completeFromHost(Observation &observation, const Observation *earlier) {
     observation.routes = surveyRoutes();
     for (const Camera &camera : observation.cameras) {
         if (const std::optional<Route> route = routeTo(camera.address))
             observation.routeTo[camera.address] = *route;
     }
-    observation.connections = managedConnections();
+    observation.connections = earlier ? earlier->connections : managedConnections();
     observation.firewall =
-        surveyFirewall(std::vector<std::string>(observation.searched.begin(), observation.searched.end()));
+        earlier ? earlier->firewall
+                : surveyFirewall(std::vector<std::string>(observation.searched.begin(), observation.searched.end()));
     std::ifstream("/proc/sys/net/core/rmem_max") >> observation.bufferLimit;
     observation.isRoot = geteuid() == 0;
 }

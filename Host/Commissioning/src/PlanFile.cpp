@@ -93,9 +93,10 @@ public:
 private:
     static bool isEmpty(const CsvCell &cell) { return trimmed(cell.text).empty(); }
 
-    /// Also one that a spreadsheet has put into quotes.
+    /// Also one that a spreadsheet has put into quotes, or into another column.
     static bool isComment(const std::vector<CsvCell> &cells) {
-        return cells.front().text.rfind('#', 0) == 0 && std::all_of(cells.begin() + 1, cells.end(), isEmpty);
+        const auto first = std::find_if_not(cells.begin(), cells.end(), isEmpty);
+        return trimmed(first->text).front() == '#' && std::all_of(first + 1, cells.end(), isEmpty);
     }
 
     void takeRow(const std::vector<CsvCell> &cells) {

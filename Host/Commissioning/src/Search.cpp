@@ -117,6 +117,15 @@ DeviceInfoList oneForEachMac(const DeviceInfoList &found) {
     return devices;
 }
 
+std::vector<CDeviceInfo *> unknownOf(DeviceInfoList &devices, const SearchOptions &options) {
+    std::vector<CDeviceInfo *> unknown;
+    for (CDeviceInfo &device : devices) {
+        if (!options.recall || !options.recall(device))
+            unknown.push_back(&device);
+    }
+    return unknown;
+}
+
 /// What the probes of one search may write into the trace log.
 constexpr unsigned MaxLinesOfProbes = 200;
 
@@ -159,20 +168,23 @@ DeviceInfoList search(IGigETransportLayer &layer, const SearchOptions &options) 
     DeviceInfoList devices = discover(layer, options);
     if (options.found)
         options.found(devices);
-    if (devices.empty())
+    const std::vector<CDeviceInfo *> unknown = unknownOf(devices, options);
+    if (unknown.empty())
         return devices;
-    DeviceInfoList ignored; // What a plain discovery hears does not matter; that devices heard one does.
-    layer.EnumerateDevices(ignored, false);
+    if (!options.recall) {
+        DeviceInfoList ignored; // What a plain discovery hears does not matter; that devices heard one does.
+        layer.EnumerateDevices(ignored, false);
+    }
     tracelog::LineBudget budget(tracelog::LogGetCatID("Corvo.GigE.TL"), MaxLinesOfProbes);
     std::mutex judging;
-    sideBySide(devices.size(), std::min(MaxAtOnce, spareDescriptors()), [&](std::size_t index) {
+    sideBySide(unknown.size(), std::min(MaxAtOnce, spareDescriptors()), [&](std::size_t index) {
         const tracelog::LineBudget::Use use(budget);
         if (Gx::CStopScope::IsStopRequested())
             return;
-        probe(layer, devices[index]);
+        probe(layer, *unknown[index]);
         const std::lock_guard<std::mutex> lock(judging);
         if (options.judged)
-            options.judged(devices[index]);
+            options.judged(*unknown[index]);
     });
     throwWhenStopped();
     return devices;

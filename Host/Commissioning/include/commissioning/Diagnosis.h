@@ -22,6 +22,9 @@ struct DiagnosisOptions {
     /// A path or a name that is looked for in PATH; empty to do without.
     std::string listener = "lanvane-listen";
     std::chrono::milliseconds listenerPatience{100}; ///< for its start; the search begins then in any case
+    /// Firewall and connections of an earlier diagnosis count, so that no program of the host is run for them. Null to
+    /// ask.
+    const Observation *earlier = nullptr;
 };
 
 struct Diagnosis {

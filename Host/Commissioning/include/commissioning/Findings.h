@@ -50,8 +50,9 @@ std::vector<Finding> findingsOf(const Observation &observation);
 std::string hidingCause(const Observation &observation, const Camera &camera);
 
 /// Asks the host for what a search does not know: routes, connections, firewall, rights. Takes 4 s at most, on a usual
-/// host 50 ms. adapters, searched and cameras must be there. \throws std::system_error
-void completeFromHost(Observation &observation);
+/// host 50 ms. adapters, searched and cameras must be there. \param earlier whose connections and firewall are taken
+/// instead of running the programs that know them; null for none. \throws std::system_error
+void completeFromHost(Observation &observation, const Observation *earlier = nullptr);
 
 /// One row for each kind of finding.
 struct FindingKind {

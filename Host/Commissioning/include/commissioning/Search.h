@@ -21,6 +21,9 @@ struct SearchOptions {
     std::function<void(const Corvo::DeviceInfoList &devices)> found;
     /// A camera with its verdict and what could be read. On several threads, one call at a time.
     std::function<void(const Corvo::CDeviceInfo &device)> judged;
+    /// Fills in what is known of a camera from before; one for which it returns true is not asked. With it a search
+    /// sends one discovery, without it two. See Recollection.
+    std::function<bool(Corvo::CDeviceInfo &device)> recall;
     std::vector<Address> ask; ///< also asked by unicast, such as cameras behind a router
 };
 

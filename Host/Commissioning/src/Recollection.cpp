@@ -1,0 +1,76 @@
+#include "commissioning/Recollection.h"
+
+#include "commissioning/AddressText.h"
+#include "commissioning/DeviceInfos.h"
+
+#include <algorithm>
+
+namespace commissioning {
+
+using Corvo::CDeviceInfo;
+
+namespace {
+
+constexpr std::chrono::seconds Age{59}; // a minute, less what a round may begin too early
+
+/// What a discovery tells of a camera. On which adapter its answers came in first is chance.
+std::string signatureOf(const CDeviceInfo &device) {
+    Camera camera = cameraOf(device);
+    std::sort(camera.adapters.begin(), camera.adapters.end());
+    std::string text = std::to_string(camera.word);
+    for (const Address address : {camera.address, camera.mask, camera.gateway})
+        text += ' ' + toText(address);
+    for (const std::string &part : {camera.vendor, camera.model, camera.serial, camera.name})
+        text += '\n' + part;
+    for (const std::string &name : camera.adapters)
+        text += '\n' + name;
+    return text;
+}
+
+std::string macOf(const CDeviceInfo &device) { return propertyOf(device, PropertyMac).c_str(); }
+
+} // namespace
+
+void Recollection::attach(SearchOptions *pOptions, Time now) {
+    m_Now = now;
+    for (auto known = m_Known.begin(); known != m_Known.end();)
+        known = now - known->second.asked >= Age ? m_Known.erase(known) : std::next(known);
+    pOptions->recall = [this](CDeviceInfo &device) { return recall(device); };
+    pOptions->judged = [this, told = pOptions->judged](const CDeviceInfo &device) {
+        learn(device);
+        if (told)
+            told(device);
+    };
+}
+
+bool Recollection::recall(CDeviceInfo &device) {
+    const auto found = m_Known.find(macOf(device));
+    if (found == m_Known.end())
+        return false;
+    Known &known = found->second;
+    if (known.signature != signatureOf(device) && (!known.changed || m_Now - *known.changed >= Age)) {
+        known.changed = m_Now;
+        return false;
+    }
+    for (const char *key : {PropertyVerdict, PropertyVerdictReason, PropertyHolder, PropertyStoredAddress,
+                            PropertyStoredMask, PropertyStoredGateway}) {
+        if (known.device.GetPropertyAvailable(key))
+            device.SetPropertyValue(key, propertyOf(known.device, key));
+    }
+    device.ClearAccessFlags();
+    return true;
+}
+
+void Recollection::learn(const CDeviceInfo &device) {
+    Known &known = m_Known[macOf(device)];
+    known.signature = signatureOf(device);
+    known.asked = m_Now;
+    known.device = device;
+}
+
+Recollection::Time nextRound(Recollection::Time first, std::chrono::steady_clock::duration interval,
+                             Recollection::Time now) {
+    return first + ((now - first) / interval + 1) * interval;
+}
+
+} // namespace commissioning
