@@ -29,9 +29,10 @@ public:
         addLooking();
         addChanging();
         addRescue();
-        addPlan();
+        addUndo();
         addWatch();
         addReport();
+        addPlan();
     }
 
     Arguments parse(int argc, const char *const *argv) {
@@ -160,6 +161,31 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
         });
     }
 
+    void addWatch() {
+        CLI::App *watch = add(Command::Watch, "watch", "Search again and again and tell what has happened",
+                              "watch --interval 10 --json");
+        constexpr double Day_s = 86400;
+        watch->add_option("--interval", m_Arguments.interval_s, "Seconds from the begin of a search to the next")
+            ->type_name("S")
+            ->check(CLI::Range(1.0, Day_s))
+            ->capture_default_str();
+        watch->add_option("--plan", m_Arguments.plan, "Tell which cameras differ from this plan")
+            ->type_name("FILE")
+            ->check(notEmpty());
+        watch->add_option("--metrics", m_Arguments.metrics, "Write metrics for Prometheus into this file")
+            ->type_name("FILE")
+            ->check(notEmpty());
+    }
+
+    void addReport() {
+        CLI::App *report = add(Command::Report, "report", "Gather in a zip file what helps to find a fault",
+                               "report --redact report.zip");
+        report->add_option("FILE", m_Arguments.file, "A file that is not there yet; else one is named by host and time")
+            ->check(notEmpty());
+        report->add_flag("--redact", m_Arguments.redact,
+                         "Replace MACs, serial numbers, names and addresses; leave out what cannot be replaced in");
+    }
+
     void addPlan() {
         CLI::App *plan = m_App.add_subcommand("plan", "Set up many cameras from a file");
         plan->fallthrough();
@@ -182,36 +208,28 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
             ->capture_default_str();
         apply->add_flag_callback(
             "--no-rollback", [this] { m_Arguments.rollsBack = false; }, "Leave a camera that failed as it is");
+
+        CLI::App *undo = add(Command::PlanUndo, "undo", "Take a plan, or a single change, back", "plan undo", plan);
+        undo->add_option("ID", m_Arguments.undone, "As plan log lists it; the last plan when there is none")
+            ->check(notEmpty());
+        addUndoOptions(undo);
+        add(Command::PlanLog, "log", "List all changes", "plan log", plan);
+    }
+
+    void addUndo() {
+        CLI::App *undo = add(Command::Undo, "undo", "Take the last change of a camera back", "undo left");
+        addCamera(undo);
+        addUndoOptions(undo);
+    }
+
+    void addUndoOptions(CLI::App *app) {
+        app->add_flag("--yes", m_Arguments.yes, "Do not ask");
+        app->add_flag("--force", m_Arguments.isForced,
+                      "Undo also what is no longer as the change left it, or can be restored in part only");
     }
 
     void addPlanFile(CLI::App *app) {
         app->add_option("FILE", m_Arguments.file, "CSV; - for standard input")->required()->check(notEmpty());
-    }
-
-    void addWatch() {
-        CLI::App *watch = add(Command::Watch, "watch", "Search again and again and tell what has happened",
-                              "watch --interval 10 --json");
-        constexpr double Day_s = 86400;
-        watch->add_option("--interval", m_Arguments.interval_s, "Seconds from the begin of a search to the next")
-            ->type_name("S")
-            ->check(CLI::Range(1.0, Day_s))
-            ->capture_default_str();
-        watch->add_option("--plan", m_Arguments.plan, "Tell which cameras differ from this plan")
-            ->type_name("FILE")
-            ->check(notEmpty());
-        watch->add_option("--metrics", m_Arguments.metrics, "Write metrics for Prometheus into this file")
-            ->type_name("FILE")
-            ->check(notEmpty());
-    }
-
-    void addReport() {
-        CLI::App *report = add(Command::Report, "report", "Gather in a zip file what helps to find a fault",
-                               "report --redact report.zip");
-        report
-            ->add_option("FILE", m_Arguments.report, "A file that is not there yet; else one is named by host and time")
-            ->check(notEmpty());
-        report->add_flag("--redact", m_Arguments.redact,
-                         "Replace MACs, serial numbers, names and addresses; leave out what cannot be replaced in");
     }
 
     template <typename Read>

@@ -18,11 +18,14 @@ enum class Command {
     Restart,
     Name,
     Rescue,
-    Watch,
-    Report,
     PlanExport,
     PlanCheck,
-    PlanApply
+    PlanApply,
+    PlanUndo,
+    PlanLog,
+    Undo,
+    Watch,
+    Report
 };
 
 /// What the user asked for, checked as far as it can be without looking at the network.
@@ -47,15 +50,16 @@ struct Arguments {
     std::optional<commissioning::Address> mask;
     std::optional<commissioning::Address> gateway;
     std::string name;
-    std::string file; ///< of a plan; "-" for standard input or output
+    double interval_s = 30; ///< of a watch
+    std::string plan;       ///< file; empty for none, as the next
+    std::string metrics;
+    bool redact = false;
+    std::string file; ///< of a plan, "-" for standard input or output; or of a report, empty for a name of its own
     bool replacesFile = false;
     unsigned maxFailures = 3; ///< of cameras, that end a plan; 0 for never
     bool rollsBack = true;
-    double interval_s = 30; ///< of a watch
-    std::string plan;       ///< file; empty for none, as the next two
-    std::string metrics;
-    std::string report; ///< empty for a name of its own
-    bool redact = false;
+    std::string undone;    ///< id of a plan or change; empty for the last plan
+    bool isForced = false; ///< of an undo
 };
 
 /// Either what to do, or the exit code of a run that is over: help, version or a mistake.

@@ -105,7 +105,7 @@ void addFindings(const std::vector<Finding> &findings, Writer *pWriter) {
         ++counts[finding.code];
     pWriter->family("findings", "gauge", "What is wrong, by the code of the finding.");
     for (const FindingKind &kind : findingKinds())
-        pWriter->sample(counts[kind.code], {{"code", kind.code}, {"severity", toText(kind.severity)}});
+        pWriter->sample(counts[kind.code], {{"code", kind.code}});
 }
 
 } // namespace

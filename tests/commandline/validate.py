@@ -1,5 +1,8 @@
 #!/usr/bin/python3
-"""Holds the JSON objects in files against a schema, with every key of it required. Usage: validate.py SCHEMA FILE..."""
+"""Holds the JSON objects in files against a schema, with every key of it required.
+
+Usage: validate.py [--lines] SCHEMA FILE...   (--lines: each line of a file is an event)
+"""
 import json
 import sys
 
@@ -17,8 +20,14 @@ def closed(schema):
     return schema
 
 
-with open(sys.argv[1], encoding="utf-8") as file:
-    validator = jsonschema.Draft7Validator(closed(json.load(file)))
-for name in sys.argv[2:]:
+lines = sys.argv[1] == "--lines"
+schema_name, *names = sys.argv[2 if lines else 1:]
+with open(schema_name, encoding="utf-8") as file:
+    schema = closed(json.load(file))
+if lines:
+    schema = {"definitions": schema["definitions"], "$ref": "#/definitions/line"}
+validator = jsonschema.Draft7Validator(schema)
+for name in names:
     with open(name, encoding="utf-8") as file:
-        validator.validate(json.load(file))
+        for text in file if lines else [file.read()]:
+            validator.validate(json.loads(text))

@@ -80,7 +80,7 @@ class Writer:
         for i in range(CHAIN_LENGTH - 1):
             self.node("Integer", f"Chain{c:02}_{i:02}", f"<pValue>Chain{c:02}_{i + 1:02}</pValue>", feature=i == 0)
         self.node("IntReg", f"Chain{c:02}_{CHAIN_LENGTH - 1:02}", f"<Address>{0x8000 + 4 * c}</Address>",
-                  f'<IntSwissKnife Name="K"><pVariable Name="S">Selector</pVariable><Formula>S * 0x100</Formula></IntSwissKnife>',
+                  '<IntSwissKnife Name="K"><pVariable Name="S">Selector</pVariable><Formula>S * 0x100</Formula></IntSwissKnife>',
                   '<pIndex Offset="4">Selector</pIndex>', "<Length>4</Length>", "<AccessMode>RW</AccessMode>",
                   "<pPort>Device</pPort>", "<Endianess>BigEndian</Endianess>")
 

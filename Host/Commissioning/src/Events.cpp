@@ -4,7 +4,6 @@
 #include "commissioning/Words.h"
 
 #include <algorithm>
-#include <array>
 
 namespace commissioning {
 
@@ -48,18 +47,18 @@ private:
     std::vector<Difference> m_Differences;
 };
 
-/// What a camera has other than a plan wants it, where the plan knows.
+/// What a camera has other than a plan wants it, where both are known.
 std::vector<Difference> driftOf(const PlannedChange &change) {
-    const Settings now = settingsOf(change.camera);
+    const Camera &camera = change.camera;
+    const Settings now = settingsOf(camera);
     Comparison comparison;
     comparison.add("mode", modeText(change.after.mode), modeText(now.mode));
-    const std::array<std::tuple<const char *, Address, Address>, 3> addresses = {
-        {{"address", change.after.address, now.address},
-         {"mask", change.after.mask, now.mask},
-         {"gateway", change.after.gateway, now.gateway}}};
-    for (const auto &[what, planned, actual] : addresses) {
-        if (change.after.mode == Mode::Static || planned != 0)
-            comparison.add(what, addressText(planned), addressText(actual));
+    if (change.after.mode == Mode::Static) {
+        const Address planned = change.after.address; // to have both now and after its next restart
+        comparison.add("address", addressText(planned),
+                       addressText(now.address == planned ? camera.address : now.address));
+        comparison.add("mask", addressText(change.after.mask), addressText(now.mask));
+        comparison.add("gateway", addressText(change.after.gateway), addressText(now.gateway));
     }
     comparison.add("name", change.after.name, now.name);
     return comparison.take();
@@ -123,10 +122,12 @@ std::vector<Event> Watcher::compare(const Inventory &found) {
 
 void Watcher::compareCameras(const Inventory &found, std::vector<Event> *pEvents) {
     std::set<std::string> ambiguous;
-    for (const Finding &finding : found.findings) {
+    const auto look = [&](const Finding &finding) {
         if (finding.code == "duplicate-mac")
             ambiguous.insert(finding.camera);
-    }
+    };
+    std::for_each(found.findings.begin(), found.findings.end(), look);
+    std::for_each(m_Present.findings.begin(), m_Present.findings.end(), look);
     std::set<std::string> seen;
     for (const Camera &camera : found.cameras) {
         if (!seen.insert(camera.mac).second)
@@ -198,11 +199,14 @@ std::vector<Event> Watcher::compare(const Plan &plan) {
     for (const PlannedChange &change : review.changes) {
         const std::string &mac = change.camera.mac;
         const bool wasOff = m_OffPlan.count(mac) != 0;
-        if (change.differs())
+        const std::vector<Difference> drift = driftOf(change);
+        // A camera whose stored settings cannot be read counts as off only for what can be seen.
+        const bool isOff = change.differs() && (change.camera.stored || !drift.empty());
+        if (isOff)
             offPlan.insert(mac);
-        if (change.differs() && !wasOff)
-            events.push_back({Event::Kind::Drifted, change.camera, driftOf(change), {}, {}});
-        if (!change.differs() && wasOff)
+        if (isOff && !wasOff)
+            events.push_back({Event::Kind::Drifted, change.camera, drift, {}, {}});
+        if (!isOff && wasOff)
             events.push_back(eventOf(Event::Kind::BackOnPlan, change.camera));
     }
     m_OffPlan = std::move(offPlan);
