@@ -1,9 +1,12 @@
 #include "Lanvane/DeviceLister.h"
 
 #include "Base/GCException.h"
+#include "Lanvane/DeviceDisplay.h"
 #include "MinimalCorvoGigETL/TlFactory.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Search.h"
+
+#include <utility>
 
 using namespace Corvo;
 
@@ -37,7 +40,22 @@ IGigETransportLayer &DeviceLister::Tl() {
     return *s_pTl;
 }
 
-void DeviceLister::discoverAllDevices() { m_lstDevices = commissioning::search(Tl()); }
+void DeviceLister::discoverAllDevices() {
+    DeviceInfoList_t found = commissioning::search(Tl());
+    swap(found);
+}
+
+void DeviceLister::swap(DeviceInfoList_t &devices) {
+    std::swap(m_lstDevices, devices);
+    m_Indices.clear();
+    for (std::size_t i = 0; i < m_lstDevices.size(); ++i)
+        m_Indices.insert(displayText(m_lstDevices[i], PropMacAddress), i);
+}
+
+CDeviceInfo *DeviceLister::find(const QString &mac) {
+    const auto found = m_Indices.constFind(mac);
+    return found == m_Indices.constEnd() ? nullptr : &m_lstDevices[*found];
+}
 
 std::size_t DeviceLister::updateDeviceInfo(const char *pstrMac, const char *pstrIpConfig, const char *pstrIpAddress,
                                            const char *pstrSubnetMask, const char *pstrDefaultGateway,

@@ -4,7 +4,10 @@
 #include "MinimalCorvoGigETL/IGigETransportLayer.h"
 
 #include <QAtomicInt>
+#include <QHash>
 #include <QObject>
+
+#include <cstddef>
 
 /// Property keys that the lister adds to or changes in device infos.
 extern const char *const PropMacAddress; ///< "MacAddress"
@@ -13,7 +16,7 @@ extern const char *const PropIfName;     ///< "IF_~_Name": system names of those
 extern const char *const PropAccessible; ///< "DEV_~_Accessible": EDeviceAccessiblityInfo as a decimal number
 
 /// The one list of GigE devices that the window shows: one entry for each MAC address, with the host interface's name
-/// and an accessibility verdict. To be used on the GUI thread, between CorvoInitialize and CorvoTerminate.
+/// and an accessibility verdict. To be used by one thread at a time, between CorvoInitialize and CorvoTerminate.
 class DeviceLister : public QObject {
     Q_OBJECT
 
@@ -26,8 +29,12 @@ public:
 
     /// The result of the last discovery.
     const DeviceInfoList_t &devices() const { return m_lstDevices; }
-    /// For the operations, which keep it up to date.
+    /// For the operations, which keep it up to date; they neither add, remove nor move entries.
     DeviceInfoList_t &devices() { return m_lstDevices; }
+    /// Null when it is not in the list.
+    Corvo::CDeviceInfo *find(const QString &mac);
+    /// Exchanges the list, so that the caller frees the old one where that keeps nobody waiting.
+    void swap(DeviceInfoList_t &devices);
 
     /// The transport layer that all listers share, created on demand. \throws RuntimeException
     Corvo::IGigETransportLayer &Tl();
@@ -56,6 +63,7 @@ public:
 
 private:
     DeviceInfoList_t m_lstDevices;
+    QHash<QString, std::size_t> m_Indices; ///< in the list, by MAC address
 
     static Corvo::IGigETransportLayer *s_pTl;
     static QAtomicInt s_ref;
