@@ -8,6 +8,7 @@
 #include <QObject>
 
 #include <cstddef>
+#include <utility>
 
 /// Property keys that the lister adds to or changes in device infos.
 extern const char *const PropMacAddress; ///< "MacAddress"
@@ -28,13 +29,23 @@ public:
     ~DeviceLister() override;
 
     /// The result of the last discovery.
-    const DeviceInfoList_t &devices() const { return m_lstDevices; }
+    const DeviceInfoList_t &devices() const { return m_Content.m_Devices; }
     /// For the operations, which keep it up to date; they neither add, remove nor move entries.
-    DeviceInfoList_t &devices() { return m_lstDevices; }
+    DeviceInfoList_t &devices() { return m_Content.m_Devices; }
     /// Null when it is not in the list.
     Corvo::CDeviceInfo *find(const QString &mac);
-    /// Exchanges the list, so that the caller frees the old one where that keeps nobody waiting.
-    void swap(DeviceInfoList_t &devices);
+    /// A list with what finds its entries; to be made and freed where thousands of them keep nobody waiting.
+    class Content {
+    public:
+        Content() = default;
+        explicit Content(DeviceInfoList_t devices);
+
+    private:
+        friend class DeviceLister;
+        DeviceInfoList_t m_Devices;
+        QHash<QString, std::size_t> m_Indices; ///< in the list, by MAC address
+    };
+    void swap(Content &content) { std::swap(m_Content, content); }
 
     /// The transport layer that all listers share, created on demand. \throws RuntimeException
     Corvo::IGigETransportLayer &Tl();
@@ -62,8 +73,7 @@ public:
                                        const char *pszSeparator, bool allowDuplicates);
 
 private:
-    DeviceInfoList_t m_lstDevices;
-    QHash<QString, std::size_t> m_Indices; ///< in the list, by MAC address
+    Content m_Content;
 
     static Corvo::IGigETransportLayer *s_pTl;
     static QAtomicInt s_ref;

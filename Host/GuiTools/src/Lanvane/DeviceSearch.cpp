@@ -49,11 +49,12 @@ void DeviceSearch::search() {
     commissioning::search(m_Layer, options);
 }
 
-void DeviceSearch::show(DeviceInfoList devices) {
+void DeviceSearch::show(const DeviceInfoList &devices) {
     std::vector<std::size_t> order;
     for (const DIPtrAndIndexPair &entry : sorted(devices))
         order.push_back(static_cast<std::size_t>(entry.m_DIIndex));
-    m_Operation.onGui([&] { m_Lister.swap(devices); });
+    DeviceLister::Content content(devices);
+    m_Operation.onGui([&] { m_Lister.swap(content); });
     for (auto next = order.begin(); next != order.end();) {
         m_Operation.onGui([&] {
             QElapsedTimer elapsed;

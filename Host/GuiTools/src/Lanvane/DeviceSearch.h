@@ -28,7 +28,7 @@ public:
 
 private:
     void search();
-    void show(Corvo::DeviceInfoList devices);
+    void show(const Corvo::DeviceInfoList &devices);
     void takeVerdict(const Corvo::CDeviceInfo &device);
     std::optional<Corvo::CDeviceInfo> nextJudged();
     /// For as long as the GUI thread may be kept, and again later. \returns whether there were no more.

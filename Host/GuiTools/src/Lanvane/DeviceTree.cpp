@@ -26,8 +26,12 @@ DeviceTree::DeviceTree(QWidget *parent) : QTreeWidget(parent) {
     setHeaderLabels({QString(), QStringLiteral("Serial Number"), QStringLiteral("MAC Address"),
                      QStringLiteral("Status"), QStringLiteral("IP Configuration"), QStringLiteral("IP Address"),
                      QStringLiteral("Subnet Mask")});
+    header()->setResizeContentsPrecision(100); // rows, as thousands would take their time
     setUsualColumnWidths();
+    connect(&m_Disposal, &QTimer::timeout, this, &DeviceTree::freeDiscarded);
 }
+
+DeviceTree::~DeviceTree() { qDeleteAll(m_Discarded); }
 
 // Rows
 
@@ -55,7 +59,18 @@ void DeviceTree::addDeviceRow(const CQuorelGigEDeviceInfo &device) {
 
 void DeviceTree::clearRows() {
     m_DeviceRows.clear();
+    for (int i = 0; i < topLevelItemCount(); ++i)
+        m_Discarded += topLevelItem(i)->takeChildren();
     clear();
+    m_Disposal.start();
+}
+
+void DeviceTree::freeDiscarded() {
+    constexpr int AtOnce = 500;
+    for (int i = 0; i < AtOnce && !m_Discarded.isEmpty(); ++i)
+        delete m_Discarded.takeLast();
+    if (m_Discarded.isEmpty())
+        m_Disposal.stop();
 }
 
 void DeviceTree::showAdapter(QTreeWidgetItem &item, const CNetworkAdapter &adapter) {

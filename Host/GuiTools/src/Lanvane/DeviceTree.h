@@ -2,6 +2,8 @@
 
 #include "Lanvane/DeviceDisplay.h"
 
+#include <QHash>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include <vector>
@@ -33,6 +35,7 @@ public:
     };
 
     explicit DeviceTree(QWidget *parent = nullptr);
+    ~DeviceTree() override;
 
     /// \param index of the adapter in its list.
     QTreeWidgetItem *addAdapterRow(const CNetworkAdapter &adapter, int index);
@@ -60,12 +63,15 @@ public:
     void sizeColumnsOnce();
 
 private:
+    void freeDiscarded();
     QTreeWidgetItem *find(const RowKey &key) const;
     void setUsualColumnWidths();
     bool areColumnWidthsUsual() const;
 
     RowIcons m_Icons;
     QHash<QString, QTreeWidgetItem *> m_DeviceRows; ///< by MAC address
-    std::vector<int> m_UsualWidths;                 ///< by column
+    QList<QTreeWidgetItem *> m_Discarded;           ///< of the list before, to be freed a few at a time
+    QTimer m_Disposal;
+    std::vector<int> m_UsualWidths; ///< by column
     bool m_areColumnsSized = false;
 };
