@@ -29,6 +29,7 @@ public:
         addLooking();
         addChanging();
         addRescue();
+        addUndo();
         addWatch();
         addReport();
         addPlan();
@@ -207,6 +208,24 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
             ->capture_default_str();
         apply->add_flag_callback(
             "--no-rollback", [this] { m_Arguments.rollsBack = false; }, "Leave a camera that failed as it is");
+
+        CLI::App *undo = add(Command::PlanUndo, "undo", "Take a plan, or a single change, back", "plan undo", plan);
+        undo->add_option("ID", m_Arguments.undone, "As plan log lists it; the last plan when there is none")
+            ->check(notEmpty());
+        addUndoOptions(undo);
+        add(Command::PlanLog, "log", "List all changes", "plan log", plan);
+    }
+
+    void addUndo() {
+        CLI::App *undo = add(Command::Undo, "undo", "Take the last change of a camera back", "undo left");
+        addCamera(undo);
+        addUndoOptions(undo);
+    }
+
+    void addUndoOptions(CLI::App *app) {
+        app->add_flag("--yes", m_Arguments.yes, "Do not ask");
+        app->add_flag("--force", m_Arguments.isForced,
+                      "Undo also what is no longer as the change left it, or can be restored in part only");
     }
 
     void addPlanFile(CLI::App *app) {

@@ -21,6 +21,9 @@ enum class Command {
     PlanExport,
     PlanCheck,
     PlanApply,
+    PlanUndo,
+    PlanLog,
+    Undo,
     Watch,
     Report
 };
@@ -55,6 +58,8 @@ struct Arguments {
     bool replacesFile = false;
     unsigned maxFailures = 3; ///< of cameras, that end a plan; 0 for never
     bool rollsBack = true;
+    std::string undone;    ///< id of a plan or change; empty for the last plan
+    bool isForced = false; ///< of an undo
 };
 
 /// Either what to do, or the exit code of a run that is over: help, version or a mistake.

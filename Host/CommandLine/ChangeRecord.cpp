@@ -15,28 +15,6 @@ namespace {
 
 Json addressJson(Address address) { return address == 0 ? Json() : Json(toText(address)); }
 
-Json settingsJson(const Settings &settings) {
-    return {{"mode", settings.mode ? Json(toText(*settings.mode)) : Json()},
-            {"address", addressJson(settings.address)},
-            {"mask", addressJson(settings.mask)},
-            {"gateway", addressJson(settings.gateway)},
-            {"name", settings.name}};
-}
-
-Json pathJson(Path path) {
-    switch (path) {
-    case Path::Broadcast:
-        return "broadcast";
-    case Path::Unicast:
-        return "unicast";
-    case Path::Force:
-        return "force";
-    case Path::None:
-        break;
-    }
-    return nullptr;
-}
-
 Json verificationJson(Verification verification) {
     switch (verification) {
     case Verification::StoredRead:
@@ -59,6 +37,16 @@ ChangeState stateOf(const Result &result) {
 }
 
 } // namespace
+
+Json settingsJson(const Settings &settings) {
+    return {{"mode", settings.mode ? Json(toText(*settings.mode)) : Json()},
+            {"address", addressJson(settings.address)},
+            {"mask", addressJson(settings.mask)},
+            {"gateway", addressJson(settings.gateway)},
+            {"name", settings.name}};
+}
+
+Json pathJson(Path path) { return path == Path::None ? Json() : Json(toText(path)); }
 
 const char *stateWord(ChangeState state) {
     constexpr const char *Words[] = {"unchanged",   "would-change", "done",      "failed",

@@ -33,6 +33,10 @@ struct ChangeRecord {
 ChangeRecord recordOf(const commissioning::Camera &camera, const commissioning::Result &result,
                       const std::string &failure);
 
+Json settingsJson(const commissioning::Settings &settings);
+/// null for none
+Json pathJson(commissioning::Path path);
+
 /// One of the array "changes".
 Json changeJson(const ChangeRecord &record);
 

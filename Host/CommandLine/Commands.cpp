@@ -1,6 +1,7 @@
 #include "Commands.h"
 
 #include "ExitCode.h"
+#include "JournalCommands.h"
 #include "PlanCommands.h"
 #include "Table.h"
 #include "Text.h"
@@ -345,6 +346,7 @@ Outcome rescueThem(const Arguments &arguments, Session &session, const Terminal 
 } // namespace
 
 Outcome carryOut(const Arguments &arguments, Session &session, const Terminal &terminal) {
+    const Camera *camera = nullptr;
     const auto &findings = session.inventory().findings;
     std::string error;
     switch (arguments.command) {
@@ -366,7 +368,15 @@ Outcome carryOut(const Arguments &arguments, Session &session, const Terminal &t
     case Command::PlanCheck:
         return checkedFile(arguments, session).outcome;
     case Command::PlanApply:
+        noteOpenChanges(session, terminal);
         return applyPlan(checkedFile(arguments, session), {}, arguments, session, terminal);
+    case Command::PlanUndo:
+        return undoPlan(arguments, session, terminal);
+    case Command::PlanLog:
+        return showLog(session, terminal);
+    case Command::Undo:
+        camera = findCamera(arguments.cameras.front(), session, &error);
+        return camera ? undoLastChange(*camera, arguments, session, terminal) : Outcome{ExitNotFound, {}, error};
     default:
         return changeOne(arguments, session);
     }

@@ -13,8 +13,6 @@ namespace {
 
 using Kind = Event::Kind;
 
-Json textOrNull(const std::string &text) { return text.empty() ? Json() : Json(text); }
-
 /// "OL-2040 7 at 192.168.10.21 on nic0"
 std::string descriptionOf(const Camera &camera) {
     std::string text = camera.model + " " + camera.serial;

@@ -7,14 +7,18 @@ using namespace commissioning;
 
 namespace commandline {
 
+Json textOrNull(const std::string &text) { return text.empty() ? Json() : Json(text); }
+
+Json storedJson(const StoredAddresses &stored) {
+    return {{"address", toText(stored.address)}, {"mask", toText(stored.mask)}, {"gateway", toText(stored.gateway)}};
+}
+
 namespace {
 
 constexpr int Format = 1;
 
 /// null for none
 Json addressJson(Address address) { return address == 0 ? Json() : Json(toText(address)); }
-
-Json textOrNull(const std::string &text) { return text.empty() ? Json() : Json(text); }
 
 template <typename Value> Json orNull(const std::optional<Value> &value) { return value ? Json(*value) : Json(); }
 
@@ -41,10 +45,6 @@ Json holderJson(const Holder &holder) {
     const Json process =
         holder.process ? Json{{"id", holder.process->id}, {"name", textOrNull(holder.process->name)}} : Json();
     return {{"address", addressJson(holder.address)}, {"port", holder.port}, {"process", process}};
-}
-
-Json storedJson(const StoredAddresses &stored) {
-    return {{"address", toText(stored.address)}, {"mask", toText(stored.mask)}, {"gateway", toText(stored.gateway)}};
 }
 
 } // namespace
@@ -88,6 +88,7 @@ Json inventoryJson(const Inventory &inventory) {
             {"findings", arrayOf(inventory.findings, findingJson)},
             {"changes", Json::array()},
             {"plan", nullptr},
+            {"log", nullptr},
             {"error", nullptr}};
 }
 

@@ -10,6 +10,10 @@ namespace commandline {
 
 using Json = nlohmann::ordered_json;
 
+/// null for an empty one
+Json textOrNull(const std::string &text);
+Json storedJson(const commissioning::StoredAddresses &stored);
+
 /// The object that --json prints; docs/json.md describes it. Every key is always there.
 Json inventoryJson(const commissioning::Inventory &inventory);
 /// One of its cameras, one of its findings.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ChangeRecord.h"
+#include "commissioning/Journal.h"
 #include "commissioning/Plan.h"
 
 #include <optional>
@@ -23,6 +24,7 @@ struct Outcome {
     std::string error; ///< why the command as a whole could not be carried out
     std::optional<PlanReport> plan = {};
     std::string text = {}; ///< what the command prints as it is
+    std::optional<commissioning::JournalContent> log = {};
 };
 
 } // namespace commandline

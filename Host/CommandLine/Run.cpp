@@ -3,6 +3,7 @@
 #include "Base/GCException.h"
 #include "Commands.h"
 #include "ExitCode.h"
+#include "JournalPage.h"
 #include "Json.h"
 #include "MinimalCorvo/CorvoBase.h"
 #include "Pages.h"
@@ -52,6 +53,11 @@ std::string page(const Arguments &arguments, const Outcome &outcome, const Sessi
     case Command::PlanCheck:
     case Command::PlanApply:
         return planPage(outcome, terminal);
+    case Command::PlanUndo:
+    case Command::Undo:
+        return outcome.text.empty() && outcome.plan ? planPage(outcome, terminal) : outcome.text;
+    case Command::PlanLog:
+        return logPage(*outcome.log, terminal);
     default:
         return changesPage(outcome, inventory, terminal);
     }
@@ -62,6 +68,7 @@ Json json(const Outcome &outcome, const Session &session) {
     for (const ChangeRecord &record : outcome.changes)
         object["changes"].push_back(changeJson(record));
     object["plan"] = planJson(outcome.plan);
+    object["log"] = logJson(outcome.log);
     if (!outcome.error.empty())
         object["error"] = {{"code", outcome.exitCode}, {"text", outcome.error}};
     return object;
@@ -94,7 +101,8 @@ int carryOut(const Arguments &arguments, const Terminal &terminal) {
             return watch(arguments, session, terminal);
         if (arguments.command == Command::Report)
             return writeReport(arguments, session, terminal);
-        session.search();
+        if (arguments.command != Command::PlanLog)
+            session.search();
         Outcome outcome = carryOut(arguments, session, terminal);
         if (interruption.isRequested())
             outcome = {ExitInterrupted, std::move(outcome.changes), "Interrupted.", std::move(outcome.plan), ""};

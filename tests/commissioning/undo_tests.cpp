@@ -63,8 +63,8 @@ std::string shown(const Undo &undo) {
     }
     for (const PlanProblem &problem : undo.plan.problems)
         text += "! " + problem.text;
-    for (const std::string &loss : undo.losses)
-        text += "? " + loss;
+    for (const UndoLoss &loss : undo.losses)
+        text += "? " + loss.text;
     return text;
 }
 
@@ -85,14 +85,14 @@ TEST(UndoOf, RestoresWhatWasBefore) {
          {left},
          "1; ! 02:5A:E3:00:00:01: It is no longer as the change of t left it: "
          "stored addresses.",
-         "1; ? 02:5A:E3:00:00:01: It is no longer as the change of t left it: stored addresses."},
+         "1; ? It is no longer as the change of t left it: stored addresses."},
         {"twice", {plain, {"b", "", "set", 1, moved, again}}, "b", {again}, "1 192.168.10.31; ", nullptr},
         {"changed since",
          {plain, {"b", "", "name", 1, moved, {Static, 31, "x"}}},
          "a",
          {{Static, 31, "x"}},
          "1 192.168.10.21 nleft; ! 02:5A:E3:00:00:01: It is no longer as the change of t left it: name.",
-         "1 192.168.10.21 nleft; ? 02:5A:E3:00:00:01: It is no longer as the change of t left it: name."},
+         "1 192.168.10.21 nleft; ? It is no longer as the change of t left it: name."},
         {"undone", {plain, {"b", "q", "undo", 1, moved, left, Fate::Done, "a"}}, "a", {left}, "", nullptr},
         {"an undo that failed",
          {plain, {"b", "q", "undo", 1, moved, moved, Fate::Failed, "a"}},
@@ -155,14 +155,14 @@ TEST(UndoOf, RestoresWhatWasBefore) {
          {{"a", "", "set", 1, {Dhcp, 0, ""}, {Static, 31, ""}}},
          "a",
          {{Static, 31, ""}},
-         "1 w6; ? 02:5A:E3:00:00:01: It had no static address stored, and none cannot be written: it keeps the new "
+         "1 w6; ? It had no static address stored, and none cannot be written: it keeps the new "
          "one.",
          nullptr},
         {"DHCP, unread",
          {{"a", "", "set", 1, {Dhcp, -1, ""}, {Static, 31, ""}}},
          "a",
          {{Static, 31, ""}},
-         "1 w6; ? 02:5A:E3:00:00:01: What it had stored as its static address is not known: it keeps the new one.",
+         "1 w6; ? What it had stored as its static address is not known: it keeps the new one.",
          nullptr},
         {"static, unread",
          {{"a", "", "set", 1, {Static, -1, ""}, {Static, 31, ""}}},
@@ -207,7 +207,7 @@ TEST(UndoOf, RestoresWhatWasBefore) {
          "a",
          {},
          "! 02:5A:E3:00:00:01: There is no such camera now.",
-         "? 02:5A:E3:00:00:01: There is no such camera now."},
+         "? There is no such camera now."},
         {"unknown", {plain}, "z", {moved}, "! The journal has no change and no plan 'z'.", nullptr},
     };
     for (const auto &row : rows) {

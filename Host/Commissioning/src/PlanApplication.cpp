@@ -17,8 +17,14 @@ PlanOutcome apply(Corvo::IGigETransportLayer &layer, const PlanReview &review, c
         return outcome;
     }
     outcome.id = newJournalId();
+    const auto report = [&](std::size_t done) {
+        if (options.progress)
+            options.progress(PlanPhase::Reading, done, review.changes.size());
+    };
     try {
+        report(0);
         PlanReading reading = readAgain(layer, review, inventory, options, &outcome);
+        report(review.changes.size());
         PlanRun(layer, reading, pJournal, options, &outcome).run();
         const auto isSent = [](const PlanMember &member) { return member.isSent; };
         if (!pJournal || std::none_of(reading.members.begin(), reading.members.end(), isSent))

@@ -28,6 +28,7 @@ class Reviewer {
 public:
     Reviewer(const Plan &plan, const Inventory &inventory) : m_Plan(plan), m_Inventory(inventory) {
         m_Review.problems = plan.problems;
+        m_Around.allowsForeignSubnet = plan.allowsForeignSubnets;
         for (const Adapter &adapter : inventory.adapters)
             m_Around.own.insert(m_Around.own.end(), adapter.addresses.begin(), adapter.addresses.end());
     }

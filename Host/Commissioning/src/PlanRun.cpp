@@ -64,12 +64,11 @@ PlanMembers PlanRun::canaries() {
 }
 
 bool PlanRun::carry(const PlanMembers &group) {
-    const unsigned failuresBefore = m_Failures;
     writeAll(group);
     putBack(heldBack(group));
     verify(those(group, isRestarting));
     end(group);
-    return m_Failures == failuresBefore;
+    return std::all_of(group.begin(), group.end(), [](const PlanMember *member) { return member->forward.isDone; });
 }
 
 bool PlanRun::isFull() const { return m_Options.maxFailures != 0 && m_Failures >= m_Options.maxFailures; }

@@ -20,7 +20,7 @@ public:
 
 private:
     PlanMembers canaries();
-    /// All phases, with some of the cameras. \returns whether none of them failed.
+    /// All phases, with some of the cameras. \returns whether all are back as they should be.
     bool carry(const PlanMembers &group);
 
     void writeAll(const PlanMembers &group);

@@ -28,9 +28,10 @@ struct PlanTask {
     const Undertaking *undertaking = nullptr; ///< what it is a part of
 
     Result result;
-    bool isWritten = false; ///< all was read back, or acknowledged where it could not be read
-    bool isDone = false;    ///< seen to have what was asked for
-    int restarts = 0;       ///< sent so far
+    bool isWritten = false;                          ///< all was read back, or acknowledged where it could not be read
+    bool isDone = false;                             ///< seen to have what was asked for
+    int restarts = 0;                                ///< sent so far
+    std::chrono::steady_clock::time_point restarted; ///< when the last one was sent
 
     std::string mac() const { return change.device.GetMacAddress().c_str(); }
     /// Where it can be asked when no broadcast is heard; of the other modes nobody knows.

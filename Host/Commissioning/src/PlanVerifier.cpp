@@ -16,8 +16,20 @@ namespace commissioning {
 
 using namespace Corvo;
 
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// A search takes a quarter of a second.
+constexpr int RoundsInPause = 4;
+
+} // namespace
+
+bool PlanVerifier::hadTime(const PlanTask &task) const { return Clock::now() - task.restarted >= m_Patience.pause; }
+
 void PlanVerifier::restart(PlanTask &task) {
     ++task.restarts;
+    task.restarted = Clock::now();
     try {
         m_Layer.RestartIpConfiguration(task.change.device.GetMacAddress());
     } catch (const GenICam::GenericException &) { // it is sent again when the camera is seen with its old settings
@@ -30,8 +42,9 @@ void PlanVerifier::restart(const std::vector<PlanTask *> &tasks) {
 
 void PlanVerifier::await(const std::vector<PlanTask *> &tasks) {
     std::vector<PlanTask *> open = tasks;
-    for (int round = 0; round < m_Patience.rounds && !open.empty(); ++round) {
-        std::this_thread::sleep_for(m_Patience.pause);
+    const auto deadline = Clock::now() + m_Patience.rounds * m_Patience.pause;
+    while (!open.empty() && Clock::now() < deadline) {
+        std::this_thread::sleep_for(m_Patience.pause / RoundsInPause);
         hear(open);
         sideBySide(open.size(), m_AtOnce, [&](std::size_t i) { judge(*open[i]); });
         open.erase(std::remove_if(open.begin(), open.end(), [](const PlanTask *task) { return task->isDone; }),
@@ -52,7 +65,7 @@ void PlanVerifier::hear(const std::vector<PlanTask *> &open) {
         PlanTask &task = *open[i];
         DeviceInfoList asked;
         const CDeviceInfo *found = findByMac(heard, task.mac());
-        if (!found && task.expectedAddress() != 0) {
+        if (!found && task.expectedAddress() != 0 && hadTime(task)) {
             ask(task.expectedAddress(), asked);
             found = findByMac(asked, task.mac());
         }
@@ -66,10 +79,10 @@ void PlanVerifier::judge(PlanTask &task) {
     if (!task.result.now)
         return;
     // The restart is one datagram, which may be lost, and some cameras forget it.
-    if (!Judgement(task.change, task.result).hasTaken() && task.restarts <= m_Patience.restarts)
-        restart(task);
-    else
+    if (Judgement(task.change, task.result).hasTaken() || task.restarts > m_Patience.restarts)
         settle(task);
+    else if (hadTime(task))
+        restart(task);
 }
 
 void PlanVerifier::settle(PlanTask &task) {

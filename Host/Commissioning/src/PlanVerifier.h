@@ -27,6 +27,8 @@ public:
 
 private:
     void restart(PlanTask &task);
+    /// Whether it can be back, so that it is worth while to ask for it, or to restart it again.
+    bool hadTime(const PlanTask &task) const;
     void hear(const std::vector<PlanTask *> &open);
     void judge(PlanTask &task);
 

@@ -140,7 +140,7 @@ public:
     }
 
 private:
-    void lose(const std::string &text) { m_pUndo->losses.push_back(macText(m_Now.mac) + ": " + text); }
+    void lose(const std::string &text) { m_pUndo->losses.push_back({m_Now.mac, text}); }
 
     void object(const std::string &text) {
         if (m_IsForced)
@@ -222,6 +222,7 @@ std::string lastPlanIn(const std::vector<JournalEntry> &entries) {
 Undo undoOf(const std::string &id, const std::vector<JournalEntry> &entries, const Inventory &inventory,
             bool isForced) {
     Undo undo;
+    undo.plan.allowsForeignSubnets = isForced;
     if (std::none_of(entries.begin(), entries.end(), [&](const auto &entry) { return belongsTo(entry, id); }))
         undo.plan.problems.push_back({0, 0, "The journal has no change and no plan '" + id + "'."});
     for (const auto &[mac, changes] : changesOf(id, entries)) {
@@ -232,7 +233,7 @@ Undo undoOf(const std::string &id, const std::vector<JournalEntry> &entries, con
         if (camera != inventory.cameras.end())
             CameraUndo(changes, *camera, isForced, &undo).add();
         else if (isForced)
-            undo.losses.push_back(macText(mac) + ": There is no such camera now.");
+            undo.losses.push_back({mac, "There is no such camera now."});
         else
             undo.plan.problems.push_back({0, 0, macText(mac) + ": There is no such camera now."});
     }

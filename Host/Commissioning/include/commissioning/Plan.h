@@ -47,6 +47,7 @@ struct PlanProblem {
 struct Plan {
     std::vector<PlanEntry> entries;
     std::vector<PlanProblem> problems; ///< of its file; such a plan must not be applied
+    bool allowsForeignSubnets = false; ///< also addresses at which the host could not reach the camera
 };
 
 constexpr std::size_t MaxPlanBytes = 16U << 20U;

@@ -18,9 +18,15 @@ std::string lastChangeOf(const std::string &mac, const std::vector<JournalEntry>
 /// The last plan that was applied, undos aside. \returns its id; empty when there is none.
 std::string lastPlanIn(const std::vector<JournalEntry> &entries);
 
+/// Something that an undo does not restore.
+struct UndoLoss {
+    std::string mac;
+    std::string text; ///< a sentence
+};
+
 struct Undo {
-    Plan plan;                       ///< its problems name what cannot be undone
-    std::vector<std::string> losses; ///< what it does not restore, each a sentence
+    Plan plan; ///< its problems name what cannot be undone
+    std::vector<UndoLoss> losses;
 };
 
 /// The plan that gives each camera what it had stored before a change, or before all changes of a plan. What is undone

@@ -1,0 +1,117 @@
+#include "JournalCommands.h"
+
+#include "ExitCode.h"
+#include "PlanCommands.h"
+#include "Text.h"
+#include "commissioning/AddressText.h"
+#include "commissioning/Undo.h"
+
+#include <algorithm>
+#include <map>
+#include <system_error>
+
+using namespace commissioning;
+
+namespace commandline {
+
+namespace {
+
+JournalContent read(Session &session, const Terminal &terminal) {
+    const Journal &journal = *session.context().journal;
+    JournalContent content = journal.read();
+    for (const std::size_t line : content.unreadable)
+        terminal.complain(journal.path() + ": line " + std::to_string(line) + " cannot be read: it is skipped.");
+    return content;
+}
+
+/// Cameras whose last change was begun and not ended.
+std::vector<std::string> openCameras(const std::vector<JournalEntry> &entries) {
+    std::map<std::string, Fate> last;
+    for (const JournalEntry &entry : entries) {
+        if (entry.what != "temporary")
+            last[entry.mac] = entry.fate;
+    }
+    std::vector<std::string> open;
+    for (const auto &[mac, fate] : last) {
+        if (fate == Fate::Open)
+            open.push_back(macText(mac));
+    }
+    return open;
+}
+
+void noteOpen(const std::vector<JournalEntry> &entries, const Terminal &terminal) {
+    for (const std::string &camera : openCameras(entries))
+        terminal.note(camera + ": its last change was begun, but its end is not in the journal: the program died, or " +
+                      "it is still running. \"lanvanectl plan log\" shows it.");
+}
+
+/// What is not restored is told before anybody is asked; in JSON with the camera.
+void tell(const std::vector<UndoLoss> &losses, const Arguments &arguments, const Terminal &terminal) {
+    for (const UndoLoss &loss : losses) {
+        if (!arguments.json)
+            terminal.complain(macText(loss.mac) + ": " + harmless(loss.text));
+    }
+}
+
+void addRemarks(const std::vector<UndoLoss> &losses, Outcome *pOutcome) {
+    for (const UndoLoss &loss : losses) {
+        for (ChangeRecord &record : pOutcome->changes) {
+            if (record.mac == loss.mac)
+                record.remark += (record.remark.empty() ? "" : " ") + loss.text;
+        }
+    }
+}
+
+Outcome undo(const std::string &id, const std::vector<JournalEntry> &entries, const Arguments &arguments,
+             Session &session, const Terminal &terminal) {
+    const Undo undo = undoOf(id, entries, inventoryOf(session.diagnosis()), arguments.isForced);
+    const CheckedPlan check = checked(undo.plan, "", session);
+    tell(undo.losses, arguments, terminal);
+    PlanOptions options;
+    options.what = "undo";
+    options.undoes = id;
+    Outcome outcome = applyPlan(check, options, arguments, session, terminal);
+    if (arguments.json)
+        addRemarks(undo.losses, &outcome);
+    if (undo.plan.entries.empty() && undo.plan.problems.empty())
+        outcome.text = "There is nothing to undo.\n";
+    if (check.review.isRefused() && !arguments.isForced)
+        outcome.error += ". --force undoes also what has changed since, as far as that can be done";
+    return outcome;
+}
+
+Outcome nothing(const std::string &what) { return {ExitNotFound, {}, "The journal has no " + what + "."}; }
+
+} // namespace
+
+Outcome undoLastChange(const Camera &camera, const Arguments &arguments, Session &session, const Terminal &terminal) {
+    const JournalContent content = read(session, terminal);
+    const std::string id = lastChangeOf(camera.mac, content.entries);
+    if (id.empty())
+        return nothing("change of the camera " + macText(camera.mac));
+    return undo(id, content.entries, arguments, session, terminal);
+}
+
+Outcome undoPlan(const Arguments &arguments, Session &session, const Terminal &terminal) {
+    const JournalContent content = read(session, terminal);
+    const std::string id = arguments.undone.empty() ? lastPlanIn(content.entries) : arguments.undone;
+    if (id.empty())
+        return nothing("plan");
+    noteOpen(content.entries, terminal);
+    return undo(id, content.entries, arguments, session, terminal);
+}
+
+Outcome showLog(Session &session, const Terminal &terminal) {
+    Outcome outcome;
+    outcome.log = read(session, terminal);
+    return outcome;
+}
+
+void noteOpenChanges(Session &session, const Terminal &terminal) {
+    try {
+        noteOpen(session.context().journal->read().entries, terminal);
+    } catch (const std::system_error &) { // which the change itself will be refused for
+    }
+}
+
+} // namespace commandline
