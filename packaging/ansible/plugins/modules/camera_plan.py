@@ -19,10 +19,10 @@ options:
     description:
       - The plan, as text in CSV with a line of column names, or as a list of dictionaries.
       - A dictionary has the key C(camera), which is a MAC address in any spelling, a serial number, an address or a
-        user-defined name, and any of C(mode) (C(static), C(dhcp) or C(auto)), C(address), C(mask) (dotted, or the length of
-        the prefix), C(gateway) (C(0.0.0.0) for none) and C(name).
-      - Everything but a prefix must be text. YAML takes C(10:11:22:33:44:55) and C(0012) for numbers, so they are refused
-        without quotes.
+        user-defined name, and any of C(mode) (C(static), C(dhcp) or C(auto)), C(address), C(mask) (dotted, or the length
+        of the prefix), C(gateway) (C(0.0.0.0) for none) and C(name).
+      - Everything but a prefix must be text. YAML takes C(10:11:22:33:44:55) and C(0012) for numbers, so they are
+        refused without quotes.
     type: raw
   src:
     description: Path of a plan on the host.
@@ -39,12 +39,7 @@ options:
     description: A camera that does not come back as it should gets its old settings again.
     type: bool
     default: true
-  executable:
-    description: The C(lanvanectl) to run, where it is not in the path.
-    type: str
-    default: lanvanectl
-requirements:
-  - the package C(lanvane-cli) on the host
+extends_documentation_fragment: lanvane.cameras.lanvanectl
 attributes:
   check_mode:
     description: Searches, and says what would change.
