@@ -136,6 +136,21 @@ TEST_F(AppliedPlans, NothingIsLost) {
          {},
          spoil(2, "silent-after=0"),
          revive(2)},
+        {"a half whose old address is not given up",
+         {A, std::string(B) + ",ignored-restarts=4"},
+         Swap,
+         "done 192.168.10.22; failed 192.168.10.3",
+         {},
+         spoil(1, "loss-to-camera=100,commands=setipconfig+writereg"),
+         {},
+         3,
+         1000,
+         "it has got the free address 192.168.10.3"},
+    });
+}
+
+TEST_F(AppliedPlans, WhatFailsGetsItsOldSettings) {
+    check({
         {"the first one dies",
          {A, B},
          "1,,192.168.10.31,\n2,,192.168.10.32,\n",

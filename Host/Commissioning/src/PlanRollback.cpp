@@ -46,6 +46,7 @@ void PlanRollback::run(const PlanMembers &group) {
     }
     writeBack(giveAnother(those(held, isLost)));
     finish(those(going, [](const PlanMember *each) { return isLost(each) || each->back.isWritten; }));
+    returnLoans();
 }
 
 void PlanRollback::finish(const PlanMembers &going) {
@@ -223,14 +224,30 @@ void PlanRollback::stay(PlanMember &member) {
     PlanTask again = member.forward;
     again.change.device = member.back.change.device;
     again.isReadable = member.back.isReadable;
-    write(m_Layer, &again);
+    again.temporary = member.back.temporary;
+    again = whereLent(again);
+    again.temporary.reset();
+    again.isWritten = isStored(again).value_or(false);
+    if (!again.isWritten)
+        write(m_Layer, &again);
     member.back.isWritten = false;
+    if (again.isWritten && member.back.temporary)
+        m_Lent.push_back(&member.forward);
     if (again.isWritten)
         return;
     member.forward.result.success = false;
-    member.forward.result.text = "It has its old settings stored, but was not restarted, as another camera has its "
-                                 "old address. It now has the address " +
-                                 toText(currentAddressOf(again.change.device)) + ".";
+    member.forward.result.text = "It was to go back together with another camera, whose old address it had got, but "
+                                 "could not be written: it is not known what it has stored.";
+}
+
+/// When the others have left their addresses.
+void PlanRollback::returnLoans() {
+    for (PlanTask *const task : m_Lent) {
+        task->isDone = task->result.success = false;
+        task->restarts = 0;
+    }
+    m_Verifier.restart(m_Lent);
+    m_Verifier.await(m_Lent);
 }
 
 void PlanRollback::tell(PlanMember &member) const {
