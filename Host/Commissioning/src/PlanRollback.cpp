@@ -44,7 +44,12 @@ void PlanRollback::run(const PlanMembers &group) {
         if (!isLost(member))
             stay(*member);
     }
-    writeBack(giveAnother(those(held, isLost)));
+    const PlanMembers barred = those(held, isLost);
+    writeBack(giveAnother(barred));
+    for (PlanMember *const member : those(barred, [](const PlanMember *each) { return !each->back.isWritten; })) {
+        member->isStranded = true; // with its old settings it must not start
+        stay(*member);
+    }
     finish(those(going, [](const PlanMember *each) { return isLost(each) || each->back.isWritten; }));
     returnLoans();
 }
@@ -93,7 +98,7 @@ void PlanRollback::listen(const PlanMembers &lost) {
     });
     for (DeviceInfoList &list : answers) {
         for (CDeviceInfo &device : list) {
-            if (findByMac(m_Heard, propertyOf(device, PropertyMac).c_str()))
+            if (findByMac(m_Heard, propertyOf(device, PropertyMac).c_str()) != nullptr)
                 continue;
             probe(m_Layer, device);
             m_Heard.push_back(device);
@@ -147,7 +152,7 @@ void PlanRollback::prepare(PlanMember &member) {
         back.change.device = *now;
     back.isHeard = heard != nullptr;
     const Camera camera = cameraOf(back.change.device);
-    back.isReadable = heard && camera.status == Status::Ok && !isTaken(camera.address, camera.mac, {});
+    back.isReadable = back.isHeard && camera.status == Status::Ok && !isTaken(camera.address, camera.mac, {});
 }
 
 PlanMembers PlanRollback::giveAnother(const PlanMembers &members) {
@@ -188,7 +193,7 @@ void PlanRollback::writeBack(PlanMember &member) {
 void PlanRollback::writeBack(const PlanMembers &members) {
     sideBySide(members.size(), m_AtOnce, [&](std::size_t i) { writeBack(*members[i]); });
     const PlanMembers unheard = those(members, [&](const PlanMember *member) {
-        return !member->back.isWritten && !member->back.isReadable && findByMac(m_Heard, member->before.mac) &&
+        return !member->back.isWritten && !member->back.isReadable && member->back.isHeard &&
                m_Loans.canLend(member->back.change.adapter);
     });
     writeOverLoans(m_Layer, m_Loans, backsOf(unheard), m_AtOnce);
@@ -233,7 +238,7 @@ void PlanRollback::stay(PlanMember &member) {
     member.back.isWritten = false;
     if (again.isWritten && member.back.temporary)
         m_Lent.push_back(&member.forward);
-    if (again.isWritten)
+    if (again.isWritten || isLost(&member))
         return;
     member.forward.result.success = false;
     member.forward.result.text = "It was to go back together with another camera, whose old address it had got, but "
