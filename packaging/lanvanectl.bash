@@ -2,14 +2,14 @@
 # search of the network.
 _lanvanectl() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="list show doctor set force restart name rescue plan"
+    local commands="list show doctor set force restart name rescue plan undo watch report"
     local options="--adapter --ask --json --dry-run --quiet --no-color --timeout --help --version"
     local word command="" deed="" position=0
     local -i i
     for ((i = 1; i < COMP_CWORD; i++)); do
         word=${COMP_WORDS[i]}
         case $word in
-            --adapter | --ask | --timeout | --mask | --gateway | --max-failures) i+=1 ;;
+            --adapter | --ask | --timeout | --mask | --gateway | --max-failures | --interval | --plan | --metrics) i+=1 ;;
             -*) ;;
             *)
                 [ -n "$command" ] && position=$((position + 1))
@@ -23,16 +23,24 @@ _lanvanectl() {
             mapfile -t COMPREPLY < <(compgen -W "$(ls /sys/class/net 2>/dev/null)" -- "$current")
             return
             ;;
-        --ask | --timeout | --mask | --gateway | --max-failures) return ;;
+        --ask | --timeout | --mask | --gateway | --max-failures | --interval) return ;;
+        --plan | --metrics)
+            mapfile -t COMPREPLY < <(compgen -f -- "$current")
+            return
+            ;;
     esac
     case $command in
         set) options+=" --mask --gateway" ;;
         force) options+=" --gateway" ;;
+        undo) options+=" --yes --force" ;;
+        watch) options+=" --interval --plan --metrics" ;;
+        report) options+=" --redact" ;;
         rescue) options+=" --all --static --dhcp --auto --yes" ;;
         plan)
             case $deed in
                 export) options+=" --force" ;;
                 apply) options+=" --yes --max-failures --no-rollback" ;;
+                undo) options+=" --yes --force" ;;
             esac
             ;;
     esac
@@ -42,7 +50,7 @@ _lanvanectl() {
         mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
     elif [ "$command" = plan ]; then
         if [ -z "$deed" ]; then
-            mapfile -t COMPREPLY < <(compgen -W "export check apply" -- "$current")
+            mapfile -t COMPREPLY < <(compgen -W "export check apply undo log" -- "$current")
         else
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
         fi

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <map>
+#include <system_error>
 
 using namespace commissioning;
 
@@ -107,7 +108,10 @@ Outcome showLog(Session &session, const Terminal &terminal) {
 }
 
 void noteOpenChanges(Session &session, const Terminal &terminal) {
-    noteOpen(session.context().journal->read().entries, terminal);
+    try {
+        noteOpen(session.context().journal->read().entries, terminal);
+    } catch (const std::system_error &) { // which the change itself will be refused for
+    }
 }
 
 } // namespace commandline

@@ -36,7 +36,7 @@ std::string textOfFile(const std::string &file) {
         return textOf(std::cin);
     errno = 0;
     std::ifstream input(file, std::ios::binary);
-    const std::string text = textOf(input);
+    std::string text = textOf(input);
     if (errno != 0 && !input.eof()) // a folder opens, and fails when it is read
         throw std::invalid_argument(file + " cannot be read: " + lastError() + ".");
     return text;

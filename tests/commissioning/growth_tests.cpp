@@ -9,18 +9,11 @@
 #include "transport/Layer.h"
 
 #include <cstring>
-#include <fstream>
-#include <unistd.h>
+#include <iostream>
 
 using namespace commissioning;
 
 namespace {
-
-long resident_KiB() {
-    long total = 0, resident = 0; // pages
-    std::ifstream("/proc/self/statm") >> total >> resident;
-    return resident * sysconf(_SC_PAGESIZE) / 1024;
-}
 
 std::uint32_t word(const Bytes &bytes, std::size_t offset) {
     std::uint32_t value = 0;
@@ -94,7 +87,7 @@ TEST_F(Growth, TenThousandSearchesLeaveNothingBehind) {
             EXPECT_FALSE(commandline::metricsText({watcher.present(), 0, 0, round, 0, 0, {}}).empty());
             network->advance(30000);
         }
-        return resident_KiB();
+        return residentMemory_KiB();
     };
     const long before = searchUntil(1000);
     const Holdings held = Holdings::now();

@@ -2,7 +2,9 @@
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -14,6 +16,12 @@ std::size_t countEntries(const char *folder) {
 } // namespace
 
 Holdings Holdings::now() { return {countEntries("/proc/self/fd"), countEntries("/proc/self/task")}; }
+
+long residentMemory_KiB() {
+    long total = 0, resident = 0; // pages
+    std::ifstream("/proc/self/statm") >> total >> resident;
+    return resident * sysconf(_SC_PAGESIZE) / 1024;
+}
 
 bool eventually(const std::function<bool()> &condition, int timeout_ms) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);

@@ -14,5 +14,8 @@ struct Holdings {
     }
 };
 
+/// Memory of this process in RAM.
+long residentMemory_KiB();
+
 /// True as soon as the condition holds, false when it does not within the time.
 bool eventually(const std::function<bool()> &condition, int timeout_ms = 5000);

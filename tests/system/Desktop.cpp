@@ -42,8 +42,10 @@ Desktop::Desktop() {
 Desktop::~Desktop() = default;
 
 void Desktop::TearDown() {
-    for (const Expected &missing : m_Expected)
-        ADD_FAILURE() << "never asked: " << missing.dialog.toStdString();
+    for (const auto *expected : {&m_Expected, &m_Waits}) {
+        for (const Expected &missing : *expected)
+            ADD_FAILURE() << "never asked: " << missing.dialog.toStdString();
+    }
     EXPECT_EQ(nullptr, QApplication::overrideCursor());
 }
 
@@ -157,20 +159,31 @@ void Desktop::hold(unsigned camera, std::uint32_t privilege) {
 void Desktop::lookForDialogs() {
     // A new timer each time: one whose slot opens a dialog itself would not fire again meanwhile.
     QTimer::singleShot(LookInterval_ms, &m_Context, [this] { lookForDialogs(); });
-    for (const QWidget *box : QApplication::topLevelWidgets()) {
-        if (box->objectName() == "WaitBox" && !waits.contains(box->findChild<QLabel *>()->text()))
-            waits << box->findChild<QLabel *>()->text();
+    for (QWidget *box : QApplication::topLevelWidgets()) {
+        if (box->objectName() == "WaitBox" && box->isVisible())
+            lookAtWaitBox(*box);
     }
     QPointer<QWidget> dialog = QApplication::activePopupWidget();
     if (!dialog)
         dialog = QApplication::activeModalWidget();
-    if (!dialog || !dialog->isVisible())
+    if (!dialog || !dialog->isVisible() || dialog->objectName() == "WaitBox")
         return;
     answer(*dialog);
     if (dialog && dialog->isVisible()) {
         ADD_FAILURE() << "left open: " << describe(*dialog).toStdString();
         dismiss(*dialog);
     }
+}
+
+void Desktop::lookAtWaitBox(QWidget &box) {
+    const QString step = box.findChild<QLabel *>()->text();
+    if (!waits.contains(step))
+        waits << step;
+    if (m_Waits.empty() || m_Waits.front().dialog != step)
+        return;
+    const Act act = m_Waits.front().act;
+    m_Waits.pop_front();
+    act(box);
 }
 
 void Desktop::answer(QWidget &dialog) {

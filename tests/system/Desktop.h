@@ -71,6 +71,8 @@ protected:
     static void awaitAdapters(int count);
 
     void expect(const QString &dialog, Act act) { m_Expected.push_back({dialog, std::move(act)}); }
+    /// Does something once to the wait box that shows this step.
+    void expectWait(const QString &step, Act act) { m_Waits.push_back({step, std::move(act)}); }
     /// From now on this answers what was not foretold.
     void expectAnything(Act act) { m_Anything = std::move(act); }
     /// A message box with the window's title.
@@ -97,11 +99,13 @@ private:
         Act act;
     };
     void lookForDialogs();
+    void lookAtWaitBox(QWidget &box);
     void answer(QWidget &dialog);
 
     QObject m_Context; ///< ends the timers
     std::unique_ptr<MainWnd> m_Window;
     std::deque<Expected> m_Expected;
+    std::deque<Expected> m_Waits;
     Act m_Anything;
 };
 

@@ -1,21 +1,13 @@
 #include "Desktop.h"
+#include "support/Leaks.h"
 
 #include <QElapsedTimer>
 
-#include <fstream>
 #include <iostream>
-#include <unistd.h>
 
 using namespace testnet;
 
 namespace {
-
-/// Memory of this process in RAM.
-long resident_KiB() {
-    long total = 0, resident = 0; // pages
-    std::ifstream("/proc/self/statm") >> total >> resident;
-    return resident * sysconf(_SC_PAGESIZE) / 1024;
-}
 
 class Scale : public Desktop {
 protected:
@@ -68,10 +60,10 @@ TEST_F(Scale, RefreshesDoNotGrow) {
     const int count = environmentNumber("LANVANE_REFRESHES", 20);
     refresh();
     refresh();
-    const long before = resident_KiB();
+    const long before = residentMemory_KiB();
     for (int i = 0; i < count; ++i)
         refresh();
-    const long growth = resident_KiB() - before;
+    const long growth = residentMemory_KiB() - before;
     std::cout << count << " refreshes of 200 cameras: " << before << " KiB and then " << growth << " more\n";
     EXPECT_LT(growth, 3000);
 }

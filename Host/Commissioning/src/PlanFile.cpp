@@ -58,7 +58,7 @@ std::string refusalOfFile(const std::string &text) {
 std::string headerLine(const std::string &text) {
     for (std::size_t start = 0; start < text.size();) {
         const std::size_t end = std::min(text.find_first_of("\r\n", start), text.size());
-        const std::string line = text.substr(start, end - start);
+        std::string line = text.substr(start, end - start);
         if (const std::string content = trimmed(line); !content.empty() && content.front() != '#')
             return line;
         start = end + 1;

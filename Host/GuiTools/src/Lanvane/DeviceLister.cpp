@@ -1,9 +1,12 @@
 #include "Lanvane/DeviceLister.h"
 
 #include "Base/GCException.h"
+#include "Lanvane/DeviceDisplay.h"
 #include "MinimalCorvoGigETL/TlFactory.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Search.h"
+
+#include <utility>
 
 using namespace Corvo;
 
@@ -37,13 +40,23 @@ IGigETransportLayer &DeviceLister::Tl() {
     return *s_pTl;
 }
 
-void DeviceLister::discoverAllDevices() { m_lstDevices = commissioning::search(Tl()); }
+DeviceLister::Content::Content(DeviceInfoList_t devices) : m_Devices(std::move(devices)) {
+    for (std::size_t i = 0; i < m_Devices.size(); ++i)
+        m_Indices.insert(displayText(m_Devices[i], PropMacAddress), i);
+}
+
+void DeviceLister::discoverAllDevices() { m_Content = Content(commissioning::search(Tl())); }
+
+CDeviceInfo *DeviceLister::find(const QString &mac) {
+    const auto found = m_Content.m_Indices.constFind(mac);
+    return found == m_Content.m_Indices.constEnd() ? nullptr : &m_Content.m_Devices[*found];
+}
 
 std::size_t DeviceLister::updateDeviceInfo(const char *pstrMac, const char *pstrIpConfig, const char *pstrIpAddress,
                                            const char *pstrSubnetMask, const char *pstrDefaultGateway,
                                            bool testAccessibility) {
-    return commissioning::updateDeviceInfo(Tl(), m_lstDevices, pstrMac, pstrIpConfig, pstrIpAddress, pstrSubnetMask,
-                                           pstrDefaultGateway, testAccessibility);
+    return commissioning::updateDeviceInfo(Tl(), m_Content.m_Devices, pstrMac, pstrIpConfig, pstrIpAddress,
+                                           pstrSubnetMask, pstrDefaultGateway, testAccessibility);
 }
 
 bool DeviceLister::ValExistsInMultipartPropertyValue(const String_t &multipartValue, const String_t &value,

@@ -4,7 +4,11 @@
 #include "MinimalCorvoGigETL/IGigETransportLayer.h"
 
 #include <QAtomicInt>
+#include <QHash>
 #include <QObject>
+
+#include <cstddef>
+#include <utility>
 
 /// Property keys that the lister adds to or changes in device infos.
 extern const char *const PropMacAddress; ///< "MacAddress"
@@ -13,7 +17,7 @@ extern const char *const PropIfName;     ///< "IF_~_Name": system names of those
 extern const char *const PropAccessible; ///< "DEV_~_Accessible": EDeviceAccessiblityInfo as a decimal number
 
 /// The one list of GigE devices that the window shows: one entry for each MAC address, with the host interface's name
-/// and an accessibility verdict. To be used on the GUI thread, between CorvoInitialize and CorvoTerminate.
+/// and an accessibility verdict. To be used by one thread at a time, between CorvoInitialize and CorvoTerminate.
 class DeviceLister : public QObject {
     Q_OBJECT
 
@@ -25,9 +29,23 @@ public:
     ~DeviceLister() override;
 
     /// The result of the last discovery.
-    const DeviceInfoList_t &devices() const { return m_lstDevices; }
-    /// For the operations, which keep it up to date.
-    DeviceInfoList_t &devices() { return m_lstDevices; }
+    const DeviceInfoList_t &devices() const { return m_Content.m_Devices; }
+    /// For the operations, which keep it up to date; they neither add, remove nor move entries.
+    DeviceInfoList_t &devices() { return m_Content.m_Devices; }
+    /// Null when it is not in the list.
+    Corvo::CDeviceInfo *find(const QString &mac);
+    /// A list with what finds its entries; to be made and freed where thousands of them keep nobody waiting.
+    class Content {
+    public:
+        Content() = default;
+        explicit Content(DeviceInfoList_t devices);
+
+    private:
+        friend class DeviceLister;
+        DeviceInfoList_t m_Devices;
+        QHash<QString, std::size_t> m_Indices; ///< in the list, by MAC address
+    };
+    void swap(Content &content) { std::swap(m_Content, content); }
 
     /// The transport layer that all listers share, created on demand. \throws RuntimeException
     Corvo::IGigETransportLayer &Tl();
@@ -55,7 +73,7 @@ public:
                                        const char *pszSeparator, bool allowDuplicates);
 
 private:
-    DeviceInfoList_t m_lstDevices;
+    Content m_Content;
 
     static Corvo::IGigETransportLayer *s_pTl;
     static QAtomicInt s_ref;

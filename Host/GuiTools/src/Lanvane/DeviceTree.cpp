@@ -6,9 +6,9 @@
 #include <QHeaderView>
 #include <QScrollBar>
 #include <QSettings>
-#include <QTreeWidgetItemIterator>
 
 #include <algorithm>
+#include <memory>
 
 using namespace Corvo;
 
@@ -26,8 +26,12 @@ DeviceTree::DeviceTree(QWidget *parent) : QTreeWidget(parent) {
     setHeaderLabels({QString(), QStringLiteral("Serial Number"), QStringLiteral("MAC Address"),
                      QStringLiteral("Status"), QStringLiteral("IP Configuration"), QStringLiteral("IP Address"),
                      QStringLiteral("Subnet Mask")});
+    header()->setResizeContentsPrecision(100); // rows, as thousands would take their time
     setUsualColumnWidths();
+    connect(&m_Disposal, &QTimer::timeout, this, &DeviceTree::freeDiscarded);
 }
+
+DeviceTree::~DeviceTree() { qDeleteAll(m_Discarded); }
 
 // Rows
 
@@ -38,11 +42,35 @@ QTreeWidgetItem *DeviceTree::addAdapterRow(const CNetworkAdapter &adapter, int i
     return item;
 }
 
-QTreeWidgetItem *DeviceTree::addDeviceRow(const CQuorelGigEDeviceInfo &device) {
-    QTreeWidgetItem *adapter = findAdapter(displayText(device, PropIfName));
-    auto *item = adapter ? new QTreeWidgetItem(adapter, DeviceRow) : new QTreeWidgetItem(this, DeviceRow);
+void DeviceTree::addDeviceRow(const CQuorelGigEDeviceInfo &device) {
+    auto item = std::make_unique<QTreeWidgetItem>(DeviceRow); // the view follows each change of a row that it has
     item->setData(ColName, KeyRole, macOf(device));
-    return item;
+    m_DeviceRows.insert(macOf(device), item.get());
+    showDevice(*item, device);
+    if (!device.GetPropertyAvailable(PropAccessible)) {
+        item->setText(ColStatus, QStringLiteral("Not checked yet"));
+        item->setIcon(ColStatus, QIcon());
+    }
+    if (QTreeWidgetItem *adapter = findAdapter(displayText(device, PropIfName)))
+        adapter->addChild(item.release());
+    else
+        addTopLevelItem(item.release());
+}
+
+void DeviceTree::clearRows() {
+    m_DeviceRows.clear();
+    for (int i = 0; i < topLevelItemCount(); ++i)
+        m_Discarded += topLevelItem(i)->takeChildren();
+    clear();
+    m_Disposal.start();
+}
+
+void DeviceTree::freeDiscarded() {
+    constexpr int AtOnce = 500;
+    for (int i = 0; i < AtOnce && !m_Discarded.isEmpty(); ++i)
+        delete m_Discarded.takeLast();
+    if (m_Discarded.isEmpty())
+        m_Disposal.stop();
 }
 
 void DeviceTree::showAdapter(QTreeWidgetItem &item, const CNetworkAdapter &adapter) {
@@ -80,21 +108,7 @@ QTreeWidgetItem *DeviceTree::findAdapter(const QString &names) const {
     return nullptr;
 }
 
-QTreeWidgetItem *DeviceTree::findDevice(const QString &mac) const {
-    const auto rows = deviceRows();
-    const auto found =
-        std::find_if(rows.begin(), rows.end(), [&](const QTreeWidgetItem *item) { return keyTextOf(*item) == mac; });
-    return found == rows.end() ? nullptr : *found;
-}
-
-std::vector<QTreeWidgetItem *> DeviceTree::deviceRows() const {
-    std::vector<QTreeWidgetItem *> rows;
-    for (QTreeWidgetItemIterator i(const_cast<DeviceTree *>(this)); *i; ++i) {
-        if ((*i)->type() == DeviceRow)
-            rows.push_back(*i);
-    }
-    return rows;
-}
+QTreeWidgetItem *DeviceTree::findDevice(const QString &mac) const { return m_DeviceRows.value(mac); }
 
 DeviceTree::RowKey DeviceTree::keyOf(const QTreeWidgetItem *item) {
     if (!item)

@@ -2,6 +2,8 @@
 
 #include "Lanvane/DeviceDisplay.h"
 
+#include <QHash>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include <vector>
@@ -33,18 +35,19 @@ public:
     };
 
     explicit DeviceTree(QWidget *parent = nullptr);
+    ~DeviceTree() override;
 
     /// \param index of the adapter in its list.
     QTreeWidgetItem *addAdapterRow(const CNetworkAdapter &adapter, int index);
-    /// Under the first adapter of those it was found through that has a row, else a row of its own. Still to be shown.
-    QTreeWidgetItem *addDeviceRow(const Corvo::CQuorelGigEDeviceInfo &device);
+    /// Under the first adapter of those it was found through that has a row, else a row of its own.
+    void addDeviceRow(const Corvo::CQuorelGigEDeviceInfo &device);
+    void clearRows();
     void showAdapter(QTreeWidgetItem &item, const CNetworkAdapter &adapter);
     void showDevice(QTreeWidgetItem &item, const Corvo::CQuorelGigEDeviceInfo &device);
 
     /// \param names several joined by ";", of which the first that has a row counts.
     QTreeWidgetItem *findAdapter(const QString &names) const;
     QTreeWidgetItem *findDevice(const QString &mac) const;
-    std::vector<QTreeWidgetItem *> deviceRows() const;
 
     static RowKey keyOf(const QTreeWidgetItem *item);
     /// Of an adapter's row; -1 for any other.
@@ -60,11 +63,15 @@ public:
     void sizeColumnsOnce();
 
 private:
+    void freeDiscarded();
     QTreeWidgetItem *find(const RowKey &key) const;
     void setUsualColumnWidths();
     bool areColumnWidthsUsual() const;
 
     RowIcons m_Icons;
+    QHash<QString, QTreeWidgetItem *> m_DeviceRows; ///< by MAC address
+    QList<QTreeWidgetItem *> m_Discarded;           ///< of the list before, to be freed a few at a time
+    QTimer m_Disposal;
     std::vector<int> m_UsualWidths; ///< by column
     bool m_areColumnsSized = false;
 };

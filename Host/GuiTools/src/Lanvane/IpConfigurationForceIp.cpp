@@ -2,7 +2,9 @@
 
 #include "Base/GCException.h"
 #include "Lanvane/IpConfigurationParts.h"
+#include "commissioning/DeviceInfos.h"
 #include "commissioning/ForceAddress.h"
+#include "commissioning/Rediscovery.h"
 
 #include <QDebug>
 #include <QHostAddress>
@@ -22,14 +24,41 @@ bool IpConfigurationWidget::forceIp(const QString &headerText, bool showMacAddre
     request.text = headerText.toStdString();
     request.asksForMac = showMacAddress;
     commissioning::Address forced = 0;
-    const bool isForced = forceAddress(operationContext(), request, &forced);
+    const commissioning::Context context = operationContext();
+    bool isForced = false;
+    m_Notice = {};
+    if (!m_Interaction.run([&] { isForced = forceAddress(context, request, &forced); }))
+        followCancelledForce();
     if (newIpAddress && forced != 0)
         *newIpAddress = QHostAddress(forced).toString();
     return isForced;
 }
 
+void IpConfigurationWidget::followCancelledForce() {
+    const auto sent = m_Interaction.sent();
+    if (!sent)
+        return;
+    const commissioning::Context context = operationContext();
+    std::optional<CQuorelGigEDeviceInfo> now;
+    m_Interaction.run([&] {
+        now = lookFor(context, sent->mac, sent->address);
+        if (now)
+            follow(context, *now, true);
+    });
+    const bool isTaken = now && commissioning::currentAddressOf(*now) == sent->address;
+    const QString rest = isTaken ? QStringLiteral("and the camera has it.")
+                         : now   ? QStringLiteral("but the camera still has %1.").arg(displayText(now->GetIpAddress()))
+                                 : QStringLiteral("but the camera does not answer the search.");
+    m_Notice = {QString::fromStdString(sent->mac),
+                QStringLiteral("The address %1 was sent, %2").arg(QHostAddress(sent->address).toString(), rest)};
+    onUpdated(m_Notice.mac, isTaken ? std::optional(sent->address) : std::nullopt);
+}
+
 bool IpConfigurationWidget::openDevice(const QString &ipAddress) {
-    return m_Connection.open(operationContext(), m_Change.device, m_Change.adapter, gc(ipAddress));
+    const commissioning::Context context = operationContext();
+    bool isOpen = false;
+    m_Interaction.run([&] { isOpen = m_Connection.open(context, m_Change.device, m_Change.adapter, gc(ipAddress)); });
+    return isOpen;
 }
 
 void IpConfigurationWidget::onAssignTemporaryIPAddress() {

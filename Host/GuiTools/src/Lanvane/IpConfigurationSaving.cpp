@@ -17,8 +17,7 @@ void IpConfigurationWidget::on_btnWriteConfiguration_clicked() {
         if (saveEdited())
             doRefresh();
         else
-            showBox(QMessageBox::Critical, QStringLiteral("The configuration could not be saved."), saveReport(),
-                    QMessageBox::Close);
+            showFailure(QStringLiteral("The configuration could not be saved."), QMessageBox::Close);
     });
     if (hadFocus && !ui->btnWriteConfiguration->isEnabled())
         ui->deviceTree->setFocus();
@@ -29,6 +28,7 @@ bool IpConfigurationWidget::saveEdited() { return m_Editor.device() && save(m_Ed
 bool IpConfigurationWidget::save(const commissioning::Change &change) {
     m_Change = change;
     m_LastSave = {}; // what is said of this save shall not be another's
+    m_Notice = {};
     const bool saved = writeConfiguration(change.device);
     const QString mac = macOf(change.device);
     if (saved) {
@@ -37,9 +37,16 @@ bool IpConfigurationWidget::save(const commissioning::Change &change) {
     } else if (m_Editor.mac() == mac) {
         updateEditor();
     }
+    if (!saved && m_Interaction.isCancelled())
+        m_Notice = {mac, saveReport()};
     showPatchedInfo(mac);
     showRemark();
     return saved;
+}
+
+void IpConfigurationWidget::showFailure(const QString &text, QMessageBox::StandardButton button) const {
+    if (!m_Interaction.isCancelled())
+        showBox(QMessageBox::Critical, text, saveReport(), button);
 }
 
 QString IpConfigurationWidget::saveReport() const { return QString::fromStdString(m_LastSave.text); }
@@ -77,8 +84,7 @@ bool IpConfigurationWidget::saveBeforeLeaving() {
     bool saved = false;
     guarded("onCurrentItemChanged", [&] { saved = saveEdited(); });
     if (!saved)
-        showBox(QMessageBox::Critical, QStringLiteral("The configuration could not be saved."), saveReport(),
-                QMessageBox::Ok);
+        showFailure(QStringLiteral("The configuration could not be saved."), QMessageBox::Ok);
     return saved;
 }
 
@@ -91,6 +97,8 @@ bool IpConfigurationWidget::saveBeforeClosing() {
         updateUiFromTreeItem(ui->deviceTree->currentItem());
         return true;
     }
+    if (m_Interaction.isCancelled())
+        return false;
     return showBox(QMessageBox::Critical,
                    QStringLiteral("The configuration could not be saved.\nWould you like to continue closing the "
                                   "application?\n\nIf you click 'Yes', your configuration will not be changed and the "

@@ -18,24 +18,39 @@ commissioning::Context IpConfigurationWidget::operationContext() {
 
 bool IpConfigurationWidget::writeConfiguration(const CQuorelGigEDeviceInfo &device) {
     m_Change.device = device;
-    m_LastSave = configure(operationContext(), m_Change);
+    // Until it has ended: it is told less when it is cancelled where nobody expects it.
+    m_LastSave.text = "It is not known what was sent.";
+    const commissioning::Context context = operationContext();
+    m_Interaction.run([&] { m_LastSave = configure(context, m_Change); });
     return m_LastSave.success;
 }
 
 bool IpConfigurationWidget::broadcastConfiguration(const QString &mac) {
     m_Change.device.SetMacAddress(gc(mac));
     const commissioning::Context context = operationContext();
-    return commissioning::Saving(context, m_Change).broadcast();
+    bool isSaved = false;
+    m_Interaction.run([&] { isSaved = commissioning::Saving(context, m_Change).broadcast(); });
+    return isSaved;
 }
 
 bool IpConfigurationWidget::unicastConfiguration(const QString &oldIpAddress) {
     m_Change.device.SetIpAddress(gc(oldIpAddress));
     const commissioning::Context context = operationContext();
-    return commissioning::Saving(context, m_Change).unicast();
+    bool isSaved = false;
+    m_Interaction.run([&] { isSaved = commissioning::Saving(context, m_Change).unicast(); });
+    return isSaved;
 }
 
 bool IpConfigurationWidget::waitForDevice(const QString &mac) {
-    return commissioning::waitForDevice(operationContext(), mac.toStdString()).has_value();
+    const commissioning::Context context = operationContext();
+    bool isBack = false;
+    m_Interaction.run([&] { isBack = commissioning::waitForDevice(context, mac.toStdString()).has_value(); });
+    return isBack;
 }
 
 void IpConfigurationWidget::closeDevice() { m_Connection.close(); }
+
+void IpConfigurationWidget::giveUpDevice() {
+    m_Interaction.operation().end();
+    closeDevice();
+}

@@ -65,7 +65,7 @@ void MainWnd::restoreGeometryFromSettings() {
     move(pos);
 }
 
-void MainWnd::giveUpDevice() { m_IpConfigWidget->closeDevice(); }
+void MainWnd::giveUpDevice() { m_IpConfigWidget->giveUpDevice(); }
 
 void MainWnd::on_actionRefresh_triggered() { m_IpConfigWidget->refresh(); }
 

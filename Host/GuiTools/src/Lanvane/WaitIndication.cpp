@@ -1,41 +1,49 @@
 #include "Lanvane/WaitIndication.h"
 
 #include <QApplication>
-#include <QDialog>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QLabel>
-#include <QTimer>
-#include <QVBoxLayout>
+#include <QWidget>
 #include <QWindow>
 
 namespace {
 
-/// Releases pass, for what was pressed before.
-class InputBarrier : public QObject {
-public:
-    bool eventFilter(QObject * /*watched*/, QEvent *event) override {
-        switch (event->type()) {
-        case QEvent::ShortcutOverride:
-            event->accept(); // else it would be tried as a shortcut
-            return true;
-        case QEvent::KeyPress:
-        case QEvent::MouseButtonPress:
-        case QEvent::MouseButtonDblClick:
-        case QEvent::ContextMenu:
-        case QEvent::Wheel:
-            return true;
-        default:
-            return false;
-        }
-    }
-};
+/// Whether an event's receiver is part of the dialog that the user sees in front, or of what has popped up there.
+bool belongsToModal(QObject *receiver) {
+    if (QApplication::activePopupWidget())
+        return true;
+    const QWidget *const modal = QApplication::activeModalWidget();
+    if (!modal)
+        return false;
+    const auto *const widget = qobject_cast<QWidget *>(receiver);
+    return widget ? widget->window() == modal : receiver == modal->windowHandle();
+}
 
 } // namespace
 
 WaitCursor::WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
 
 WaitCursor::~WaitCursor() { QApplication::restoreOverrideCursor(); }
+
+InputBarrier::InputBarrier(Admission admission) : m_Admission(admission) { qApp->installEventFilter(this); }
+
+bool InputBarrier::eventFilter(QObject *watched, QEvent *event) {
+    switch (event->type()) {
+    case QEvent::ShortcutOverride:
+    case QEvent::KeyPress:
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::ContextMenu:
+    case QEvent::Wheel:
+        break;
+    default:
+        return false;
+    }
+    if (m_Admission == AdmitModal && belongsToModal(watched))
+        return false;
+    event->accept(); // a ShortcutOverride would else be tried as a shortcut
+    return true;
+}
 
 void awaitExposure(const QWidget &window) {
     constexpr int Patience_ms = 200;
@@ -50,33 +58,9 @@ void awaitExposure(const QWidget &window) {
     processEventsWithoutUser();
 }
 
-WaitBox::WaitBox(const QString &text, QWidget *parent)
-    : m_Box(std::make_unique<QDialog>(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint)) {
-    m_Box->setObjectName(QStringLiteral("WaitBox"));
-    m_Box->setWindowTitle(parent ? parent->window()->windowTitle() : QString());
-    auto *label = new QLabel(text, m_Box.get());
-    label->setTextFormat(Qt::PlainText);
-    label->setAlignment(Qt::AlignCenter);
-    auto *layout = new QVBoxLayout(m_Box.get());
-    layout->setContentsMargins(24, 20, 24, 20);
-    layout->addWidget(label);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
-    m_Box->show();
-    awaitExposure(*m_Box);
-}
-
-WaitBox::~WaitBox() = default;
-
 void processEventsWithoutUser() { QApplication::processEvents(QEventLoop::ExcludeUserInputEvents); }
 
-void pauseWithoutUser(int milliseconds) {
-    QEventLoop loop;
-    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
-}
-
 void discardUserInput() {
-    InputBarrier barrier;
-    qApp->installEventFilter(&barrier);
+    const InputBarrier barrier(InputBarrier::AdmitNothing);
     QApplication::processEvents();
 }

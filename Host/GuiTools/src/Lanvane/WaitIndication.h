@@ -1,11 +1,7 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QObject>
 
-#include <memory>
-
-class QDialog;
-class QString;
 class QWidget;
 
 /// Shows the wait cursor as long as it lives. Guards nest.
@@ -16,16 +12,16 @@ public:
     Q_DISABLE_COPY(WaitCursor)
 };
 
-/// A small modeless box with a text, and the wait cursor, for the time of a long operation.
-class WaitBox {
+/// As long as it lives, keys and clicks are dropped when they arrive. Releases pass, for what was pressed before.
+class InputBarrier : public QObject {
 public:
-    WaitBox(const QString &text, QWidget *parent);
-    ~WaitBox();
-    Q_DISABLE_COPY(WaitBox)
+    enum Admission { AdmitNothing, AdmitModal /**< what is for the modal dialog in front, if there is one */ };
+
+    explicit InputBarrier(Admission admission);
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    WaitCursor m_Cursor;
-    std::unique_ptr<QDialog> m_Box;
+    Admission m_Admission;
 };
 
 /// Lets a window that was just shown paint before something blocks: a window system takes a moment. At most 200 ms, and
@@ -33,7 +29,5 @@ private:
 void awaitExposure(const QWidget &window);
 /// Lets the windows paint and posted events arrive; what the user does waits, to be dropped by discardUserInput.
 void processEventsWithoutUser();
-/// The same for a time in milliseconds.
-void pauseWithoutUser(int milliseconds);
 /// Drops the keys and clicks that waited while something blocked: they were not meant for what the window shows now.
 void discardUserInput();

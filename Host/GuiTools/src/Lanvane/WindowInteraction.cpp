@@ -3,6 +3,7 @@
 #include "CorvoQtBase/errorhandling.h"
 #include "Lanvane/AddressRules.h"
 #include "Lanvane/AddressText.h"
+#include "Lanvane/WaitBox.h"
 #include "Lanvane/WaitIndication.h"
 #include "Lanvane/ipaddresswidget.h"
 
@@ -40,10 +41,25 @@ QString connectionHeader(const CNetworkAdapter *adapter) {
            FormatSubnetAddresses(adapter);
 }
 
-/// What both are shown as long as it exists.
-std::shared_ptr<void> waitBox(const char *text, QWidget &window) {
-    return std::make_shared<WaitBox>(QString::fromLatin1(text), &window);
+QString textOf(Step step) {
+    switch (step) {
+    case Step::Broadcast:
+        return QStringLiteral("Sending the configuration to the device...");
+    case Step::Connect:
+        return QStringLiteral("Trying to establish a connection to the device...");
+    case Step::Write:
+        return QStringLiteral("Writing and checking the configuration...");
+    case Step::Force:
+        return QStringLiteral("Assigning the temporary IP address...");
+    case Step::Rediscover:
+        break;
+    }
+    return QStringLiteral(
+        "Camera restarts its IP configuration cycle.\nWaiting until the device has been discovered again...");
 }
+
+constexpr int BoxAfter_ms = 200;
+constexpr int BoxOfSearchAfter_ms = 500; // most searches are over by then
 
 } // namespace
 
@@ -53,19 +69,66 @@ WindowInteraction::WindowInteraction(QWidget &window, Reporter report, const CNe
 
 WindowInteraction::~WindowInteraction() = default;
 
-std::shared_ptr<void> WindowInteraction::begin(Step step) {
-    if (step == Step::Connect)
-        return waitBox("Trying to establish a connection to the device...", m_Window);
-    if (step == Step::Rediscover)
-        return waitBox("Camera restarts its IP configuration cycle.\nWaiting until the device has been discovered "
-                       "again...",
-                       m_Window);
-    auto cursor = std::make_shared<WaitCursor>();
-    processEventsWithoutUser(); // what follows blocks for up to 3 seconds
-    return cursor;
+bool WindowInteraction::run(const std::function<void()> &work) { return run(work, QString(), BoxAfter_ms); }
+
+bool WindowInteraction::runSearch(const std::function<void()> &work) {
+    return run(work, QStringLiteral("Searching for devices..."), BoxOfSearchAfter_ms);
 }
 
-void WindowInteraction::pause(std::chrono::milliseconds time) { pauseWithoutUser(static_cast<int>(time.count())); }
+bool WindowInteraction::run(const std::function<void()> &work, const QString &step, int boxAfter_ms) {
+    const auto end = [this](void *) { // also by an exception
+        m_Box.reset();
+        m_Cursor.reset();
+    };
+    const std::unique_ptr<void, decltype(end)> atEnd(this, end);
+    m_WasTold = false;
+    m_Sent.reset();
+    m_Cursor = std::make_unique<WaitCursor>();
+    m_Box = std::make_unique<WaitBox>(&m_Window, [this] { cancel(); });
+    m_Box->setStep(step);
+    m_Box->showAfter(boxAfter_ms);
+    try {
+        m_Operation.run(work);
+    } catch (...) {
+        if (!isCancelled())
+            throw;
+    }
+    return !isCancelled();
+}
+
+void WindowInteraction::cancel() {
+    if (m_Cursor) // which is not there meanwhile
+        m_Operation.cancel();
+}
+
+std::shared_ptr<void> WindowInteraction::begin(Step step) {
+    // What has begun to write goes on, and what asks how a cancelled operation has ended does, too.
+    if (isCancelled() && (step != Step::Write || !m_WasTold)) {
+        m_WasTold = true;
+        throw OperationCancelled();
+    }
+    if (step == Step::Force)
+        m_Sent = m_Entered;
+    m_Operation.onGui([this, step] { m_Box->setStep(textOf(step)); });
+    const bool isSafeToStop = step == Step::Connect || step == Step::Force || step == Step::Rediscover;
+    return isSafeToStop ? std::make_shared<Gx::CStopScope>(m_Operation.token()) : nullptr;
+}
+
+void WindowInteraction::pause(std::chrono::milliseconds time) { m_Operation.pause(time); }
+
+void WindowInteraction::ask(const std::function<void()> &question) {
+    m_Operation.onGui([&] {
+        if (isCancelled()) {
+            m_WasTold = true;
+            return;
+        }
+        m_Box->withdraw();
+        m_Cursor.reset();
+        question();
+        m_Cursor = std::make_unique<WaitCursor>();
+        m_Box->showAfter(BoxAfter_ms);
+    });
+}
 
 const CNetworkAdapter *WindowInteraction::adapterOf(const std::string &name) const {
     const auto found = std::find_if(m_Adapters.begin(), m_Adapters.end(), [&](const CNetworkAdapter &adapter) {
@@ -84,7 +147,7 @@ void WindowInteraction::openAddressDialog(const AddressQuestion &question) {
     m_AddressDialog->setHostEntries(addressEntriesOf(m_Adapters));
 }
 
-std::optional<TemporaryAddress> WindowInteraction::askTemporaryAddress(const AddressQuestion &question) {
+std::optional<TemporaryAddress> WindowInteraction::execAddressDialog(const AddressQuestion &question) {
     if (question.isFirst)
         openAddressDialog(question);
     const bool comesAfterAnAttempt = !question.isFirst || question.text.empty();
@@ -103,27 +166,39 @@ std::optional<TemporaryAddress> WindowInteraction::askTemporaryAddress(const Add
                             ipv4AddressFromText(m_AddressDialog->defaultGateway()).toIPv4Address()};
 }
 
+std::optional<TemporaryAddress> WindowInteraction::askTemporaryAddress(const AddressQuestion &question) {
+    m_Entered.reset();
+    ask([&] { m_Entered = execAddressDialog(question); });
+    return m_Entered;
+}
+
 void WindowInteraction::rejectTemporaryAddress() {
-    QMessageBox::critical(&m_Window, QStringLiteral("Error"),
-                          QStringLiteral("IP Addresses 127.0.0.1 and 224.0.0.0 to 255.255.255.255 cannot be used."),
-                          QMessageBox::Ok);
+    ask([this] {
+        QMessageBox::critical(&m_Window, QStringLiteral("Error"),
+                              QStringLiteral("IP Addresses 127.0.0.1 and 224.0.0.0 to 255.255.255.255 cannot be used."),
+                              QMessageBox::Ok);
+    });
 }
 
 void WindowInteraction::accessDenied() {
     const QString title = QStringLiteral("Connection failed");
     const QString text = QStringLiteral("Access denied\nThe device is controlled by another application.\nClose "
                                         "the connection before changing the IP configuration.");
-    discardUserInput(); // else a key typed meanwhile would close the box unread
-    showWarningMessage(title, QStringLiteral("openDevice"), text, &m_Window);
-    QMessageBox::warning(&m_Window, title, text);
+    ask([&] {
+        discardUserInput(); // else a key typed meanwhile would close the box unread
+        showWarningMessage(title, QStringLiteral("openDevice"), text, &m_Window);
+        QMessageBox::warning(&m_Window, title, text);
+    });
 }
 
 void WindowInteraction::updated(const std::string &mac, std::optional<commissioning::Address> forced) {
-    m_Updated(QString::fromStdString(mac), forced);
+    m_Operation.onGui([&] { m_Updated(QString::fromStdString(mac), forced); });
 }
 
 void WindowInteraction::failure(const char *context, const std::exception_ptr &error, const char *attempted) {
     if (attempted)
         qDebug("%s: %s", context, attempted);
-    m_Report(context, [&error] { std::rethrow_exception(error); });
+    if (m_Operation.isRunning() && isCancelled()) // that is why
+        return;
+    m_Operation.onGui([&] { m_Report(context, [&error] { std::rethrow_exception(error); }); });
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Lanvane/NetworkAdapter.h"
+#include "Lanvane/Operation.h"
 #include "commissioning/Interaction.h"
 
 #include <functional>
@@ -8,8 +9,11 @@
 
 class IpAddressWidget;
 class QWidget;
+class WaitBox;
+class WaitCursor;
 
-/// What operations show and ask in the window. GUI thread only.
+/// Runs operations off the GUI thread and is what they show and ask in the window. The functions of Interaction may be
+/// called on any thread, the others on the GUI thread.
 class WindowInteraction : public commissioning::Interaction {
 public:
     using Reporter = std::function<void(const char *context, const std::function<void()> &work)>;
@@ -17,9 +21,21 @@ public:
 
     /// \param window in front of which dialogs come; not owned. \param report runs a work and reports what it throws.
     /// \param adapters of the last refresh; not owned. \param updated shows a device's row anew, and takes note of the
-    /// address that was forced, if one was.
+    /// address that was forced, if one was. All three are used on the GUI thread.
     WindowInteraction(QWidget &window, Reporter report, const CNetworkAdapterList &adapters, Updated updated);
     ~WindowInteraction() override;
+
+    /// Runs the work with the wait cursor and, when it takes longer than most, a wait box. A work that was cancelled
+    /// ends without an exception. \returns whether it was not. \throws what else the work throws.
+    bool run(const std::function<void()> &work);
+    /// The same of a search, which takes a moment longer until there is something to wait for.
+    bool runSearch(const std::function<void()> &work);
+    Operation &operation() { return m_Operation; }
+    /// Not while something is asked: that is for the user to answer first.
+    void cancel();
+    bool isCancelled() const { return m_Operation.isCancelled(); }
+    /// What the last operation sent to a camera.
+    const std::optional<commissioning::TemporaryAddress> &sent() const { return m_Sent; }
 
     std::shared_ptr<void> begin(commissioning::Step step) override;
     void pause(std::chrono::milliseconds time) override;
@@ -31,7 +47,12 @@ public:
     void failure(const char *context, const std::exception_ptr &error, const char *attempted) override;
 
 private:
+    bool run(const std::function<void()> &work, const QString &step, int boxAfter_ms);
+    void showStep(const QString &text);
+    /// Has the GUI thread ask something, with neither wait box nor wait cursor. Nothing is asked once it is cancelled.
+    void ask(const std::function<void()> &question);
     void openAddressDialog(const commissioning::AddressQuestion &question);
+    std::optional<commissioning::TemporaryAddress> execAddressDialog(const commissioning::AddressQuestion &question);
     /// Null for one that is not there.
     const CNetworkAdapter *adapterOf(const std::string &name) const;
 
@@ -39,5 +60,11 @@ private:
     Reporter m_Report;
     const CNetworkAdapterList &m_Adapters;
     Updated m_Updated;
-    std::unique_ptr<IpAddressWidget> m_AddressDialog; ///< of the last question, with what was entered
+    Operation m_Operation;
+    std::unique_ptr<WaitCursor> m_Cursor; ///< while an operation runs, as the next
+    std::unique_ptr<WaitBox> m_Box;
+    std::unique_ptr<IpAddressWidget> m_AddressDialog;         ///< of the last question, with what was entered
+    std::optional<commissioning::TemporaryAddress> m_Entered; ///< in that dialog
+    std::optional<commissioning::TemporaryAddress> m_Sent;
+    bool m_WasTold = false; ///< the operation knows that it is cancelled
 };

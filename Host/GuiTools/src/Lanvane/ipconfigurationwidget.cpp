@@ -1,9 +1,11 @@
 #include "Lanvane/ipconfigurationwidget.h"
 
 #include "Base/GCException.h"
+#include "CorvoQtBase/DeviceText.h"
 #include "CorvoQtBase/errorhandling.h"
 #include "Lanvane/AddressRules.h"
 #include "Lanvane/AddressText.h"
+#include "Lanvane/DeviceSearch.h"
 #include "Lanvane/QIpAddressValidator.h"
 #include "Lanvane/QIpAddressWithNetmaskValidator.h"
 #include "Lanvane/QIpNetmaskValidator.h"
@@ -202,7 +204,7 @@ void IpConfigurationWidget::closeEvent(QCloseEvent *event) {
     // A window system's request can arrive in the middle of an operation, whose code still needs the window.
     event->ignore();
     if (m_BusyDepth > 0)
-        return;
+        return m_Interaction.cancel();
     const Busy busy(m_BusyDepth);
     if (!saveBeforeClosing())
         return;
@@ -224,23 +226,20 @@ void IpConfigurationWidget::on_btnRefresh_clicked() { refresh(); }
 
 void IpConfigurationWidget::doRefresh() {
     if (checkSaveChanges() && !saveEdited()) {
-        showBox(QMessageBox::Critical,
-                QStringLiteral("The configuration could not be saved.\nThe Refresh operation has been canceled."),
-                saveReport(), QMessageBox::Ok);
+        showFailure(QStringLiteral("The configuration could not be saved.\nThe Refresh operation has been canceled."),
+                    QMessageBox::Ok);
         return;
     }
     const FocusKeeper focus(*this, *ui->deviceTree);
     const QSignalBlocker blocker(ui->deviceTree); // rows come and go without prompts
     const DeviceTree::View view = ui->deviceTree->view();
     closeDevice();
-    ui->deviceTree->clear();
+    ui->deviceTree->clearRows();
+    m_Notice = {};
     updateUiFromTreeItem(nullptr);
     setSelectionInfoText(QStringLiteral("Searching for devices..."));
-    const WaitCursor cursor;
-    repaint();
-    processEventsWithoutUser();
     try {
-        fillTree();
+        fillTree(view);
     } catch (const GenICam::GenericException &error) {
         show(view);
         setSelectionInfoText(searchFailedText(QString::fromUtf8(error.GetDescription())));
@@ -252,28 +251,28 @@ void IpConfigurationWidget::doRefresh() {
     show(view);
 }
 
-void IpConfigurationWidget::fillTree() {
+void IpConfigurationWidget::fillTree(const DeviceTree::View &view) {
     m_NetworkAdapters = CNetworkAdapter::allNetworkAdapters(RequiredFlags, QNetworkInterface::IsLoopBack);
     for (int i = 0; i < m_NetworkAdapters.size(); ++i)
         UpdateTreeItemFromNetworkAdapter(ui->deviceTree->addAdapterRow(m_NetworkAdapters[i], i), &m_NetworkAdapters[i]);
     if (m_NetworkAdapters.isEmpty())
         return;
-    m_pDeviceLister->discoverAllDevices();
-    addDeviceRows();
+    if (!searchDevices(view))
+        m_Notice.text = QStringLiteral("The search was cancelled: the list may not be complete or up to date.");
     if (!m_pDeviceLister->devices().empty())
         ui->deviceTree->sizeColumnsOnce();
 }
 
-void IpConfigurationWidget::addDeviceRows() {
-    std::vector<DIPtrAndIndexPair> sorted;
-    int index = 0;
-    for (const CDeviceInfo &device : m_pDeviceLister->devices())
-        sorted.push_back({&device, index++});
-    std::stable_sort(sorted.begin(), sorted.end(), CompareDIByProps{"ModelName", PropMacAddress});
-    for (const DIPtrAndIndexPair &entry : sorted) {
-        const CQuorelGigEDeviceInfo device(*entry.m_pDI);
-        UpdateTreeItemFromDeviceInfo(ui->deviceTree->addDeviceRow(device), &device);
-    }
+bool IpConfigurationWidget::searchDevices(const DeviceTree::View &view) {
+    DeviceTree &tree = *ui->deviceTree;
+    DeviceSearch search(m_Interaction.operation(), *m_pDeviceLister, m_pDeviceLister->Tl(),
+                        {[&](const CDeviceInfo &device) { tree.addDeviceRow(CQuorelGigEDeviceInfo(device)); },
+                         [&] { tree.restore(view); },
+                         [&](const CDeviceInfo &device) {
+                             const CQuorelGigEDeviceInfo judged(device);
+                             UpdateTreeItemFromDeviceInfo(tree.findDevice(macOf(judged)), &judged);
+                         }});
+    return m_Interaction.runSearch([&] { search.run(); });
 }
 
 void IpConfigurationWidget::show(const DeviceTree::View &view) {
@@ -320,11 +319,8 @@ IpConfigurationWidget::OptionalDevice IpConfigurationWidget::GetDeviceInfoFromIt
 }
 
 IpConfigurationWidget::OptionalDevice IpConfigurationWidget::deviceOf(const QString &mac) const {
-    const auto &devices = m_pDeviceLister->devices();
-    const auto found = std::find_if(devices.begin(), devices.end(), [&](const CDeviceInfo &device) {
-        return displayText(device, PropMacAddress) == mac;
-    });
-    return GetDeviceInfoFromItemIndex(static_cast<int>(found - devices.begin()));
+    const CDeviceInfo *const found = m_pDeviceLister->find(mac);
+    return found ? OptionalDevice(*found) : std::nullopt;
 }
 
 IpConfigurationWidget::OptionalDevice IpConfigurationWidget::GetSelectedDeviceInfo() const {
@@ -386,12 +382,19 @@ void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
         QString notes = diagnosisText(*device, adapter);
         if (isAtTemporaryAddress(*device, surroundingsOf(item).isForced))
             notes += temporaryAddressText(*device);
+        notes += noticeText(DeviceTree::keyOf(item).mac);
         setSelectionInfoText(deviceText(*device) + notes);
         scrollSelectionInfo(!notes.isEmpty()); // to what is wrong
     } else if (adapter)
-        setSelectionInfoText(adapterText(*adapter));
+        setSelectionInfoText(adapterText(*adapter) + noticeText(QString()));
     else
-        setSelectionInfoText(noDevicesText());
+        setSelectionInfoText(noDevicesText() + noticeText(QString()));
+}
+
+QString IpConfigurationWidget::noticeText(const QString &mac) const {
+    return m_Notice.text.isEmpty() || !(m_Notice.mac.isEmpty() || m_Notice.mac == mac)
+               ? QString()
+               : QStringLiteral("<p><b>Cancelled.</b> %1</p>").arg(richDeviceText(m_Notice.text));
 }
 
 void IpConfigurationWidget::setSelectionInfoText(const QString &richText) { ui->selectionInfo->setText(richText); }

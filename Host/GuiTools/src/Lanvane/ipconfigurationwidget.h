@@ -25,7 +25,8 @@ class IpConfigurationWidget;
 }
 
 /// The window's content: the tree of adapters and devices, what is known of the selected one, and the editor of its IP
-/// configuration. GUI thread only; long operations run inside a slot and let the window paint, but keep the user out.
+/// configuration. GUI thread only; long operations run inside a slot, on a thread of their own (Operation), while the
+/// window paints and keeps the user out.
 class IpConfigurationWidget : public QWidget {
     Q_OBJECT
 
@@ -35,8 +36,10 @@ public:
 
     void setRediscoveryPatience(const commissioning::RediscoveryPatience &patience) { m_Patience = patience; }
 
-    /// Gives back the device that an operation has opened, if any.
+    /// Gives back the device that an operation has opened, if any; there must be no operation that uses it.
     void closeDevice();
+    /// Ends the operation that runs, if one does, and gives its device back.
+    void giveUpDevice();
 
     static void fixupIpAddress(QString &address);
     static void fixupMacAddress(QString &mac);
@@ -94,8 +97,10 @@ private:
 
     // Refresh and rows
     void doRefresh();
-    void fillTree();
-    void addDeviceRows();
+    /// \param view to be shown as soon as there are rows.
+    void fillTree(const DeviceTree::View &view);
+    /// \returns whether the search came to its end.
+    bool searchDevices(const DeviceTree::View &view);
     void show(const DeviceTree::View &view);
     std::size_t updateTreeRowFromDeviceInfoByMac(const QString &mac);
     bool UpdateTreeItemFromDeviceInfo(QTreeWidgetItem *item, const Corvo::CQuorelGigEDeviceInfo *device);
@@ -123,6 +128,7 @@ private:
     /// \param toEnd where the diagnosis stands, which matters more than the device's data above it.
     void scrollSelectionInfo(bool toEnd);
     void setHintText(const QString &text);
+    QString noticeText(const QString &mac) const;
 
     // Editor
     void fillEditor(const QTreeWidgetItem *item);
@@ -145,6 +151,8 @@ private:
     bool saveBeforeLeaving();
     /// \returns whether the window may close.
     bool saveBeforeClosing();
+    /// Says that a save has failed, unless the user has cancelled it.
+    void showFailure(const QString &text, QMessageBox::StandardButton button) const;
     /// What was sent and what is known, of the last save.
     QString saveReport() const;
     /// What the user should know of a save that did not fail.
@@ -166,6 +174,8 @@ private:
     bool forceIp(const QString &headerText, bool showMacAddress, QString *newIpAddress);
     bool openDevice(const QString &ipAddress);
     QString validAddressesText() const;
+    /// Says what was sent, and shows what the camera has made of it.
+    void followCancelledForce();
 
     /// Runs a slot's work and reports what it throws.
     void guarded(const char *context, const std::function<void()> &work);
@@ -184,6 +194,11 @@ private:
     commissioning::RediscoveryPatience m_Patience;
     commissioning::Journal m_Journal{commissioning::Journal::defaultPath()};
     int m_BusyDepth = 0; ///< operations that run
+    /// How an operation that was cancelled has ended, shown below what is known of the device.
+    struct Notice {
+        QString mac; ///< empty: of all
+        QString text;
+    } m_Notice;
 };
 
 /// The widget's category in the trace log.
