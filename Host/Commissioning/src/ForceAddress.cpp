@@ -125,7 +125,7 @@ Attempt undertakeAttempt(const Context &context, const TemporaryAddress &entered
 } // namespace
 
 Settings settingsAt(const CQuorelGigEDeviceInfo &device, const TemporaryAddress &address) {
-    return {modeOf(device), address.address, address.mask, address.gateway, device.GetUserDefinedName().c_str()};
+    return {modeOf(device), address.address, address.mask, address.gateway, cameraOf(device).name};
 }
 
 bool forceAddress(const Context &context, const ForceRequest &request, Address *pForced) {

@@ -57,7 +57,7 @@ Result rescue(const Context &context, const RescuePlan &plan, const AddressSurro
         return Result::refusal(reason);
     const bool isStatic = plan.mode == Mode::Static;
     const Settings wanted{plan.mode, isStatic ? plan.address : 0, isStatic ? plan.mask : 0, 0,
-                          plan.device.GetUserDefinedName().c_str()};
+                          cameraOf(plan.device).name};
     return undertake(context, plan.device, "rescue", wanted,
                      [&](const Context &inner) { return forceAndStore(inner, plan); });
 }

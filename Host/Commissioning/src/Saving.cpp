@@ -124,9 +124,12 @@ void Saving::inspect() {
 }
 
 Result configure(const Context &context, const Change &change) {
-    const bool isStatic = change.mode == Mode::Static;
-    const Settings wanted{change.mode, isStatic ? change.address : 0, isStatic ? change.mask : 0,
-                          isStatic ? change.gateway : 0, change.device.GetUserDefinedName().c_str()};
+    Settings wanted{change.mode, 0, 0, 0, cameraOf(change.device).name};
+    if (change.mode == Mode::Static) {
+        wanted.address = change.address;
+        wanted.mask = change.mask;
+        wanted.gateway = change.gateway;
+    }
     return undertake(context, change.device, "set", wanted,
                      [&](const Context &inner) { return Saving(inner, change).run(); });
 }
