@@ -46,7 +46,7 @@ PLANS = [
     ({"plan": "camera\n1\n"}, 5, answer(change("unconfirmed", True, after=None)),
      {"changed": True, "failed": True, "msg": "02:00:00:00:00:01 unconfirmed: no reason is known"}),
     ({"plan": "camera\n1\n"}, 4, answer(change("refused", False), problems=[problem(2, 3), problem(None, None)]),
-     {"failed": True, "msg": "line 2, character 3: No such camera.; No such camera."}),
+     {"failed": True, "msg": "line 2, character 3: No such camera.; No such camera.", "diff": {"before": {}, "after": {}}}),
     ({"plan": [{"camera": "1"}]}, 4, answer(problems=[problem(2, 1)]), {"failed": True, "msg": "entry 1: No such camera."}),
     ({"plan": "camera\n1\n"}, 130, answer(error="Interrupted."), {"failed": True, "msg": "Interrupted."}),
     ({"plan": "camera\n1\n"}, 2, {"format": 1, "changes": [], "error": {"code": 2, "text": "plan?"}},

@@ -21,12 +21,7 @@ options:
     type: list
     elements: str
     default: []
-  executable:
-    description: The C(lanvanectl) to run, where it is not in the path.
-    type: str
-    default: lanvanectl
-requirements:
-  - the package C(lanvane-cli) on the host
+extends_documentation_fragment: lanvane.cameras.lanvanectl
 attributes:
   check_mode:
     description: Runs in check mode as well.

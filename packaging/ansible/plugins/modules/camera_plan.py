@@ -19,10 +19,10 @@ options:
     description:
       - The plan, as text in CSV with a line of column names, or as a list of dictionaries.
       - A dictionary has the key C(camera), which is a MAC address in any spelling, a serial number, an address or a
-        user-defined name, and any of C(mode) (C(static), C(dhcp) or C(auto)), C(address), C(mask) (dotted, or the length of
-        the prefix), C(gateway) (C(0.0.0.0) for none) and C(name).
-      - Everything but a prefix must be text. YAML takes C(10:11:22:33:44:55) and C(0012) for numbers, so they are refused
-        without quotes.
+        user-defined name, and any of C(mode) (C(static), C(dhcp) or C(auto)), C(address), C(mask) (dotted, or the length
+        of the prefix), C(gateway) (C(0.0.0.0) for none) and C(name).
+      - Everything but a prefix must be text. YAML takes C(10:11:22:33:44:55) and C(0012) for numbers, so they are
+        refused without quotes.
     type: raw
   src:
     description: Path of a plan on the host.
@@ -39,12 +39,7 @@ options:
     description: A camera that does not come back as it should gets its old settings again.
     type: bool
     default: true
-  executable:
-    description: The C(lanvanectl) to run, where it is not in the path.
-    type: str
-    default: lanvanectl
-requirements:
-  - the package C(lanvane-cli) on the host
+extends_documentation_fragment: lanvane.cameras.lanvanectl
 attributes:
   check_mode:
     description: Searches, and says what would change.
@@ -94,7 +89,7 @@ cameras:
       description: Mode, address, mask, gateway and name that it had.
       type: dict
     after:
-      description: The same afterwards; null while unknown.
+      description: The same afterwards, or of a refused plan what it would be; null while unknown.
       type: dict
     error:
       description: Why it failed, or what is not known.
@@ -124,6 +119,7 @@ from ansible_collections.lanvane.cameras.plugins.module_utils.lanvanectl import 
 
 COLUMNS = ["camera", "mode", "address", "mask", "gateway", "name"]
 FINE = ("unchanged", "would-change", "done")
+UNTOUCHED = ("unchanged", "not-begun", "refused")
 
 
 def cell(column, value):
@@ -172,7 +168,7 @@ def place(problem, is_list):
 
 def is_changed(change):
     """A camera that was rolled back was seen to be as it was before."""
-    return change["state"] not in ("unchanged", "not-begun", "refused", "rolled-back") and change["changed"]
+    return change["state"] not in UNTOUCHED + ("rolled-back",) and change["changed"]
 
 
 def failures(document, is_list):
@@ -185,7 +181,7 @@ def failures(document, is_list):
 
 
 def difference(changes):
-    shown = [change for change in changes if change["state"] != "unchanged"]
+    shown = [change for change in changes if change["state"] not in UNTOUCHED]
     return dict(
         before=dict((change["camera"], change["before"]) for change in shown),
         after=dict((change["camera"], change["after"]) for change in shown),
