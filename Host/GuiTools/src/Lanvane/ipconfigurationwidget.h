@@ -69,6 +69,7 @@ private slots:
     void ShowNetworkConnections_triggered();
     void onNetworkAdapterProperties();
     void onReturnPressed();
+    void renameDevice(const QString &mac, const QString &name);
     void revertEditor();
 
 private:
@@ -93,6 +94,7 @@ private:
     void setUpEditor();
     void restoreLayout();
     void saveLayout() const;
+    void showAllColumnsOnce();
 
     // Refresh and rows
     void doRefresh();
