@@ -66,6 +66,7 @@ Outcome undo(const std::string &id, const std::vector<JournalEntry> &entries, co
              Session &session, const Terminal &terminal) {
     const Undo undo = undoOf(id, entries, inventoryOf(session.diagnosis()), arguments.isForced);
     const CheckedPlan check = checked(undo.plan, "", session);
+    noteOpen(entries, terminal);
     tell(undo.losses, arguments, terminal);
     PlanOptions options;
     options.what = "undo";
@@ -97,7 +98,6 @@ Outcome undoPlan(const Arguments &arguments, Session &session, const Terminal &t
     const std::string id = arguments.undone.empty() ? lastPlanIn(content.entries) : arguments.undone;
     if (id.empty())
         return nothing("plan");
-    noteOpen(content.entries, terminal);
     return undo(id, content.entries, arguments, session, terminal);
 }
 

@@ -67,7 +67,7 @@ TEST_F(KilledPlans, AreTakenBack) {
     for (int round = 0; round < rounds; ++round) {
         SCOPED_TRACE(testing::Message() << "round " << round);
         std::filesystem::remove_all(folder / "state");
-        killAfter(std::chrono::microseconds(random() % 8000000));
+        killAfter(std::chrono::microseconds(random() % 4500000));
         const std::vector<std::string> left = stored();
         const std::set<std::string> known = journalled();
         for (unsigned i = 1; i <= Count; ++i)

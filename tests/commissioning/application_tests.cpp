@@ -43,7 +43,27 @@ protected:
         }
         return text;
     }
-    static PlanOutcome applied(const Row &row, Site &site) {
+    /// What the journal says of each camera must be what the outcome says.
+    static std::string journalText(const Journal &journal, const PlanOutcome &outcome) {
+        static constexpr Fate fates[] = {Fate::Open, Fate::Done, Fate::Failed, Fate::RolledBack, Fate::Unconfirmed};
+        std::map<std::string, Fate> known;
+        std::string text;
+        for (const JournalEntry &entry : journal.read().entries) {
+            text += "\n" + entry.what + " " + entry.mac;
+            EXPECT_EQ(outcome.id, entry.plan);
+            if (entry.what == "plan")
+                known[entry.mac] = entry.fate;
+        }
+        for (const PlanRecord &record : outcome.records) {
+            const auto own = known.find(record.change.camera.mac);
+            EXPECT_EQ(record.state == PlanState::NotBegun, own == known.end());
+            if (own != known.end()) {
+                EXPECT_EQ(fates[static_cast<std::size_t>(record.state)], own->second) << own->first;
+            }
+        }
+        return text;
+    }
+    PlanOutcome applied(const Row &row, Site &site) {
         const Inventory inventory = inventoryOf(observe());
         const PlanReview reviewed = review(readPlan("camera,mode,address,name\n" + row.plan), inventory);
         for (const PlanProblem &problem : reviewed.problems)
@@ -61,8 +81,9 @@ protected:
         };
         options.isStopRequested = [&] { return written >= row.stopAfter; };
         options.atOnce = row.stopAfter < 1000 ? 1 : 32;
-        PlanOutcome outcome = apply(layer(), reviewed, inventory, nullptr, options);
-        std::string texts = outcome.remark;
+        Journal journal(folder / row.name);
+        PlanOutcome outcome = apply(layer(), reviewed, inventory, &journal, options);
+        std::string texts = outcome.remark + journalText(journal, outcome);
         for (const PlanRecord &record : outcome.records) {
             texts += "\n" + record.result.text;
             EXPECT_EQ(record.state == PlanState::Done, record.result.success) << record.result.text;
@@ -70,7 +91,7 @@ protected:
         EXPECT_THAT(texts, HasSubstr(row.text));
         return outcome;
     }
-    static void check(const std::vector<Row> &rows) {
+    void check(const std::vector<Row> &rows) {
         for (const Row &row : rows) {
             SCOPED_TRACE(row.name);
             std::vector<camsim::CameraConfig> cameras;
@@ -119,7 +140,13 @@ TEST_F(AppliedPlans, Exchange) {
         {"only unicast, from a foreign subnet",
          {"172.16.0.9/16,vendor-config=error", "172.16.0.10/16,vendor-config=error", C},
          "1,,192.168.10.31,far\n2,,192.168.10.32,\n3,dhcp,,\n",
-         "done 192.168.10.31; done 192.168.10.32; done 169.254.1.3 stored 192.168.10.23 word 6"},
+         "done 192.168.10.31; done 192.168.10.32; done 169.254.1.3 stored 192.168.10.23 word 6",
+         {},
+         {},
+         {},
+         3,
+         1000,
+         "temporary 025AE3000002"},
     });
 }
 
@@ -136,6 +163,21 @@ TEST_F(AppliedPlans, NothingIsLost) {
          {},
          spoil(2, "silent-after=0"),
          revive(2)},
+        {"a half whose old address is not given up",
+         {A, std::string(B) + ",ignored-restarts=4"},
+         Swap,
+         "done 192.168.10.22; failed 192.168.10.3",
+         {},
+         spoil(1, "loss-to-camera=100,commands=setipconfig+writereg"),
+         {},
+         3,
+         1000,
+         "it has got the free address 192.168.10.3"},
+    });
+}
+
+TEST_F(AppliedPlans, WhatFailsGetsItsOldSettings) {
+    check({
         {"the first one dies",
          {A, B},
          "1,,192.168.10.31,\n2,,192.168.10.32,\n",

@@ -61,7 +61,7 @@ using Growth = LayerTest;
 
 /// Three and a half days of a watch.
 TEST_F(Growth, TenThousandSearchesLeaveNothingBehind) {
-    unsigned round = 0, events = 0;
+    unsigned round = 0, events = 0, probes = 0;
     bool isAsked = false;
     std::unique_ptr<ScriptedNetwork> network;
     network = std::make_unique<ScriptedNetwork>([&](const Bytes &request) {
@@ -80,6 +80,7 @@ TEST_F(Growth, TenThousandSearchesLeaveNothingBehind) {
             DiagnosisOptions options;
             options.earlier = &host;
             options.listener.clear();
+            options.search.judged = [&](const Corvo::CDeviceInfo &) { ++probes; };
             recollection.attach(&options.search, Recollection::Time(std::chrono::milliseconds(network->now_ms())));
             const Inventory found = inventoryOf(diagnose(layer(), options));
             EXPECT_EQ(round % 10 > 2 ? 1U : 0U, found.cameras.size());
@@ -94,6 +95,7 @@ TEST_F(Growth, TenThousandSearchesLeaveNothingBehind) {
     const long growth = searchUntil(Searches) - before;
     std::cout << events << " events; " << before << " KiB, and then " << growth << " more\n";
     EXPECT_GT(events, Searches / 5);
+    EXPECT_EQ(Searches / 10 * 4, probes); // when it is back, and then once a minute
     EXPECT_EQ(held, Holdings::now());
     EXPECT_LT(KeepsMemory ? 0 : growth, 1000);
 }

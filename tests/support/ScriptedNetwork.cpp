@@ -239,9 +239,18 @@ int ScriptedNetwork::wait(pthread_cond_t *condition, pthread_mutex_t *mutex, con
         const Lock lock(m_Mutex);
         m_Threads[pthread_self()] = {idle, until, condition};
     };
+    // A signal that comes while a real wait is about to end wakes nobody, but is noted.
+    const auto isSignalled = [&] {
+        const Lock lock(m_Mutex);
+        return !m_Threads[pthread_self()].idle;
+    };
     note(true);
     int error = ETIMEDOUT;
     while (error == ETIMEDOUT && m_Now < until) {
+        if (isSignalled()) {
+            error = 0;
+            break;
+        }
         const timespec soon = shortlyFromNow();
         error = __real_pthread_cond_clockwait(condition, mutex, CLOCK_MONOTONIC, &soon);
     }

@@ -74,6 +74,15 @@ TEST_F(Window, LayoutSurvivesARestart) {
     refresh();
     EXPECT_EQ(222, tree().header()->sectionSize(Mac));
 
+    QTreeWidget before; // without the last column
+    before.setColumnCount(SubnetMask + 1);
+    before.header()->resizeSection(Mac, 211);
+    QSettings().setValue("MainWindow/header", before.header()->saveState());
+    openWindow();
+    EXPECT_EQ(211, tree().header()->sectionSize(Mac));
+    EXPECT_GT(tree().header()->sectionSize(SubnetMask + 1), 20);
+    EXPECT_FALSE(tree().isColumnHidden(SubnetMask + 1));
+
     QSettings().setValue("MainWindow/headerver", 1); // another layout of the columns
     openWindow();
     EXPECT_EQ(static_cast<int>(Status), tree().header()->visualIndex(Status));

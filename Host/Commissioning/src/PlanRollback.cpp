@@ -44,8 +44,14 @@ void PlanRollback::run(const PlanMembers &group) {
         if (!isLost(member))
             stay(*member);
     }
-    writeBack(giveAnother(those(held, isLost)));
+    const PlanMembers barred = those(held, isLost);
+    writeBack(giveAnother(barred));
+    for (PlanMember *const member : those(barred, [](const PlanMember *each) { return !each->back.isWritten; })) {
+        member->isStranded = true; // with its old settings it must not start
+        stay(*member);
+    }
     finish(those(going, [](const PlanMember *each) { return isLost(each) || each->back.isWritten; }));
+    returnLoans();
 }
 
 void PlanRollback::finish(const PlanMembers &going) {
@@ -92,7 +98,7 @@ void PlanRollback::listen(const PlanMembers &lost) {
     });
     for (DeviceInfoList &list : answers) {
         for (CDeviceInfo &device : list) {
-            if (findByMac(m_Heard, propertyOf(device, PropertyMac).c_str()))
+            if (findByMac(m_Heard, propertyOf(device, PropertyMac).c_str()) != nullptr)
                 continue;
             probe(m_Layer, device);
             m_Heard.push_back(device);
@@ -146,7 +152,7 @@ void PlanRollback::prepare(PlanMember &member) {
         back.change.device = *now;
     back.isHeard = heard != nullptr;
     const Camera camera = cameraOf(back.change.device);
-    back.isReadable = heard && camera.status == Status::Ok && !isTaken(camera.address, camera.mac, {});
+    back.isReadable = back.isHeard && camera.status == Status::Ok && !isTaken(camera.address, camera.mac, {});
 }
 
 PlanMembers PlanRollback::giveAnother(const PlanMembers &members) {
@@ -187,7 +193,7 @@ void PlanRollback::writeBack(PlanMember &member) {
 void PlanRollback::writeBack(const PlanMembers &members) {
     sideBySide(members.size(), m_AtOnce, [&](std::size_t i) { writeBack(*members[i]); });
     const PlanMembers unheard = those(members, [&](const PlanMember *member) {
-        return !member->back.isWritten && !member->back.isReadable && findByMac(m_Heard, member->before.mac) &&
+        return !member->back.isWritten && !member->back.isReadable && member->back.isHeard &&
                m_Loans.canLend(member->back.change.adapter);
     });
     writeOverLoans(m_Layer, m_Loans, backsOf(unheard), m_AtOnce);
@@ -223,14 +229,30 @@ void PlanRollback::stay(PlanMember &member) {
     PlanTask again = member.forward;
     again.change.device = member.back.change.device;
     again.isReadable = member.back.isReadable;
-    write(m_Layer, &again);
+    again.temporary = member.back.temporary;
+    again = whereLent(again);
+    again.temporary.reset();
+    again.isWritten = isStored(again).value_or(false);
+    if (!again.isWritten)
+        write(m_Layer, &again);
     member.back.isWritten = false;
-    if (again.isWritten)
+    if (again.isWritten && member.back.temporary)
+        m_Lent.push_back(&member.forward);
+    if (again.isWritten || isLost(&member))
         return;
     member.forward.result.success = false;
-    member.forward.result.text = "It has its old settings stored, but was not restarted, as another camera has its "
-                                 "old address. It now has the address " +
-                                 toText(currentAddressOf(again.change.device)) + ".";
+    member.forward.result.text = "It was to go back together with another camera, whose old address it had got, but "
+                                 "could not be written: it is not known what it has stored.";
+}
+
+/// When the others have left their addresses.
+void PlanRollback::returnLoans() {
+    for (PlanTask *const task : m_Lent) {
+        task->isDone = task->result.success = false;
+        task->restarts = 0;
+    }
+    m_Verifier.restart(m_Lent);
+    m_Verifier.await(m_Lent);
 }
 
 void PlanRollback::tell(PlanMember &member) const {

@@ -35,13 +35,15 @@ private:
     PlanMembers blocked(const PlanMembers &group, const PlanMembers &going);
     void stay(PlanMember &member);
     void finish(const PlanMembers &going);
+    void returnLoans();
     void tell(PlanMember &member) const;
 
     Corvo::IGigETransportLayer &m_Layer;
     PlanLoans &m_Loans;
     PlanVerifier &m_Verifier;
     std::size_t m_AtOnce;
-    Corvo::DeviceInfoList m_Heard; ///< now
+    Corvo::DeviceInfoList m_Heard;  ///< now
+    std::vector<PlanTask *> m_Lent; ///< of cameras that stay, but were lent an address meanwhile
 };
 
 } // namespace commissioning

@@ -19,7 +19,9 @@ std::optional<Mode> modeOfWord(std::uint32_t word) {
 PlanTask whereLent(const PlanTask &task) {
     PlanTask lent = task;
     if (task.temporary) {
-        lent.change.device.SetIpAddress(toText(task.temporary->address).c_str());
+        const Corvo::String_t address = toText(task.temporary->address).c_str();
+        auto &device = lent.change.device;
+        device.SetIpAddress(address).SetAddress(address + ":" + device.GetPortNr()); // the latter counts for a channel
         lent.isReadable = true;
     }
     return lent;

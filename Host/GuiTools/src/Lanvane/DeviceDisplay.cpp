@@ -65,6 +65,15 @@ QString displayText(const String_t &value) { return QString::fromUtf8(value.c_st
 
 QString macOf(const CQuorelGigEDeviceInfo &device) { return displayText(device.GetMacAddress()); }
 
+QString userDefinedName(const CDeviceInfo &device) {
+    return device.IsUserDefinedNameAvailable() ? displayText(device.GetUserDefinedName()) : QString();
+}
+
+QString userDefinedNameText(const CDeviceInfo &device) {
+    const QString name = richDeviceText(userDefinedName(device));
+    return name.isEmpty() ? QString() : QStringLiteral("<p>&nbsp; Name: %1</p>").arg(name);
+}
+
 QString formatIPConfigurationOf(const CQuorelGigEDeviceInfo &device) {
     return formatIPConfiguration(device.GetIpConfigCurrent().c_str(), 0);
 }

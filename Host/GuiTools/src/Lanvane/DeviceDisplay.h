@@ -52,6 +52,10 @@ QString displayText(const Corvo::CDeviceInfo &device, const char *property);
 QString displayText(const Corvo::String_t &value);
 /// 12 upper-case hexadecimal digits; "N/A" without any.
 QString macOf(const Corvo::CQuorelGigEDeviceInfo &device);
+/// As the device has it; empty for none.
+QString userDefinedName(const Corvo::CDeviceInfo &device);
+/// "Name: ..." below the device's data, as rich text; empty for none.
+QString userDefinedNameText(const Corvo::CDeviceInfo &device);
 QString formatIPConfigurationOf(const Corvo::CQuorelGigEDeviceInfo &device);
 /// Model, serial number and MAC address on one line, as rich text.
 QString deviceNameText(const Corvo::CQuorelGigEDeviceInfo &device);

@@ -59,6 +59,14 @@ std::size_t DeviceLister::updateDeviceInfo(const char *pstrMac, const char *pstr
                                            pstrSubnetMask, pstrDefaultGateway, testAccessibility);
 }
 
+void DeviceLister::setUserDefinedName(const QString &mac, const QString &name) {
+    CDeviceInfo *const device = find(mac);
+    if (!device)
+        return;
+    device->SetUserDefinedName(name.toUtf8().constData());
+    device->ClearAccessFlags(); // an info that was changed is not tested for access
+}
+
 bool DeviceLister::ValExistsInMultipartPropertyValue(const String_t &multipartValue, const String_t &value,
                                                      const char *separator) {
     return commissioning::isPartOf(multipartValue, value, separator);

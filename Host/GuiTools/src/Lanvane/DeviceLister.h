@@ -58,6 +58,9 @@ public:
     std::size_t updateDeviceInfo(const char *pstrMac, const char *pstrIpConfig, const char *pstrIpAddress,
                                  const char *pstrSubnetMask, const char *pstrDefaultGateway, bool testAccessibility);
 
+    /// Patches the name of a device that was given another one.
+    void setUserDefinedName(const QString &mac, const QString &name);
+
     /// Whether a value is one of the parts of a multi-part value.
     static bool ValExistsInMultipartPropertyValue(const Corvo::String_t &multipartValue, const Corvo::String_t &value,
                                                   const char *separator);

@@ -3,9 +3,13 @@
 #include "CorvoQtBase/DeviceText.h"
 #include "Lanvane/DeviceLister.h"
 
+#include <QAction>
 #include <QHeaderView>
+#include <QHostAddress>
+#include <QLineEdit>
 #include <QScrollBar>
 #include <QSettings>
+#include <QStyledItemDelegate>
 
 #include <algorithm>
 #include <memory>
@@ -18,6 +22,43 @@ constexpr int IndexRole = Qt::UserRole;
 constexpr int KeyRole = Qt::UserRole + 1; // an adapter's name or a device's MAC address
 constexpr int HeaderVersion = 2;
 
+constexpr int OrderRole = Qt::UserRole + 2; // of a device's row, as it was added
+constexpr int MaxNameChars = 24;            // of a model, that a column makes room for
+
+/// Compares addresses as numbers.
+class Row : public QTreeWidgetItem {
+public:
+    using QTreeWidgetItem::QTreeWidgetItem;
+    bool operator<(const QTreeWidgetItem &other) const override {
+        const int column = treeWidget()->header()->sortIndicatorSection();
+        if (!treeWidget()->header()->isSortIndicatorShown())
+            return data(DeviceTree::ColName, OrderRole).toInt() < other.data(DeviceTree::ColName, OrderRole).toInt();
+        if (column == DeviceTree::ColIpAddress || column == DeviceTree::ColSubnetMask)
+            return QHostAddress(text(column)).toIPv4Address() < QHostAddress(other.text(column)).toIPv4Address();
+        return text(column).localeAwareCompare(other.text(column)) < 0;
+    }
+};
+
+/// Lets the user edit names and nothing else.
+class NameDelegate : public QStyledItemDelegate {
+public:
+    explicit NameDelegate(DeviceTree &tree) : QStyledItemDelegate(&tree), m_Tree(tree) {}
+
+    QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option,
+                          const QModelIndex &index) const override {
+        return index.column() == DeviceTree::ColUserName ? QStyledItemDelegate::createEditor(parent, option, index)
+                                                         : nullptr;
+    }
+    void setModelData(QWidget *editor, QAbstractItemModel * /*model*/, const QModelIndex &index) const override {
+        const QString name = static_cast<QLineEdit *>(editor)->text();
+        if (name != index.data().toString())
+            emit m_Tree.nameEntered(index.sibling(index.row(), DeviceTree::ColName).data(KeyRole).toString(), name);
+    }
+
+private:
+    DeviceTree &m_Tree;
+};
+
 QString keyTextOf(const QTreeWidgetItem &item) { return item.data(DeviceTree::ColName, KeyRole).toString(); }
 
 } // namespace
@@ -25,7 +66,10 @@ QString keyTextOf(const QTreeWidgetItem &item) { return item.data(DeviceTree::Co
 DeviceTree::DeviceTree(QWidget *parent) : QTreeWidget(parent) {
     setHeaderLabels({QString(), QStringLiteral("Serial Number"), QStringLiteral("MAC Address"),
                      QStringLiteral("Status"), QStringLiteral("IP Configuration"), QStringLiteral("IP Address"),
-                     QStringLiteral("Subnet Mask")});
+                     QStringLiteral("Subnet Mask"), QStringLiteral("Name")});
+    setItemDelegate(new NameDelegate(*this));
+    setEditTriggers(DoubleClicked | EditKeyPressed);
+    setUpHeader();
     header()->setResizeContentsPrecision(100); // rows, as thousands would take their time
     setUsualColumnWidths();
     connect(&m_Disposal, &QTimer::timeout, this, &DeviceTree::freeDiscarded);
@@ -43,18 +87,23 @@ QTreeWidgetItem *DeviceTree::addAdapterRow(const CNetworkAdapter &adapter, int i
 }
 
 void DeviceTree::addDeviceRow(const CQuorelGigEDeviceInfo &device) {
-    auto item = std::make_unique<QTreeWidgetItem>(DeviceRow); // the view follows each change of a row that it has
+    auto item = std::make_unique<Row>(DeviceRow); // the view follows each change of a row that it has
     item->setData(ColName, KeyRole, macOf(device));
+    item->setData(ColName, OrderRole, m_DeviceRows.size());
+    item->setFlags(item->flags() | Qt::ItemIsEditable);
     m_DeviceRows.insert(macOf(device), item.get());
     showDevice(*item, device);
     if (!device.GetPropertyAvailable(PropAccessible)) {
         item->setText(ColStatus, QStringLiteral("Not checked yet"));
         item->setIcon(ColStatus, QIcon());
     }
+    QTreeWidgetItem *const row = item.release();
     if (QTreeWidgetItem *adapter = findAdapter(displayText(device, PropIfName)))
-        adapter->addChild(item.release());
+        adapter->addChild(row);
     else
-        addTopLevelItem(item.release());
+        addTopLevelItem(row);
+    if (!m_Filter.isEmpty())
+        applyFilter(*row);
 }
 
 void DeviceTree::clearRows() {
@@ -93,6 +142,10 @@ void DeviceTree::showDevice(QTreeWidgetItem &item, const CQuorelGigEDeviceInfo &
     item.setText(ColIpConfiguration, formatIPConfigurationOf(device));
     item.setText(ColIpAddress, displayText(device.GetIpAddress()));
     item.setText(ColSubnetMask, displayText(device.GetSubnetMask()));
+    const QString name = plainDeviceText(userDefinedName(device));
+    item.setText(ColUserName, name);
+    for (int column = ColName; column <= ColUserName; ++column)
+        item.setToolTip(column, name.isEmpty() ? QString() : QStringLiteral("Name: %1").arg(name.toHtmlEscaped()));
 }
 
 // Look-up
@@ -141,7 +194,65 @@ void DeviceTree::restore(const View &view) {
     horizontalScrollBar()->setValue(view.horizontal);
 }
 
+void DeviceTree::setFilter(const QString &text) {
+    m_Filter = text.trimmed();
+    for (QTreeWidgetItem *item : qAsConst(m_DeviceRows))
+        applyFilter(*item);
+}
+
+void DeviceTree::applyFilter(QTreeWidgetItem &item) const {
+    bool isShown = false;
+    for (int column = ColName; column <= ColUserName && !isShown; ++column)
+        isShown = item.text(column).contains(m_Filter, Qt::CaseInsensitive);
+    item.setHidden(!isShown);
+}
+
+QString DeviceTree::currentRowText() const {
+    const QTreeWidgetItem *item = currentItem();
+    QStringList cells;
+    for (int i = 0; i < columnCount() && item && item->type() == DeviceRow; ++i) {
+        const int column = header()->logicalIndex(i);
+        if (!isColumnHidden(column))
+            cells << item->text(column);
+    }
+    return cells.join(QLatin1Char('\t'));
+}
+
+void DeviceTree::sortBy(int column) {
+    if (column != m_SortColumn)
+        m_SortOrder = Qt::AscendingOrder;
+    else if (m_SortOrder == Qt::AscendingOrder)
+        m_SortOrder = Qt::DescendingOrder;
+    else
+        column = -1;
+    m_SortColumn = column;
+    header()->setSortIndicatorShown(column >= 0);
+    if (column >= 0)
+        header()->setSortIndicator(column, m_SortOrder);
+    sortRows();
+}
+
+void DeviceTree::sortRows() {
+    const bool isSorted = m_SortColumn >= 0;
+    if (!isSorted && !m_wasSorted) // they are in that order
+        return;
+    m_wasSorted = isSorted;
+    for (int i = 0; i < topLevelItemCount(); ++i)
+        topLevelItem(i)->sortChildren(std::max(m_SortColumn, 0), isSorted ? m_SortOrder : Qt::AscendingOrder);
+}
+
 // Header
+
+void DeviceTree::setUpHeader() {
+    header()->setSectionsClickable(true);
+    connect(header(), &QHeaderView::sectionClicked, this, &DeviceTree::sortBy);
+    header()->setContextMenuPolicy(Qt::ActionsContextMenu);
+    auto *showName = new QAction(QStringLiteral("&Name"), header());
+    showName->setCheckable(true);
+    connect(showName, &QAction::triggered, this, [this](bool isShown) { setColumnHidden(ColUserName, !isShown); });
+    header()->addAction(showName);
+    showName->setChecked(true);
+}
 
 bool DeviceTree::areColumnWidthsUsual() const {
     const int last = header()->logicalIndex(columnCount() - 1); // fills the rest
@@ -154,9 +265,9 @@ bool DeviceTree::areColumnWidthsUsual() const {
 
 void DeviceTree::setUsualColumnWidths() {
     // Until there are devices to go by.
-    const char *const usual[] = {"Model Name",         "00000000",        "025AE3000000", "Not Reachable",
-                                 "Static IP, Auto IP", "192.168.100.100", "255.255.255.0"};
-    for (int column = ColName; column <= ColSubnetMask; ++column) {
+    const char *const usual[] = {"Model Name",         "00000000",        "025AE3000000",  "Not Reachable",
+                                 "Static IP, Auto IP", "192.168.100.100", "255.255.255.0", "Camera 1"};
+    for (int column = ColName; column <= ColUserName; ++column) {
         const int textWidth = fontMetrics().horizontalAdvance(QLatin1String(usual[column]));
         const int iconWidth = 2 * iconSize().width();
         m_UsualWidths.push_back(std::max(textWidth + iconWidth, header()->sectionSizeHint(column)));
@@ -168,6 +279,8 @@ void DeviceTree::restoreHeader(const QSettings &settings) {
     if (settings.value("headerver").toInt() == HeaderVersion)
         m_areColumnsSized = header()->restoreState(settings.value("header").toByteArray()) &&
                             settings.value("headersized", true).toBool();
+    header()->setSortIndicatorShown(false); // the order is not kept
+    header()->actions().first()->setChecked(!isColumnHidden(ColUserName));
 }
 
 void DeviceTree::saveHeader(QSettings &settings) const {
@@ -176,13 +289,24 @@ void DeviceTree::saveHeader(QSettings &settings) const {
     settings.setValue("headersized", m_areColumnsSized || !areColumnWidthsUsual());
 }
 
-void DeviceTree::sizeColumnsOnce() {
+bool DeviceTree::sizeColumnsOnce() {
     if (m_areColumnsSized || !areColumnWidthsUsual())
-        return;
+        return false;
     constexpr int Gap = 8; // between the texts of neighbouring columns
+    const int most =
+        MaxNameChars * fontMetrics().horizontalAdvance(QLatin1Char('0')) + 2 * indentation() + 2 * iconSize().width();
     for (int column = 0; column < columnCount(); ++column) {
         resizeColumnToContents(column);
-        setColumnWidth(column, columnWidth(column) + Gap);
+        const int width = columnWidth(column) + Gap;
+        setColumnWidth(column, column == ColName ? std::min(width, most) : width);
     }
     m_areColumnsSized = true;
+    return true;
+}
+
+int DeviceTree::missingWidth() const {
+    int wanted = 0;
+    for (int column = 0; column < columnCount(); ++column)
+        wanted += isColumnHidden(column) ? 0 : columnWidth(column);
+    return std::max(0, wanted - viewport()->width());
 }

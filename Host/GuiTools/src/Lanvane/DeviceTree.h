@@ -19,7 +19,16 @@ class DeviceTree : public QTreeWidget {
     Q_OBJECT
 
 public:
-    enum Column { ColName, ColSerialNumber, ColMac, ColStatus, ColIpConfiguration, ColIpAddress, ColSubnetMask };
+    enum Column {
+        ColName,
+        ColSerialNumber,
+        ColMac,
+        ColStatus,
+        ColIpConfiguration,
+        ColIpAddress,
+        ColSubnetMask,
+        ColUserName
+    };
     enum RowType { AdapterRow = QTreeWidgetItem::UserType + 1, DeviceRow };
 
     /// Names a row: the MAC address of a device's, else the adapter's. Both empty for none.
@@ -45,6 +54,15 @@ public:
     void showAdapter(QTreeWidgetItem &item, const CNetworkAdapter &adapter);
     void showDevice(QTreeWidgetItem &item, const Corvo::CQuorelGigEDeviceInfo &device);
 
+    /// Hides the devices that have this text in none of their columns. Empty: shows all.
+    void setFilter(const QString &text);
+    /// Sorts within the adapters; the same column again: the other way round, then as at first, by model and MAC.
+    void sortBy(int column);
+    /// After rows were added.
+    void sortRows();
+    /// The current device's row, with tabs between the columns as they are shown; empty without one.
+    QString currentRowText() const;
+
     /// \param names several joined by ";", of which the first that has a row counts.
     QTreeWidgetItem *findAdapter(const QString &names) const;
     QTreeWidgetItem *findDevice(const QString &mac) const;
@@ -60,12 +78,21 @@ public:
     void restoreHeader(const QSettings &settings);
     void saveHeader(QSettings &settings) const;
     /// To the first devices; from then on, and when the user has chosen them, the widths are the user's.
-    void sizeColumnsOnce();
+    /// \returns whether it was done.
+    bool sizeColumnsOnce();
+    /// What it is too narrow for all of its columns.
+    int missingWidth() const;
+
+signals:
+    /// The user has entered a name for a device.
+    void nameEntered(const QString &mac, const QString &name);
 
 private:
     void freeDiscarded();
     QTreeWidgetItem *find(const RowKey &key) const;
+    void setUpHeader();
     void setUsualColumnWidths();
+    void applyFilter(QTreeWidgetItem &item) const;
     bool areColumnWidthsUsual() const;
 
     RowIcons m_Icons;
@@ -73,5 +100,9 @@ private:
     QList<QTreeWidgetItem *> m_Discarded;           ///< of the list before, to be freed a few at a time
     QTimer m_Disposal;
     std::vector<int> m_UsualWidths; ///< by column
+    QString m_Filter;
+    int m_SortColumn = -1; ///< -1: prescribed order
+    Qt::SortOrder m_SortOrder = Qt::AscendingOrder;
+    bool m_wasSorted = false; ///< by a column
     bool m_areColumnsSized = false;
 };

@@ -3,6 +3,7 @@
 #include "Lanvane/IpConfigurationParts.h"
 #include "commissioning/Rediscovery.h"
 #include "commissioning/Saving.h"
+#include "commissioning/SmallChanges.h"
 
 using namespace Corvo;
 
@@ -46,6 +47,26 @@ bool IpConfigurationWidget::waitForDevice(const QString &mac) {
     bool isBack = false;
     m_Interaction.run([&] { isBack = commissioning::waitForDevice(context, mac.toStdString()).has_value(); });
     return isBack;
+}
+
+void IpConfigurationWidget::renameDevice(const QString &mac, const QString &name) {
+    const OptionalDevice device = deviceOf(mac);
+    if (!device || m_BusyDepth > 0)
+        return;
+    const Busy busy(m_BusyDepth);
+    const commissioning::Context context = operationContext();
+    m_Notice = {};
+    commissioning::Result result;
+    guarded("renameDevice", [&] {
+        if (!m_Interaction.run([&] { result = rename(context, *device, name.toStdString()); }))
+            m_Notice = {mac, QStringLiteral("It is not known whether the camera has stored the name.")};
+        else if (!result.success)
+            showBox(QMessageBox::Critical, QStringLiteral("The name could not be stored."),
+                    QString::fromStdString(result.text), QMessageBox::Close);
+    });
+    if (result.success)
+        m_pDeviceLister->setUserDefinedName(mac, name);
+    showPatchedInfo(mac);
 }
 
 void IpConfigurationWidget::closeDevice() { m_Connection.close(); }

@@ -1,6 +1,7 @@
 #include "Lanvane/MainWnd.h"
 
 #include "CorvoQtBase/HelpHelper.h"
+#include "Lanvane/TroubleshootingWindow.h"
 #include "Lanvane/aboutdialog.h"
 #include "Lanvane/ipconfigurationwidget.h"
 
@@ -74,6 +75,14 @@ void MainWnd::on_actionAbout_triggered() {
     about.setProductVersion(QStringLiteral("%1.%2.%3.%4%5").arg(1).arg(0).arg(13).arg(0).arg(buildSuffix()));
     about.setCopyrightTimeRange(QStringLiteral("2019"));
     about.exec();
+}
+
+void MainWnd::on_actionTroubleshooting_triggered() {
+    auto *open = findChild<TroubleshootingWindow *>();
+    TroubleshootingWindow &page = open ? *open : *new TroubleshootingWindow(this);
+    page.show();
+    page.raise();
+    page.activateWindow();
 }
 
 void MainWnd::closeEvent(QCloseEvent *event) {

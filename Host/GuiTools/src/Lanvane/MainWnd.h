@@ -19,6 +19,7 @@ public:
 private slots:
     void on_actionRefresh_triggered();
     void on_actionAbout_triggered();
+    void on_actionTroubleshooting_triggered();
     /// Asks the configuration widget first, which may refuse.
     void closeEvent(QCloseEvent *event) override;
 

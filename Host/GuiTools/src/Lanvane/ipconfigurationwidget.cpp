@@ -14,12 +14,15 @@
 #include "ui_ipconfigurationwidget.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QContextMenuEvent>
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QHostAddress>
 #include <QMenu>
 #include <QPointer>
+#include <QScreen>
 #include <QScrollBar>
 #include <QSettings>
 #include <QShortcut>
@@ -45,6 +48,11 @@ public:
         return static_cast<Type>(type);
     }
 };
+
+void copyText(const QString &text) {
+    if (!text.isEmpty())
+        QGuiApplication::clipboard()->setText(text);
+}
 
 /// Gives the focus back at the end: a widget that is disabled loses it, for good. One that stays disabled leaves it to
 /// the other.
@@ -103,6 +111,8 @@ void IpConfigurationWidget::setUpTree() {
     connect(ui->deviceTree, SIGNAL(customContextMenuRequested(const QPoint &)), this,
             SLOT(onShowContextMenu(const QPoint &)));
     connect(ui->deviceTree, &QTreeWidget::currentItemChanged, this, &IpConfigurationWidget::onCurrentItemChanged);
+    connect(ui->editFilter, &QLineEdit::textChanged, ui->deviceTree, &DeviceTree::setFilter);
+    connect(ui->deviceTree, &DeviceTree::nameEntered, this, &IpConfigurationWidget::renameDevice, Qt::QueuedConnection);
     connect(ui->selectionInfo, SIGNAL(linkActivated(const QString &)), this,
             SLOT(onSelectionInfo_linkActivated(const QString &)));
 }
@@ -134,6 +144,14 @@ void IpConfigurationWidget::setUpShortcuts() {
         button->setShortcut(QKeySequence()); // the letter stays underlined
     }
     addShortcut(QKeySequence(QStringLiteral("Ctrl+S")), ui->btnWriteConfiguration);
+    auto *find = new QShortcut(QKeySequence(QStringLiteral("Ctrl+F")), this);
+    connect(find, &QShortcut::activated, ui->editFilter, [this] { ui->editFilter->setFocus(Qt::ShortcutFocusReason); });
+    auto *unfilter = new QShortcut(QKeySequence(Qt::Key_Escape), ui->editFilter);
+    unfilter->setContext(Qt::WidgetShortcut);
+    connect(unfilter, &QShortcut::activated, ui->editFilter, &QLineEdit::clear);
+    auto *copy = new QShortcut(QKeySequence(QKeySequence::Copy), ui->deviceTree);
+    copy->setContext(Qt::WidgetShortcut);
+    connect(copy, &QShortcut::activated, this, [this] { copyText(ui->deviceTree->currentRowText()); });
 }
 
 void IpConfigurationWidget::setUpEditor() {
@@ -148,6 +166,10 @@ void IpConfigurationWidget::setUpEditor() {
         edit->setMaxLength(LongestAddressText);
         connect(edit, &QLineEdit::returnPressed, this, &IpConfigurationWidget::onReturnPressed);
     }
+    constexpr int HintLines = 4; // room for the longest hint, so that none moves the fields
+    ui->hintText->setFixedHeight(HintLines * ui->hintText->fontMetrics().lineSpacing());
+    ui->selectionInfoArea->setMinimumWidth(
+        std::max(ui->selectionInfoArea->minimumWidth(), 40 * fontMetrics().averageCharWidth()));
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), ui->editor);
     escape->setContext(Qt::WidgetWithChildrenShortcut);
     connect(escape, &QShortcut::activated, this, &IpConfigurationWidget::revertEditor);
@@ -160,6 +182,22 @@ void IpConfigurationWidget::restoreLayout() {
     settings.beginGroup(SettingsGroup);
     ui->deviceTree->restoreHeader(settings);
     ui->splitter->restoreState(settings.value("splitter").toByteArray());
+}
+
+/// A window of the size it has before there are settings grows to what its first devices need.
+void IpConfigurationWidget::showAllColumnsOnce() {
+    const bool isNew = !QSettings().contains(QLatin1String(SettingsGroup) + "/size");
+    if (!ui->deviceTree->sizeColumnsOnce() || !isNew || window()->isMaximized())
+        return;
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    const int frame = window()->frameGeometry().width() - window()->width();
+    const int wanted = std::min(window()->width() + ui->deviceTree->missingWidth(), screen.width() - frame);
+    if (wanted <= window()->width())
+        return;
+    window()->resize(wanted, window()->height());
+    const int beyond = window()->frameGeometry().right() - screen.right();
+    if (beyond > 0)
+        window()->move(window()->x() - beyond, window()->y());
 }
 
 void IpConfigurationWidget::saveLayout() const {
@@ -260,14 +298,17 @@ void IpConfigurationWidget::fillTree(const DeviceTree::View &view) {
     if (!searchDevices(view))
         m_Notice.text = QStringLiteral("The search was cancelled: the list may not be complete or up to date.");
     if (!m_pDeviceLister->devices().empty())
-        ui->deviceTree->sizeColumnsOnce();
+        showAllColumnsOnce();
 }
 
 bool IpConfigurationWidget::searchDevices(const DeviceTree::View &view) {
     DeviceTree &tree = *ui->deviceTree;
     DeviceSearch search(m_Interaction.operation(), *m_pDeviceLister, m_pDeviceLister->Tl(),
                         {[&](const CDeviceInfo &device) { tree.addDeviceRow(CQuorelGigEDeviceInfo(device)); },
-                         [&] { tree.restore(view); },
+                         [&] {
+                             tree.sortRows();
+                             tree.restore(view);
+                         },
                          [&](const CDeviceInfo &device) {
                              const CQuorelGigEDeviceInfo judged(device);
                              UpdateTreeItemFromDeviceInfo(tree.findDevice(macOf(judged)), &judged);
@@ -383,7 +424,7 @@ void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
         if (isAtTemporaryAddress(*device, surroundingsOf(item).isForced))
             notes += temporaryAddressText(*device);
         notes += noticeText(DeviceTree::keyOf(item).mac);
-        setSelectionInfoText(deviceText(*device) + notes);
+        setSelectionInfoText(deviceText(*device) + userDefinedNameText(*device) + notes);
         scrollSelectionInfo(!notes.isEmpty()); // to what is wrong
     } else if (adapter)
         setSelectionInfoText(adapterText(*adapter) + noticeText(QString()));
@@ -417,6 +458,13 @@ void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
     QMenu menu(this);
     QAction *assign = menu.addAction(QStringLiteral("&Assign Temporary IP Address..."));
     connect(assign, SIGNAL(triggered()), this, SLOT(onAssignTemporaryIPAddress()));
+    menu.addSeparator();
+    const auto addCopy = [&](const char *title, const QString &text) {
+        connect(menu.addAction(QLatin1String(title)), &QAction::triggered, [text] { copyText(text); });
+    };
+    addCopy("&Copy Row", ui->deviceTree->currentRowText());
+    addCopy("Copy &IP Address", item->text(DeviceTree::ColIpAddress));
+    addCopy("Copy &MAC Address", item->text(DeviceTree::ColMac));
     menu.exec(ui->deviceTree->viewport()->mapToGlobal(position));
 }
 

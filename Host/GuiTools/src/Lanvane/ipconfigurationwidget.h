@@ -70,6 +70,7 @@ private slots:
     void ShowNetworkConnections_triggered();
     void onNetworkAdapterProperties();
     void onReturnPressed();
+    void renameDevice(const QString &mac, const QString &name);
     void revertEditor();
 
 private:
@@ -94,6 +95,7 @@ private:
     void setUpEditor();
     void restoreLayout();
     void saveLayout() const;
+    void showAllColumnsOnce();
 
     // Refresh and rows
     void doRefresh();

@@ -1,0 +1,136 @@
+// The list and the window around it: what helps to find, copy and read.
+
+#include "Desktop.h"
+
+#include <QAccessible>
+#include <QClipboard>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QSettings>
+#include <QTextBrowser>
+#include <QtTest>
+
+using namespace testnet;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+constexpr int UserName = SubnetMask + 1;
+
+class Listing : public Desktop {
+protected:
+    Listing() {
+        open({cameraAt(1, "192.168.10.100/24", ",model=A,name=left"),
+              cameraAt(2, "192.168.10.21/24", ",model=B,name=right"), cameraAt(3, "192.168.10.22/24", ",model=C")});
+    }
+    QStringList shown() const {
+        QStringList serials;
+        for (QTreeWidgetItemIterator i(&tree(), QTreeWidgetItemIterator::NotHidden); *i; ++i) {
+            if ((*i)->parent())
+                serials << (*i)->text(Serial);
+        }
+        return serials;
+    }
+    void clickHeader(int column) {
+        const QHeaderView &header = *tree().header();
+        tree().horizontalScrollBar()->setValue(header.sectionPosition(column));
+        QTest::mouseClick(header.viewport(), Qt::LeftButton, {},
+                          QPoint(header.sectionViewportPosition(column) + 12, header.height() / 2));
+    }
+};
+
+TEST_F(Listing, FilterSortAndCopy) {
+    press(Qt::Key_F, Qt::ControlModifier);
+    const struct {
+        const char *text;
+        QStringList serials;
+    } filters[] = {
+        {"RIGHT", {"2"}}, {"10.2", {"2", "3"}}, {"025ae3000001", {"1"}}, {"nobody", {}}, {"", {"1", "2", "3"}}};
+    for (const auto &filter : filters) {
+        type("editFilter", filter.text);
+        EXPECT_EQ(filter.serials, shown()) << filter.text;
+    }
+    type("editFilter", "left");
+    refresh();
+    EXPECT_EQ(QStringList{"1"}, shown());
+    press(Qt::Key_Escape);
+
+    clickHeader(IpAddress);
+    EXPECT_EQ((QStringList{"2", "3", "1"}), shown()); // as numbers
+    clickHeader(IpAddress);
+    refresh();
+    EXPECT_EQ((QStringList{"1", "3", "2"}), shown());
+    clickHeader(IpAddress);
+    EXPECT_EQ((QStringList{"1", "2", "3"}), shown());
+
+    select(1);
+    QTest::keyClick(&tree(), Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ("A\t1\t025AE3000001\tOK\tStatic IP, Auto IP\t192.168.10.100\t255.255.255.0\tleft",
+              QGuiApplication::clipboard()->text());
+}
+
+TEST_F(Listing, NamesAreShownAndEdited) {
+    select(1);
+    EXPECT_EQ("left Name: left", row(1)->text(UserName) + " " + row(1)->toolTip(Name));
+    EXPECT_THAT(info().toStdString(), HasSubstr("Name: left"));
+    tree().editItem(row(1), UserName);
+    auto *editor = tree().viewport()->findChild<QLineEdit *>();
+    ASSERT_NE(nullptr, editor);
+    editor->setText("new <b>");
+    QTest::keyClick(editor, Qt::Key_Return);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return row(1)->text(UserName) == "new <b>"; }));
+    EXPECT_THAT(info().toStdString(), HasSubstr("new &lt;b&gt;"));
+    refresh();
+    EXPECT_EQ("new <b>", row(1)->text(UserName)); // the camera has it
+    EXPECT_THAT(reports, ElementsAre());
+}
+
+TEST_F(Listing, NothingIsCutAndHintsMoveNothing) {
+    QFont small;
+    small.setPixelSize(9); // the screen is not wide
+    QApplication::setFont(small);
+    QSettings().clear();
+    openWindow();
+    const int right =
+        tree().columnViewportPosition(SubnetMask) + tree().header()->fontMetrics().horizontalAdvance("255.");
+    EXPECT_LT(right, tree().viewport()->width());
+    select(1);
+    const QRect field = the<QWidget>("editDefaultGateway").geometry();
+    auto &hint = the<QLabel>("hintText");
+    for (const char *address : {"192.168.10.1", "192.168.10.255", "10", "240.0.0.1"}) {
+        type("editIpAddress", address);
+        EXPECT_THAT(hint.text().toStdString(), HasSubstr("IP address"));
+        EXPECT_LE(hint.heightForWidth(hint.width()), hint.height()) << hint.text().toStdString();
+        EXPECT_EQ(field, the<QWidget>("editDefaultGateway").geometry());
+    }
+    press(Qt::Key_Escape);
+}
+
+TEST_F(Listing, EveryStopHasANameAndF1Helps) {
+    nic0->cameras.setReachable(camera(1).mac, false);
+    refresh();
+    select(1);
+    int stops = 0;
+    for (QWidget *stop : window().findChildren<QWidget *>()) {
+        if (!(stop->focusPolicy() & Qt::TabFocus) || !stop->isVisible())
+            continue;
+        ++stops;
+        EXPECT_NE("", QAccessible::queryAccessibleInterface(stop)->text(QAccessible::Name))
+            << stop->objectName().toStdString();
+    }
+    EXPECT_GE(stops, 9);
+    EXPECT_THAT(
+        QAccessible::queryAccessibleInterface(&the<QWidget>("selectionInfo"))->text(QAccessible::Name).toStdString(),
+        HasSubstr("The device is unreachable!"));
+
+    press(Qt::Key_F1);
+    const QString page = the<QTextBrowser>("troubleshooting").toPlainText();
+    for (const char *part : {"Reverse path filtering would hide cameras", "answers-blocked", "Check cable and power."})
+        EXPECT_THAT(page.toStdString(), HasSubstr(part));
+    QTest::keyClick(&the<QTextBrowser>("troubleshooting"), Qt::Key_Escape);
+}
+
+} // namespace
