@@ -54,7 +54,7 @@ protected:
                     for (unsigned number = i * camerasEach; number < (i + 1) * camerasEach; ++number) {
                         answers.push_back(acknowledge(request, 0, 3, discovered(number)));
                         if (number % 8 == 0)
-                            answers.push_back(Bytes(number % 1000, 0xAB));
+                            answers.emplace_back(number % 1000, 0xAB);
                     }
                     return answers;
                 }));
@@ -114,7 +114,7 @@ TEST_F(Waiting, TheEventLoopGoesOnWith16384CamerasAndJunk) {
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [this] {
         const QTreeWidgetItem *first = tree().topLevelItem(0)->child(5);
-        if (first && first->text(Status) == "Not Reachable")
+        if (first != nullptr && first->text(Status) == "Not Reachable")
             window().close(); // all of them would take a minute
     });
     timer.start(100);
