@@ -101,8 +101,10 @@ Outcome applyPlan(const CheckedPlan &check, PlanOptions options, const Arguments
             return notAgreed(check.outcome);
     }
     fill(arguments, session, terminal, &options);
-    return applied(apply(session.layer(), check.review, check.inventory, session.context().journal, options),
-                   *check.outcome.plan);
+    PlanOutcome done = apply(session.layer(), check.review, check.inventory, session.context().journal, options);
+    if (!done.remark.empty())
+        terminal.note(done.remark);
+    return applied(std::move(done), *check.outcome.plan);
 }
 
 } // namespace commandline
