@@ -1,6 +1,7 @@
 #include "Observing.h"
 #include "commissioning/PlanApplication.h"
 
+#include <atomic>
 #include <thread>
 
 using namespace commissioning;
@@ -73,7 +74,7 @@ protected:
         PlanOptions options;
         options.patience = {4, std::chrono::milliseconds(300), 3};
         options.maxFailures = row.maxFailures;
-        std::size_t written = 0;
+        std::atomic<std::size_t> written{0};
         options.progress = [&](PlanPhase phase, std::size_t done, std::size_t all) {
             written += phase == PlanPhase::Writing ? 1 : 0;
             if (phase == PlanPhase::Writing && done == all && row.written)
