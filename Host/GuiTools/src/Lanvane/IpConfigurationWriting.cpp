@@ -50,8 +50,10 @@ bool IpConfigurationWidget::waitForDevice(const QString &mac) {
 }
 
 void IpConfigurationWidget::renameDevice(const QString &mac, const QString &name) {
+    if (m_BusyDepth > 0) // the list is the operation's
+        return;
     const OptionalDevice device = deviceOf(mac);
-    if (!device || m_BusyDepth > 0)
+    if (!device)
         return;
     const Busy busy(m_BusyDepth);
     const commissioning::Context context = operationContext();
