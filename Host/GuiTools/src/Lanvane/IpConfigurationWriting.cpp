@@ -69,6 +69,7 @@ void IpConfigurationWidget::renameDevice(const QString &mac, const QString &name
     if (result.success)
         m_pDeviceLister->setUserDefinedName(mac, name);
     showPatchedInfo(mac);
+    updateEditor(); // a save writes the name back that it costs the camera
 }
 
 void IpConfigurationWidget::closeDevice() { m_Connection.close(); }
