@@ -76,15 +76,22 @@ TEST_F(Listing, NamesAreShownAndEdited) {
     select(1);
     EXPECT_EQ("left Name: left", row(1)->text(UserName) + " " + row(1)->toolTip(Name));
     EXPECT_THAT(info().toStdString(), HasSubstr("Name: left"));
-    tree().editItem(row(1), UserName);
-    auto *editor = tree().viewport()->findChild<QLineEdit *>();
-    ASSERT_NE(nullptr, editor);
-    editor->setText("new <b>");
-    QTest::keyClick(editor, Qt::Key_Return);
-    EXPECT_TRUE(QTest::qWaitFor([this] { return row(1)->text(UserName) == "new <b>"; }));
+    const auto rename = [this](const QString &name) {
+        tree().editItem(row(1), UserName);
+        auto *editor = tree().viewport()->findChild<QLineEdit *>();
+        ASSERT_NE(nullptr, editor);
+        editor->setText(name);
+        QTest::keyClick(editor, Qt::Key_Return);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return row(1)->text(UserName) == name; }));
+    };
+    rename("new <b>");
     EXPECT_THAT(info().toStdString(), HasSubstr("new &lt;b&gt;"));
     refresh();
     EXPECT_EQ("new <b>", row(1)->text(UserName)); // the camera has it
+    rename("");
+    type("editIpAddress", "192.168.10.101");
+    click("btnWriteConfiguration");
+    EXPECT_EQ("192.168.10.101 ", cell(1, IpAddress) + " " + row(1)->text(UserName)); // no old name is written back
     EXPECT_THAT(reports, ElementsAre());
 }
 

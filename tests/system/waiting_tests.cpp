@@ -163,6 +163,17 @@ TEST_F(Waiting, CancelEndsAWholeSaveAndSaysWhatWasSent) {
     EXPECT_THAT(reports, ElementsAre());
 }
 
+TEST_F(Waiting, CancelAfterAUnicastWriteSaysWhatWasSent) {
+    open({cameraAt(1, "192.168.10.21/24", ",xml=none,vendor-config=error,while-controlled=accept,silence=3600000")});
+    the<IpConfigurationWidget>("IpConfigurationWidget").setRediscoveryPatience({60, std::chrono::milliseconds(100)});
+    select(1);
+    expectWait(Rediscovering, [](QWidget &box) { QTest::keyClick(&box, Qt::Key_Escape); });
+    save("192.168.10.51");
+    EXPECT_THAT(info().toStdString(), HasSubstr("<b>Cancelled.</b> The settings were sent, but"));
+    EXPECT_EQ("Not Reachable", cell(1, Status));
+    EXPECT_THAT(reports, ElementsAre());
+}
+
 TEST_F(Waiting, CancelEndsAForceAndTheRowSaysWhatItHasDone) {
     open({cameraAt(1, "172.16.0.9/16", ",silence=2000")});
     the<IpConfigurationWidget>("IpConfigurationWidget").setRediscoveryPatience({60, std::chrono::milliseconds(100)});
@@ -171,6 +182,7 @@ TEST_F(Waiting, CancelEndsAForceAndTheRowSaysWhatItHasDone) {
     expectWait(Rediscovering, [](QWidget &box) { QTest::keyClick(&box, Qt::Key_Escape); });
     useContextMenu();
     EXPECT_THAT(info().toStdString(), HasSubstr("<b>Cancelled.</b> The address 192.168.10.77 was sent, "));
+    EXPECT_FALSE(waits.contains(QString())) << "a box without its step";
     EXPECT_THAT(reports, ElementsAre());
 }
 

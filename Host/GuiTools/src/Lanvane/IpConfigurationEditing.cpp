@@ -87,6 +87,8 @@ void IpConfigurationWidget::on_editIpAddress_textEdited(const QString &text) { t
 void IpConfigurationWidget::on_editNetmask_textEdited(const QString &text) { typed(EditorState::Netmask, text); }
 
 void IpConfigurationWidget::on_editNetmask_editingFinished() {
+    if (m_BusyDepth > 0) // a box has taken the focus; what is saved is settled, and the list is the operation's
+        return;
     QString mask = ui->editNetmask->text();
     ui->editNetmask->validator()->fixup(mask);
     if (mask != ui->editNetmask->text())

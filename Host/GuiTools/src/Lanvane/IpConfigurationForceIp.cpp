@@ -49,9 +49,11 @@ void IpConfigurationWidget::followCancelledForce() {
     const QString rest = isTaken ? QStringLiteral("and the camera has it.")
                          : now   ? QStringLiteral("but the camera still has %1.").arg(displayText(now->GetIpAddress()))
                                  : QStringLiteral("but the camera does not answer the search.");
-    m_Notice = {QString::fromStdString(sent->mac),
+    const QString mac = QString::fromStdString(sent->mac);
+    const bool isListed = m_pDeviceLister->find(mac) != nullptr; // else no row is its own
+    m_Notice = {isListed ? mac : QString(),
                 QStringLiteral("The address %1 was sent, %2").arg(QHostAddress(sent->address).toString(), rest)};
-    onUpdated(m_Notice.mac, isTaken ? std::optional(sent->address) : std::nullopt);
+    onUpdated(mac, isTaken ? std::optional(sent->address) : std::nullopt);
 }
 
 bool IpConfigurationWidget::openDevice(const QString &ipAddress) {

@@ -50,8 +50,10 @@ bool IpConfigurationWidget::waitForDevice(const QString &mac) {
 }
 
 void IpConfigurationWidget::renameDevice(const QString &mac, const QString &name) {
+    if (m_BusyDepth > 0) // the list is the operation's
+        return;
     const OptionalDevice device = deviceOf(mac);
-    if (!device || m_BusyDepth > 0)
+    if (!device)
         return;
     const Busy busy(m_BusyDepth);
     const commissioning::Context context = operationContext();
@@ -67,6 +69,7 @@ void IpConfigurationWidget::renameDevice(const QString &mac, const QString &name
     if (result.success)
         m_pDeviceLister->setUserDefinedName(mac, name);
     showPatchedInfo(mac);
+    updateEditor(); // a save writes the name back that it costs the camera
 }
 
 void IpConfigurationWidget::closeDevice() { m_Connection.close(); }

@@ -69,7 +69,9 @@ WindowInteraction::WindowInteraction(QWidget &window, Reporter report, const CNe
 
 WindowInteraction::~WindowInteraction() = default;
 
-bool WindowInteraction::run(const std::function<void()> &work) { return run(work, QString(), BoxAfter_ms); }
+bool WindowInteraction::run(const std::function<void()> &work) {
+    return run(work, QStringLiteral("Looking for the device..."), BoxAfter_ms);
+}
 
 bool WindowInteraction::runSearch(const std::function<void()> &work) {
     return run(work, QStringLiteral("Searching for devices..."), BoxOfSearchAfter_ms);
@@ -198,7 +200,9 @@ void WindowInteraction::updated(const std::string &mac, std::optional<commission
 void WindowInteraction::failure(const char *context, const std::exception_ptr &error, const char *attempted) {
     if (attempted)
         qDebug("%s: %s", context, attempted);
-    if (m_Operation.isRunning() && isCancelled()) // that is why
+    if (m_Operation.isRunning() && isCancelled()) { // that is why
+        m_WasTold = true;
         return;
+    }
     m_Operation.onGui([&] { m_Report(context, [&error] { std::rethrow_exception(error); }); });
 }
