@@ -62,6 +62,13 @@ void addRemarks(const std::vector<UndoLoss> &losses, Outcome *pOutcome) {
     }
 }
 
+Outcome nothing(const std::string &what) { return {ExitNotFound, {}, "The journal has no " + what + "."}; }
+
+bool isKnown(const std::string &id, const std::vector<JournalEntry> &entries) {
+    return std::any_of(entries.begin(), entries.end(),
+                       [&](const JournalEntry &entry) { return entry.id == id || entry.plan == id; });
+}
+
 Outcome undo(const std::string &id, const std::vector<JournalEntry> &entries, const Arguments &arguments,
              Session &session, const Terminal &terminal) {
     const Undo undo = undoOf(id, entries, inventoryOf(session.diagnosis()), arguments.isForced);
@@ -81,8 +88,6 @@ Outcome undo(const std::string &id, const std::vector<JournalEntry> &entries, co
     return outcome;
 }
 
-Outcome nothing(const std::string &what) { return {ExitNotFound, {}, "The journal has no " + what + "."}; }
-
 } // namespace
 
 Outcome undoLastChange(const Camera &camera, const Arguments &arguments, Session &session, const Terminal &terminal) {
@@ -98,6 +103,8 @@ Outcome undoPlan(const Arguments &arguments, Session &session, const Terminal &t
     const std::string id = arguments.undone.empty() ? lastPlanIn(content.entries) : arguments.undone;
     if (id.empty())
         return nothing("plan");
+    if (!isKnown(id, content.entries))
+        return nothing("change and no plan '" + harmless(id) + "'");
     return undo(id, content.entries, arguments, session, terminal);
 }
 

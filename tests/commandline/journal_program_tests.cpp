@@ -37,7 +37,7 @@ TEST_F(Undoing, TakesChangesBack) {
         {"plan undo --yes", 4, "192.168.10.22 192.168.10.21", "left it: name"},
         {"plan undo --yes --force", 0, "192.168.10.21 192.168.10.22", "left it: name"},
         {"plan undo --yes", 0, "192.168.10.21 192.168.10.22", "nothing to undo"},
-        {"plan undo nonsense", 4, "192.168.10.21 192.168.10.22", "no change and no plan 'nonsense'"},
+        {"plan undo nonsense", 3, "192.168.10.21 192.168.10.22", "no change and no plan 'nonsense'"},
     };
     for (const auto &row : rows) {
         const Finished done = run(row.arguments);

@@ -32,6 +32,8 @@ TEST_F(RollingFileTest, KeepsOneBackupAndSurvivesLosingItsFile) {
         EXPECT_TRUE(file.Append(line));
     EXPECT_EQ("666\n", TestFolder::Read(path));
     EXPECT_EQ("longer than ten\n", TestFolder::Read(path + ".1"));
+    EXPECT_EQ(std::filesystem::perms::owner_all,
+              std::filesystem::status(std::filesystem::path(path).parent_path()).permissions());
     std::filesystem::remove(path);
     EXPECT_TRUE(file.Append("777\n"));
     EXPECT_EQ("777\n", TestFolder::Read(path));

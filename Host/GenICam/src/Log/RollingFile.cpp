@@ -25,7 +25,9 @@ constexpr std::chrono::milliseconds LOCK_INTERVAL(1); // a lock is held for one 
 RollingFile::RollingFile(std::string path, std::int64_t maxBytes)
     : m_path(std::move(path)), m_maxBytes(maxBytes), m_lockAttempts(MAX_LOCK_ATTEMPTS) {
     std::error_code ignored;
-    std::filesystem::create_directories(std::filesystem::path(m_path).parent_path(), ignored);
+    const std::filesystem::path folder = std::filesystem::path(m_path).parent_path();
+    if (std::filesystem::create_directories(folder, ignored)) // which the journal of changes may share: for nobody else
+        std::filesystem::permissions(folder, std::filesystem::perms::owner_all, ignored);
     Open();
 }
 
