@@ -84,7 +84,8 @@ Outcome applied(PlanOutcome done, PlanReport plan) {
     outcome.plan = std::move(plan);
     for (const PlanRecord &record : done.records)
         outcome.changes.push_back(changeRecordOf(record));
-    outcome.exitCode = done.error.empty() ? exitCodeOf(outcome.changes) : ExitRefused;
+    const int failed = done.id.empty() ? ExitRefused : ExitFailed; // some may have been changed
+    outcome.exitCode = done.error.empty() ? exitCodeOf(outcome.changes) : failed;
     outcome.error = std::move(done.error);
     return outcome;
 }

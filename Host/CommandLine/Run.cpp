@@ -17,10 +17,21 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <sys/resource.h>
 
 namespace commandline {
 
 namespace {
+
+/// Each camera of a plan that is applied holds a descriptor, its lock. The soft limit is that low for select(), which
+/// nothing here uses.
+void allowManyDescriptors() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return;
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit); // without it some cameras of a very long plan are not begun
+}
 
 /// The library for the length of a scope.
 class Library {
@@ -126,6 +137,7 @@ int run(int argc, const char *const *argv) {
     const Parsed parsed = parseArguments(argc, argv, std::cout, std::cerr);
     if (!parsed.arguments)
         return parsed.exitCode;
+    allowManyDescriptors();
     return carryOut(*parsed.arguments, Terminal(*parsed.arguments));
 }
 

@@ -145,6 +145,13 @@ TEST(UndoOf, RestoresWhatWasBefore) {
          "1 192.168.10.21; ",
          nullptr},
         {"one forced", {{"a", "", "force", 1, left, left}}, "a", {left}, "", nullptr},
+        {"of a mode whose address cannot be read",
+         {{"a", "", "set", 1, {Static, -1, ""}, {Dhcp, -1, ""}}},
+         "a",
+         {{Dhcp, -1, ""}},
+         "1 w5 192.168.10.99; ! 02:5A:E3:00:00:01: What it had stored as its static address is not known: it gets the "
+         "one it had then.",
+         "1 w5 192.168.10.99; ? What it had stored as its static address is not known: it gets the one it had then."},
         {"DHCP keeps old addresses",
          {{"a", "", "set", 1, dhcp, {Static, 31, ""}}},
          "a",

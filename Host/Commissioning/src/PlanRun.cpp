@@ -37,9 +37,10 @@ void PlanRun::run() {
     }
     if (isFine)
         carry(rest);
+    const std::string reason = obstacle(); // a stop is told as such
     for (PlanMember *const member : rest) {
         if (!isFine)
-            refuse(*member, "It was not begun, as the first camera of an adapter failed.");
+            refuse(*member, reason.empty() ? "It was not begun, as the first camera of an adapter failed." : reason);
     }
 }
 

@@ -15,8 +15,11 @@ using namespace Corvo;
 
 namespace {
 
-/// A datagram is lost sooner or later; what does not get through twice will not the third time.
-constexpr int Attempts = 2;
+/// A datagram is lost sooner or later; a command without an answer that does not get through twice will not the third
+/// time.
+constexpr int BroadcastAttempts = 2;
+/// With a tenth of all datagrams lost some of hundreds of cameras lose their channel twice in a row.
+constexpr int UnicastAttempts = 4;
 
 class Writer {
 public:
@@ -34,7 +37,7 @@ public:
 
 private:
     bool byBroadcast() {
-        for (int i = 0; i < Attempts; ++i) {
+        for (int i = 0; i < BroadcastAttempts; ++i) {
             const bool isAcknowledged =
                 m_Worker.context().guarded("broadcast", [&] { return m_Writing.broadcast(m_Task.name.value_or("")); });
             if (const auto isThere = isStored(m_Task))
@@ -46,7 +49,7 @@ private:
     }
 
     bool byUnicast() {
-        for (int i = 0; i < Attempts && !m_Worker.wasDenied(); ++i) {
+        for (int i = 0; i < UnicastAttempts && !m_Worker.wasDenied(); ++i) {
             const bool isSent = m_Worker.context().guarded("unicast", [&] { return m_Writing.unicast(); });
             m_Worker.context().connection.close();
             const auto isThere = isStored(whereLent(m_Task));

@@ -176,7 +176,11 @@ private:
             return restore(*m_Before.stored);
         const bool wasStatic = (m_Before.word & StaticBit) != 0;
         const auto &all = m_Changes.stored;
-        if (std::none_of(all.begin(), all.end(), [](const auto *entry) { return writesAddresses(*entry); }))
+        const bool wroteAddresses =
+            std::any_of(all.begin(), all.end(), [](const auto *entry) { return writesAddresses(*entry); });
+        // One that goes back to a static mode is sent addresses: those that it happens to have by now are wrong.
+        const bool needsAddresses = wasStatic && !m_Now.stored && (m_Now.word & StaticBit) == 0;
+        if (!wroteAddresses && !needsAddresses)
             return;
         if (!wasStatic)
             return lose("What it had stored as its static address is not known: it keeps the new one.");
