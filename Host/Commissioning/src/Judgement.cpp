@@ -9,7 +9,7 @@ namespace commissioning {
 bool Judgement::hasMode() const {
     if (!m_Result.now)
         return false;
-    if (m_Change.word)
+    if (m_Change.word && m_Change.modeDiffers)
         return ((cameraOf(*m_Result.now).word ^ *m_Change.word) & ~std::uint32_t(GEV_IP_CONFIG_LLA)) == 0;
     return !m_Change.mode || modeOf(*m_Result.now) == m_Change.mode;
 }

@@ -35,7 +35,8 @@ Change changeOf(const Corvo::CQuorelGigEDeviceInfo &device, const std::string &a
     change.adapter = adapter;
     change.mode = modeOfWord(word | GEV_IP_CONFIG_LLA);
     change.modeDiffers = ((word ^ before) & ~std::uint32_t(GEV_IP_CONFIG_LLA)) != 0;
-    if (change.modeDiffers && (modeOf(device) == change.mode || (word | GEV_IP_CONFIG_LLA) != wordOf(*change.mode)))
+    // Also when it stays: a command tells all modes, not those that change.
+    if ((change.modeDiffers && modeOf(device) == change.mode) || (word | GEV_IP_CONFIG_LLA) != wordOf(*change.mode))
         change.word = word;
     if (!stored)
         return change;
