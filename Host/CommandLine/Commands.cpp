@@ -324,7 +324,7 @@ Outcome rescueThem(const Arguments &arguments, Session &session, const Terminal 
     if (arguments.allCameras && !arguments.dryRun && !arguments.yes) {
         const std::string question = rescueTable(rescues, arguments, terminal.width()) + "Change these cameras?";
         if (!terminal.confirms(question, [&] { return session.interruption().isRequested(); }))
-            return {ExitRefused, {}, "Nothing was changed. Without a terminal to ask on, --yes is needed."};
+            return {ExitRefused, {}, Terminal::disagreement()};
     }
     Changer changer(arguments, session);
     std::vector<ChangeRecord> records;

@@ -74,7 +74,7 @@ Outcome notAgreed(Outcome outcome) {
             record.state = ChangeState::NotBegun;
     }
     outcome.exitCode = ExitRefused;
-    outcome.error = "Nothing was changed. Without a terminal to ask on, --yes is needed.";
+    outcome.error = Terminal::disagreement();
     return outcome;
 }
 

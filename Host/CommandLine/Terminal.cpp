@@ -61,8 +61,14 @@ void Terminal::progress(const std::string &text) const {
         std::cerr << ClearLine << harmless(text) << std::flush;
 }
 
+bool Terminal::canAsk() { return isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1; }
+
+std::string Terminal::disagreement() {
+    return canAsk() ? "Nothing was changed." : "Nothing was changed. Without a terminal to ask on, --yes is needed.";
+}
+
 bool Terminal::confirms(const std::string &question, const std::function<bool()> &isCancelled) const {
-    if (isatty(STDIN_FILENO) != 1 || isatty(STDERR_FILENO) != 1)
+    if (!canAsk())
         return false;
     progress("");
     std::cerr << question << " [y/N] " << std::flush;

@@ -26,6 +26,10 @@ public:
     void complain(const std::string &text) const;
     /// What is going on, in one line that the next one replaces; on a terminal only.
     void progress(const std::string &text) const;
+    /// Whether there is somebody to ask.
+    static bool canAsk();
+    /// Why nothing was done for want of a yes.
+    static std::string disagreement();
     /// Asks on the terminal. \param isCancelled polled every 100 ms. \returns false where there is no terminal.
     bool confirms(const std::string &question, const std::function<bool()> &isCancelled) const;
 
