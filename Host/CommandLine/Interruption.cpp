@@ -31,7 +31,7 @@ sigset_t handledSignals() {
 
 } // namespace
 
-Interruption::Interruption() {
+Interruption::Interruption(bool isQuiet) : m_IsQuiet(isQuiet) {
     const sigset_t signals = handledSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::signal(SIGPIPE, SIG_IGN); // a reader that goes away must not end a change half-way
@@ -52,7 +52,8 @@ void Interruption::run() {
             continue;
         if (isRequested())
             stopAtOnce();
-        std::fputs("Stopping at the next safe point. Once more stops at once.\n", stderr);
+        if (!m_IsQuiet)
+            std::fputs("Stopping at the next safe point. Once more stops at once.\n", stderr);
         const std::lock_guard<std::mutex> lock(m_Lock);
         m_Token.RequestStop();
         m_Changed.notify_all();

@@ -16,7 +16,8 @@ namespace commandline {
 /// second one ends the process at once. Made before any other thread, so that all of them leave the signals to it.
 class Interruption {
 public:
-    Interruption();
+    /// \param isQuiet whether nothing is said of the first signal, as where it is the usual end.
+    explicit Interruption(bool isQuiet);
     ~Interruption();
     Interruption(const Interruption &) = delete;
     Interruption &operator=(const Interruption &) = delete;
@@ -33,6 +34,7 @@ private:
     void run();
     [[noreturn]] void stopAtOnce();
 
+    const bool m_IsQuiet;
     std::mutex m_Lock; ///< guards what is in hand and the wait
     std::condition_variable m_Changed;
     std::string m_InHand;

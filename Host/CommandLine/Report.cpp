@@ -99,7 +99,8 @@ public:
     /// \returns what is said of it.
     std::string gather() {
         const std::string host = hostName();
-        Inventory inventory = m_Session.inventory();
+        Inventory &inventory = m_Inventory;
+        inventory = m_Session.inventory();
         std::string readme = Readme;
         if (m_Arguments.redact) {
             Redaction redaction(m_Session.diagnosis().observation, host);
@@ -123,6 +124,8 @@ public:
         add("README.txt", readme);
         return readme;
     }
+    /// As it stands in the report, once that is gathered.
+    const Inventory &inventory() const { return m_Inventory; }
     std::string zip() const { return m_Archive.zip(); }
 
 private:
@@ -191,6 +194,7 @@ private:
     const Arguments &m_Arguments;
     Session &m_Session;
     const Terminal &m_Terminal;
+    Inventory m_Inventory;
     Archive m_Archive{MaxBytes};
     std::mutex m_RemarkLock;
     std::vector<std::string> m_Remarks;
@@ -219,7 +223,7 @@ int writeReport(const Arguments &arguments, Session &session, const Terminal &te
         throw Cancelled();
     constexpr mode_t OwnersOnly = 0600;
     writeFile(path, report.zip(), OwnersOnly, Existing::Refuse);
-    terminal.print(arguments.json ? printed(inventoryJson(session.inventory())) : readme + "\nWritten: " + path + "\n");
+    terminal.print(arguments.json ? printed(inventoryJson(report.inventory())) : readme + "\nWritten: " + path + "\n");
     return ExitDone;
 }
 

@@ -104,7 +104,7 @@ int fail(const Arguments &arguments, const Terminal &terminal, int exitCode, con
 }
 
 int carryOut(const Arguments &arguments, const Terminal &terminal) {
-    Interruption interruption;
+    Interruption interruption(arguments.command == Command::Watch);
     const Library library;
     try {
         Session session(arguments, terminal, interruption);

@@ -12,7 +12,6 @@
 #include <cmath>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <poll.h>
 #include <unistd.h>
 
@@ -110,8 +109,10 @@ private:
     /// Read each time, as it is small and may have been changed.
     Plan readPlanFile() const {
         std::ifstream file(m_Arguments.plan, std::ios::binary);
-        const std::string text{std::istreambuf_iterator<char>(file), {}};
-        if (file)
+        std::string text(MaxPlanBytes + 1, '\0');
+        file.read(text.data(), static_cast<std::streamsize>(text.size()));
+        text.resize(static_cast<std::size_t>(file.gcount()));
+        if (file.is_open() && !file.bad()) // a folder opens, and fails when it is read
             return readPlan(text);
         Plan plan;
         plan.problems.push_back({0, 0, "The plan " + m_Arguments.plan + " cannot be read."});
