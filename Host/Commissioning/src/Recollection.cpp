@@ -27,6 +27,12 @@ std::string signatureOf(const CDeviceInfo &device) {
     return text;
 }
 
+/// Also of a camera whose adapter has just come up, when nothing gets through to it yet.
+bool isBad(const CDeviceInfo &device) {
+    const Status status = cameraOf(device).status;
+    return status == Status::NotReachable || status == Status::Unknown;
+}
+
 std::string macOf(const CDeviceInfo &device) { return propertyOf(device, PropertyMac).c_str(); }
 
 } // namespace
@@ -48,7 +54,8 @@ bool Recollection::recall(CDeviceInfo &device) {
     if (found == m_Known.end())
         return false;
     Known &known = found->second;
-    if (known.signature != signatureOf(device) && (!known.changed || m_Now - *known.changed >= Age)) {
+    const bool isDoubtful = known.signature != signatureOf(device) || isBad(known.device);
+    if (isDoubtful && (!known.changed || m_Now - *known.changed >= Age)) {
         known.changed = m_Now;
         return false;
     }

@@ -9,9 +9,9 @@
 
 namespace commissioning {
 
-/// What was found out by asking cameras, for searches that follow each other: a camera is asked when it is new or has
-/// changed, and otherwise once a minute; one that keeps changing is asked twice a minute at most. Used by one search at
-/// a time.
+/// What was found out by asking cameras, for searches that follow each other: a camera is asked when it is new, has
+/// changed or could not be reached, and otherwise once a minute; none is asked more than twice a minute. Used by one
+/// search at a time.
 class Recollection {
 public:
     using Time = std::chrono::steady_clock::time_point;
