@@ -169,7 +169,7 @@ TEST_F(AppliedPlans, NothingIsLost) {
          spoil(2, "silent-after=0"),
          revive(2)},
         {"a half whose old address is not given up",
-         {A, std::string(B) + ",ignored-restarts=4"},
+         {A, std::string(B) + ",ignored-restarts=9"},
          Swap,
          "done 192.168.10.22; failed 192.168.10.3",
          {},
