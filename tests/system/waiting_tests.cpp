@@ -39,6 +39,14 @@ Bytes discovered(unsigned number) {
     return payload;
 }
 
+#ifdef __SANITIZE_ADDRESS__ // many times slower, so only what it finds counts
+constexpr int LongestGap_ms = 2000;
+constexpr unsigned CamerasEach = 512;
+#else
+constexpr int LongestGap_ms = 100;
+constexpr unsigned CamerasEach = 4096;
+#endif
+
 class Waiting : public Desktop {
 protected:
     /// Answers of cameras that do not exist, and junk between them.
@@ -64,13 +72,13 @@ protected:
     /// The longest gap of the event loop. A busy machine makes some of its own, but not each time.
     template <class Work> void expectNoGap(const char *what, Work work) {
         int least_ms = std::numeric_limits<int>::max();
-        for (int i = 0; i < 3 && least_ms > 100; ++i) {
+        for (int i = 0; i < 3 && least_ms > LongestGap_ms; ++i) {
             watchdog.takeLongest_ms();
             work();
             least_ms = std::min(least_ms, watchdog.takeLongest_ms());
         }
         std::cout << what << ": " << least_ms << " ms\n";
-        EXPECT_LE(least_ms, 100) << what;
+        EXPECT_LE(least_ms, LongestGap_ms) << what;
     }
     void save(const QString &address) {
         type("editIpAddress", address);
@@ -108,7 +116,7 @@ TEST_F(Waiting, TheEventLoopGoesOnInEachOperation) {
 }
 
 TEST_F(Waiting, TheEventLoopGoesOnWith16384CamerasAndJunk) {
-    forge(4, 4096);
+    forge(4, CamerasEach);
     openWindow();
     m_IsForging = true;
     QTimer timer;
@@ -121,7 +129,7 @@ TEST_F(Waiting, TheEventLoopGoesOnWith16384CamerasAndJunk) {
     expectNoGap("16384 cameras", [&] { refresh(); });
     timer.stop();
     const QTreeWidgetItem &last = *tree().topLevelItem(3);
-    ASSERT_GT(last.childCount(), 3000);
+    ASSERT_GT(last.childCount(), static_cast<int>(CamerasEach) * 3 / 4);
     EXPECT_EQ("Not checked yet", last.child(last.childCount() - 1)->text(Status));
     expectNoGap("their selection", [&] { select(tree().topLevelItem(0)->child(20)); });
 }
