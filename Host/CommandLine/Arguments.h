@@ -44,7 +44,6 @@ struct Arguments {
 
     // Of the command
     std::vector<std::string> cameras;
-    bool allCameras = false;
     std::optional<commissioning::Mode> mode;
     std::optional<commissioning::Address> address;
     std::optional<commissioning::Address> mask;
@@ -53,13 +52,14 @@ struct Arguments {
     double interval_s = 30; ///< of a watch
     std::string plan;       ///< file; empty for none, as the next
     std::string metrics;
-    bool redact = false;
-    std::string file; ///< of a plan, "-" for standard input or output; or of a report, empty for a name of its own
-    bool replacesFile = false;
-    unsigned maxFailures = 3; ///< of cameras, that end a plan; 0 for never
-    bool rollsBack = true;
-    std::string undone;    ///< id of a plan or change; empty for the last plan
-    bool isForced = false; ///< of an undo
+    std::string file;   ///< of a plan, "-" for standard input or output; or of a report, empty for a name of its own
+    std::string undone; ///< id of a plan or change; empty for the last plan
+    unsigned maxFailures = 3;  ///< of cameras, that end a plan; 0 for never
+    bool rollsBack = true;     ///< what a plan loses
+    bool allCameras = false;   ///< for a rescue
+    bool replacesFile = false; ///< at an export
+    bool redact = false;       ///< a report
+    bool isForced = false;     ///< of an undo
 };
 
 /// Either what to do, or the exit code of a run that is over: help, version or a mistake.
