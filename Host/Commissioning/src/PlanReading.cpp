@@ -63,7 +63,7 @@ private:
     }
 
     void add(const CDeviceInfo &device) {
-        if (!findByMac(m_Heard, propertyOf(device, PropertyMac).c_str()))
+        if (findByMac(m_Heard, propertyOf(device, PropertyMac).c_str()) == nullptr)
             m_Heard.push_back(device);
     }
 
@@ -72,7 +72,8 @@ private:
         std::vector<CDeviceInfo *> open;
         for (const PlanRecord &record : m_Outcome.records) {
             CDeviceInfo *const device = findByMac(m_Heard, record.change.camera.mac);
-            if (device && record.change.differs() && !storedAddressesOf(*device) && record.change.camera.stored)
+            if (device != nullptr && record.change.differs() && !storedAddressesOf(*device) &&
+                record.change.camera.stored)
                 open.push_back(device);
         }
         sideBySide(open.size(), m_Options.atOnce, [&](std::size_t i) { probe(m_Layer, *open[i]); });
