@@ -45,7 +45,7 @@ JournalEntry entryOf(const CQuorelGigEDeviceInfo &device, const char *what, cons
 
 Result undertake(const Context &context, const CQuorelGigEDeviceInfo &device, const char *what, const Settings &wanted,
                  const std::function<Result(const Context &)> &operation) {
-    const bool isStep = context.undertaking && std::strcmp(what, "temporary") != 0;
+    const bool isStep = context.undertaking != nullptr && std::strcmp(what, "temporary") != 0;
     if (!context.journal || isStep)
         return operation(context);
     std::optional<Undertaking> undertaking;
