@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 using namespace commissioning;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
@@ -202,11 +201,11 @@ TEST_F(JournalFile, ALockHasOneHolder) {
             for (int round = 0; round < 300; ++round) {
                 try {
                     const CameraLock lock(Mac);
-                    wrong += inside++ != 0;
+                    wrong += inside++ != 0 ? 1 : 0;
                     ++taken;
                     --inside;
                 } catch (const CameraBusy &busy) {
-                    wrong += busy.holder().id != getpid() && busy.holder().id != 0;
+                    wrong += busy.holder().id != getpid() && busy.holder().id != 0 ? 1 : 0;
                 }
             }
         });
