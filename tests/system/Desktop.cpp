@@ -166,7 +166,7 @@ void Desktop::lookForDialogs() {
     QPointer<QWidget> dialog = QApplication::activePopupWidget();
     if (!dialog)
         dialog = QApplication::activeModalWidget();
-    if (!dialog || !dialog->isVisible() || dialog->objectName() == "WaitBox")
+    if (dialog.isNull() || !dialog->isVisible() || dialog->objectName() == "WaitBox")
         return;
     answer(*dialog);
     if (dialog && dialog->isVisible()) {
