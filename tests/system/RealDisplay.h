@@ -64,7 +64,7 @@ public:
         if (pipe(ready) != 0)
             throw std::runtime_error("no pipe");
         m_Server.emplace(std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(ready[1]), "-screen", "0",
-                                                  "1024x768x24", "-nolisten", "tcp"});
+                                                  "1024x600x24", "-nolisten", "tcp"});
         close(ready[1]);
         std::FILE *const answer = fdopen(ready[0], "r");
         int number = 0;

@@ -7,6 +7,7 @@
 #include "support/NetworkMain.h"
 
 #include <QMenu>
+#include <QSettings>
 #include <QtTest>
 
 #include <future>
@@ -57,6 +58,24 @@ TEST_F(RealClicks, SaveForceAndClose) {
     ASSERT_TRUE(RealDisplay::xdotool("key alt+F4")); // which the window manager makes a request of
     EXPECT_TRUE(QTest::qWaitFor([this] { return !window().isVisible(); }, 20000));
     EXPECT_TRUE(reports.isEmpty()) << reports.join('\n').toStdString();
+}
+
+TEST_F(RealClicks, AddressesAreSeenOnASmallScreen) {
+    const QFont usual = QApplication::font();
+    open({cameraAt(1, "192.168.100.121/24", ",model=Camera Model Name 1234-56,name=left")});
+    for (const int points : {usual.pointSize(), 11, 14}) {
+        QFont font = usual;
+        font.setPointSize(points);
+        QApplication::setFont(font);
+        QSettings().clear();
+        openWindow();
+        const QFontMetrics metrics = tree().fontMetrics();
+        EXPECT_GE(tree().columnWidth(IpAddress), metrics.horizontalAdvance("192.168.100.121"));
+        EXPECT_LE(tree().columnViewportPosition(SubnetMask) + metrics.horizontalAdvance("255.255.255.0"),
+                  tree().viewport()->width());
+        EXPECT_LE(window().frameGeometry().width(), 1024);
+    }
+    QApplication::setFont(usual);
 }
 
 } // namespace

@@ -82,6 +82,8 @@ public:
     bool sizeColumnsOnce();
     /// What it is too narrow for all of its columns.
     int missingWidth() const;
+    /// Moves address and mask next to the models, which get what room is left, so that they are seen without scrolling.
+    void bringAddressesForward();
 
 signals:
     /// The user has entered a name for a device.
@@ -94,6 +96,8 @@ private:
     void setUsualColumnWidths();
     void applyFilter(QTreeWidgetItem &item) const;
     bool areColumnWidthsUsual() const;
+    /// Of the column with the models, for so many characters.
+    int nameWidth(int characters) const;
 
     RowIcons m_Icons;
     QHash<QString, QTreeWidgetItem *> m_DeviceRows; ///< by MAC address

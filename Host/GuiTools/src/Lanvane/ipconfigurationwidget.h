@@ -96,6 +96,7 @@ private:
     void restoreLayout();
     void saveLayout() const;
     void showAllColumnsOnce();
+    void widenWindow();
 
     // Refresh and rows
     void doRefresh();
