@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QPointer>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QSettings>
 #include <QTimer>
 #include <QtTest>
@@ -166,8 +167,9 @@ void Desktop::lookForDialogs() {
     QPointer<QWidget> dialog = QApplication::activePopupWidget();
     if (!dialog)
         dialog = QApplication::activeModalWidget();
-    if (dialog.isNull() || !dialog->isVisible() || dialog->objectName() == "WaitBox")
+    if (dialog.isNull() || !dialog->isVisible() || dialog->objectName() == "WaitBox" || dialog == m_Answered)
         return;
+    const QScopedValueRollback<QWidget *> answered(m_Answered, dialog.data()); // an answer may take its time
     answer(*dialog);
     if (dialog && dialog->isVisible()) {
         ADD_FAILURE() << "left open: " << describe(*dialog).toStdString();

@@ -26,7 +26,8 @@ constexpr int KeyRole = Qt::UserRole + 1; // an adapter's name or a device's MAC
 constexpr int HeaderVersion = 2;
 
 constexpr int OrderRole = Qt::UserRole + 2; // of a device's row, as it was added
-constexpr int MaxNameChars = 24;            // of a model, that a column makes room for
+constexpr int MinNameChars = 8;             // of a model, that a column makes room for
+constexpr int MaxNameChars = 24;
 
 /// Compares addresses as numbers, and shows signs and tool tips without keeping them.
 class Row : public QTreeWidgetItem {
@@ -354,8 +355,7 @@ bool DeviceTree::sizeColumnsOnce() {
     if (m_areColumnsSized || !areColumnWidthsUsual())
         return false;
     constexpr int Gap = 8; // between the texts of neighbouring columns
-    const int most =
-        MaxNameChars * fontMetrics().horizontalAdvance(QLatin1Char('0')) + 2 * indentation() + 2 * iconSize().width();
+    const int most = nameWidth(MaxNameChars);
     for (int column = 0; column < columnCount(); ++column) {
         resizeColumnToContents(column);
         const int width = columnWidth(column) + Gap;
@@ -363,6 +363,17 @@ bool DeviceTree::sizeColumnsOnce() {
     }
     m_areColumnsSized = true;
     return true;
+}
+
+int DeviceTree::nameWidth(int characters) const {
+    return characters * fontMetrics().horizontalAdvance(QLatin1Char('0')) + 2 * indentation() + 2 * iconSize().width();
+}
+
+void DeviceTree::bringAddressesForward() {
+    header()->moveSection(header()->visualIndex(ColIpAddress), 1);
+    header()->moveSection(header()->visualIndex(ColSubnetMask), 2);
+    const int left = viewport()->width() - columnWidth(ColIpAddress) - columnWidth(ColSubnetMask);
+    setColumnWidth(ColName, std::min(columnWidth(ColName), std::max(left, nameWidth(MinNameChars))));
 }
 
 int DeviceTree::missingWidth() const {

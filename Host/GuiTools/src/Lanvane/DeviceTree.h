@@ -94,6 +94,8 @@ public:
     bool sizeColumnsOnce();
     /// What it is too narrow for all of its columns.
     int missingWidth() const;
+    /// Moves address and mask next to the models, which get what room is left, so that they are seen without scrolling.
+    void bringAddressesForward();
 
 signals:
     /// The user has entered a name for a device.
@@ -106,6 +108,8 @@ private:
     void setUsualColumnWidths();
     void applyFilter(QTreeWidgetItem &item) const;
     bool areColumnWidthsUsual() const;
+    /// Of the column with the models, for so many characters.
+    int nameWidth(int characters) const;
 
     mutable RowIcons m_Icons;
     const Situation *m_Situation = nullptr;

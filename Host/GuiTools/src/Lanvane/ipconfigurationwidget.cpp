@@ -169,11 +169,19 @@ void IpConfigurationWidget::restoreLayout() {
     ui->splitter->restoreState(settings.value("splitter").toByteArray());
 }
 
-/// A window of the size it has before there are settings grows to what its first devices need.
+/// A window of the size it has before there are settings grows to what its first devices need, as far as the screen
+/// lets it.
 void IpConfigurationWidget::showAllColumnsOnce() {
-    const bool isNew = !QSettings().contains(QLatin1String(SettingsGroup) + "/size");
-    if (!ui->deviceTree->sizeColumnsOnce() || !isNew || window()->isMaximized())
+    if (!ui->deviceTree->sizeColumnsOnce())
         return;
+    const bool isNew = !QSettings().contains(QLatin1String(SettingsGroup) + "/size");
+    if (isNew && !window()->isMaximized())
+        widenWindow();
+    if (ui->deviceTree->missingWidth() > 0)
+        ui->deviceTree->bringAddressesForward();
+}
+
+void IpConfigurationWidget::widenWindow() {
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
     const int frame = window()->frameGeometry().width() - window()->width();
     const int wanted = std::min(window()->width() + ui->deviceTree->missingWidth(), screen.width() - frame);

@@ -108,6 +108,7 @@ private:
     void restoreLayout();
     void saveLayout() const;
     void showAllColumnsOnce();
+    void widenWindow();
 
     // Refresh and rows
     void doRefresh();
