@@ -423,7 +423,7 @@ void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
         QString notes = diagnosisText(*device, adapter);
         if (isAtTemporaryAddress(*device, surroundingsOf(item).isForced))
             notes += temporaryAddressText(*device);
-        notes += noticeText(DeviceTree::keyOf(item).mac);
+        notes += makeUsableText(*device, adapter) + noticeText(DeviceTree::keyOf(item).mac);
         setSelectionInfoText(deviceText(*device) + userDefinedNameText(*device) + notes);
         scrollSelectionInfo(!notes.isEmpty()); // to what is wrong
     } else if (adapter)
@@ -435,7 +435,7 @@ void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
 QString IpConfigurationWidget::noticeText(const QString &mac) const {
     return m_Notice.text.isEmpty() || !(m_Notice.mac.isEmpty() || m_Notice.mac == mac)
                ? QString()
-               : QStringLiteral("<p><b>Cancelled.</b> %1</p>").arg(richDeviceText(m_Notice.text));
+               : QStringLiteral("<p><b>%1</b> %2</p>").arg(m_Notice.title, richDeviceText(m_Notice.text));
 }
 
 void IpConfigurationWidget::setSelectionInfoText(const QString &richText) { ui->selectionInfo->setText(richText); }
@@ -458,6 +458,7 @@ void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
     QMenu menu(this);
     QAction *assign = menu.addAction(QStringLiteral("&Assign Temporary IP Address..."));
     connect(assign, SIGNAL(triggered()), this, SLOT(onAssignTemporaryIPAddress()));
+    addMakeUsable(menu);
     menu.addSeparator();
     const auto addCopy = [&](const char *title, const QString &text) {
         connect(menu.addAction(QLatin1String(title)), &QAction::triggered, [text] { copyText(text); });
@@ -469,6 +470,8 @@ void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
 }
 
 void IpConfigurationWidget::onSelectionInfo_linkActivated(const QString &link) {
+    if (link == QLatin1String(MakeUsableLink))
+        return makeUsable();
     if (m_BusyDepth > 0 || !m_Editor.device() || link != QLatin1String(KeepAddressLink))
         return;
     m_Editor.takeCurrentAddresses();
