@@ -166,9 +166,11 @@ void Desktop::lookForDialogs() {
     QPointer<QWidget> dialog = QApplication::activePopupWidget();
     if (!dialog)
         dialog = QApplication::activeModalWidget();
-    if (dialog.isNull() || !dialog->isVisible() || dialog->objectName() == "WaitBox")
+    if (dialog.isNull() || !dialog->isVisible() || dialog->objectName() == "WaitBox" || dialog == m_InHand)
         return;
+    QWidget *const before = std::exchange(m_InHand, dialog);
     answer(*dialog);
+    m_InHand = before;
     if (dialog && dialog->isVisible()) {
         ADD_FAILURE() << "left open: " << describe(*dialog).toStdString();
         dismiss(*dialog);

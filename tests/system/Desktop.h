@@ -107,6 +107,7 @@ private:
     std::deque<Expected> m_Expected;
     std::deque<Expected> m_Waits;
     Act m_Anything;
+    QWidget *m_InHand = nullptr; ///< the dialog that the user is at, who may take a while
 };
 
 // Dialogs.
