@@ -53,6 +53,8 @@ AddressMap::AddressMap(const commissioning::Adapter &adapter, const commissionin
     layout->addWidget(makeLegend());
     m_Current = addLabel(*layout, QString());
     m_State = addLabel(*layout, QString());
+    for (QLabel *label : {m_Current, m_State})
+        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // long names do not widen the map
     layout->addWidget(makePageRow());
     m_Table->setFocus();
 }
@@ -117,8 +119,9 @@ QWidget *AddressMap::makePageRow() {
     m_Range = addLabel(*layout, QString());
     m_Next = addButton(*layout, QStringLiteral("&Next"));
     layout->addStretch();
-    QPushButton *again = addButton(*layout, QStringLiteral("Ask &Again"));
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
+    QPushButton *again = buttons->addButton(QStringLiteral("Ask &Again"), QDialogButtonBox::ActionRole);
+    again->setAutoDefault(false);
     buttons->button(QDialogButtonBox::Cancel)->setAutoDefault(false);
     layout->addWidget(buttons);
     connect(m_Previous, &QPushButton::clicked, this, [this] { turn(-1); });
