@@ -87,7 +87,7 @@ TEST_F(Reason, FirewallHidesCamerasAndTheListenerListsThem) {
         menu.close();
     });
     QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, {});
-    QApplication::sendEvent(tree().viewport(), &menuKey);
+    QApplication::sendEvent(&tree(), &menuKey);
     picture("hidden");
     EXPECT_THAT(copyAndRun(), StartsWith("nft insert rule ip f in"));
     EXPECT_EQ("OK", cell(1, Status));

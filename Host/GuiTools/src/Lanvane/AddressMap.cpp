@@ -53,6 +53,8 @@ AddressMap::AddressMap(const commissioning::Adapter &adapter, const commissionin
     layout->addWidget(makeLegend());
     m_Current = addLabel(*layout, QString());
     m_State = addLabel(*layout, QString());
+    for (QLabel *label : {m_Current, m_State})
+        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // long names do not widen the map
     layout->addWidget(makePageRow());
     m_Table->setFocus();
 }
@@ -65,15 +67,16 @@ void AddressMap::setUpTable() {
     m_Table->setModel(m_Model.get());
     m_Table->setSelectionMode(QAbstractItemView::SingleSelection);
     m_Table->setTabKeyNavigation(false);
-    m_Table->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
-    m_Table->horizontalHeader()->hide();
-    constexpr int Padding = 10;
+    m_Table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_Table->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    constexpr int Padding = 8;
     const QFontMetrics metrics = m_Table->fontMetrics();
-    m_Table->horizontalHeader()->setMinimumSectionSize(
-        metrics.horizontalAdvance(QStringLiteral("%1 255").arg(AddressMapModel::legend()[0].sign)) + Padding);
-    m_Table->verticalHeader()->setMinimumSectionSize(metrics.lineSpacing() + Padding / 2);
+    const QSize cell(metrics.horizontalAdvance(AddressMapModel::legend()[0].sign + QStringLiteral("255")) + Padding,
+                     metrics.lineSpacing() + Padding / 2);
+    m_Table->setMinimumSize(cell * int{AddressMapModel::Side} + QSize(1, 1) * 2 * m_Table->frameWidth());
     for (QHeaderView *header : {m_Table->horizontalHeader(), m_Table->verticalHeader()}) {
-        header->setDefaultSectionSize(header->minimumSectionSize());
+        header->hide();
+        header->setMinimumSectionSize(1);
         header->setSectionResizeMode(QHeaderView::Stretch);
     }
     connect(m_Table, &QTableView::clicked, this, &AddressMap::pick);
@@ -89,7 +92,7 @@ QWidget *AddressMap::makeLegend() {
         const AddressMapModel::LegendEntry &entry = AddressMapModel::legend()[i];
         m_Signs[i] = addLabel(*layout, entry.sign);
         m_Signs[i]->setAlignment(Qt::AlignCenter);
-        m_Signs[i]->setFixedWidth(m_Table->verticalHeader()->minimumSectionSize());
+        m_Signs[i]->setFixedWidth(fontMetrics().lineSpacing() + 4);
         m_Signs[i]->setFrameShape(QFrame::StyledPanel);
         m_Signs[i]->setAutoFillBackground(true);
         addLabel(*layout, QLatin1String(entry.text));
@@ -116,8 +119,9 @@ QWidget *AddressMap::makePageRow() {
     m_Range = addLabel(*layout, QString());
     m_Next = addButton(*layout, QStringLiteral("&Next"));
     layout->addStretch();
-    QPushButton *again = addButton(*layout, QStringLiteral("Ask &Again"));
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
+    QPushButton *again = buttons->addButton(QStringLiteral("Ask &Again"), QDialogButtonBox::ActionRole);
+    again->setAutoDefault(false);
     buttons->button(QDialogButtonBox::Cancel)->setAutoDefault(false);
     layout->addWidget(buttons);
     connect(m_Previous, &QPushButton::clicked, this, [this] { turn(-1); });
@@ -128,9 +132,8 @@ QWidget *AddressMap::makePageRow() {
     });
     connect(buttons, &QDialogButtonBox::rejected, this, &AddressMap::reject);
     const bool hasPages = m_Model->hasPrevious() || m_Model->hasNext();
-    for (QWidget *widget :
-         {static_cast<QWidget *>(m_Previous), static_cast<QWidget *>(m_Range), static_cast<QWidget *>(m_Next)})
-        widget->setVisible(hasPages);
+    m_Previous->setVisible(hasPages);
+    m_Next->setVisible(hasPages);
     return row;
 }
 

@@ -85,7 +85,6 @@ AddressMapModel::AddressMapModel(const commissioning::Inventory &inventory, cons
 void AddressMapModel::turnTo(Address address) {
     m_First = address & PageMask;
     changed();
-    emit headerDataChanged(Qt::Vertical, 0, Side - 1);
 }
 
 bool AddressMapModel::hasPrevious() const { return m_First > (m_Subnet.address & m_Subnet.mask); }
@@ -152,7 +151,7 @@ QString AddressMapModel::textOf(Address address) const {
     const auto &entries = legend();
     const auto found =
         std::find_if(entries.begin(), entries.end(), [&](const LegendEntry &entry) { return entry.kind == kind; });
-    return QStringLiteral("%1 %2").arg(found->sign).arg(number);
+    return found->sign + number;
 }
 
 QVariant AddressMapModel::data(const QModelIndex &index, int role) const {
@@ -171,12 +170,6 @@ QVariant AddressMapModel::data(const QModelIndex &index, int role) const {
     default:
         return {};
     }
-}
-
-QVariant AddressMapModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (role != Qt::DisplayRole || orientation != Qt::Vertical)
-        return {};
-    return addressText(m_First + static_cast<Address>(section) * Side);
 }
 
 Qt::ItemFlags AddressMapModel::flags(const QModelIndex &index) const {

@@ -65,7 +65,6 @@ public:
     int rowCount(const QModelIndex &parent = {}) const override { return parent.isValid() ? 0 : int{Side}; }
     int columnCount(const QModelIndex &parent = {}) const override { return parent.isValid() ? 0 : int{Side}; }
     QVariant data(const QModelIndex &index, int role) const override;
-    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
 
 private:

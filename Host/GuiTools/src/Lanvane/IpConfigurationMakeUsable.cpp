@@ -95,7 +95,7 @@ void IpConfigurationWidget::followCancelledRescue(const MakeUsable &way, const c
     if (isForcedOnly)
         followCancelledForce();
     if (isForcedOnly && wasSent && way.isKept())
-        m_Notice.text += QStringLiteral(" It is not stored: the camera loses it when it restarts.");
+        m_Notice.text += QStringLiteral(" Nothing was stored.");
     showPatchedInfo(mac);
     updateEditor();
 }

@@ -55,7 +55,10 @@ MakeUsableDialog::MakeUsableDialog(const commissioning::RescuePlan &proposal, co
     layout->setSpacing(12);
     layout->addWidget(header);
     layout->addWidget(makeAddressRow());
-    setUpModes(*layout);
+    auto *modes = new QVBoxLayout;
+    modes->setSpacing(4);
+    setUpModes(*modes);
+    layout->addLayout(modes);
     layout->addWidget(m_Hint);
     layout->addWidget(buttons);
     layout->setSizeConstraint(QLayout::SetFixedSize);
@@ -82,6 +85,7 @@ QWidget *MakeUsableDialog::makeAddressRow() {
     map->setAutoDefault(false);
     connect(map, &QPushButton::clicked, this, &MakeUsableDialog::openMap);
     auto *row = new QHBoxLayout;
+    row->setSpacing(8);
     row->addWidget(m_Address, 1);
     row->addWidget(map);
     auto *label = new QLabel(QStringLiteral("IP &Address:"));
