@@ -14,13 +14,11 @@
 #include "ui_ipconfigurationwidget.h"
 
 #include <QAction>
-#include <QClipboard>
 #include <QCloseEvent>
 #include <QContextMenuEvent>
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QHostAddress>
-#include <QMenu>
 #include <QPointer>
 #include <QScreen>
 #include <QScrollBar>
@@ -48,11 +46,6 @@ public:
         return static_cast<Type>(type);
     }
 };
-
-void copyText(const QString &text) {
-    if (!text.isEmpty())
-        QGuiApplication::clipboard()->setText(text);
-}
 
 /// Gives the focus back at the end: a widget that is disabled loses it, for good. One that stays disabled leaves it to
 /// the other.
@@ -111,6 +104,9 @@ void IpConfigurationWidget::setUpTree() {
     connect(ui->deviceTree, SIGNAL(customContextMenuRequested(const QPoint &)), this,
             SLOT(onShowContextMenu(const QPoint &)));
     connect(ui->deviceTree, &QTreeWidget::currentItemChanged, this, &IpConfigurationWidget::onCurrentItemChanged);
+    // Later, when the current row has followed.
+    connect(ui->deviceTree, &QTreeWidget::itemSelectionChanged, this, &IpConfigurationWidget::onSelectionChanged,
+            Qt::QueuedConnection);
     connect(ui->editFilter, &QLineEdit::textChanged, ui->deviceTree, &DeviceTree::setFilter);
     connect(ui->deviceTree, &DeviceTree::nameEntered, this, &IpConfigurationWidget::renameDevice, Qt::QueuedConnection);
     connect(ui->selectionInfo, SIGNAL(linkActivated(const QString &)), this,
@@ -151,7 +147,7 @@ void IpConfigurationWidget::setUpShortcuts() {
     connect(unfilter, &QShortcut::activated, ui->editFilter, &QLineEdit::clear);
     auto *copy = new QShortcut(QKeySequence(QKeySequence::Copy), ui->deviceTree);
     copy->setContext(Qt::WidgetShortcut);
-    connect(copy, &QShortcut::activated, this, [this] { copyText(ui->deviceTree->currentRowText()); });
+    connect(copy, &QShortcut::activated, this, [this] { copySelected(); });
 }
 
 void IpConfigurationWidget::setUpEditor() {
@@ -365,7 +361,7 @@ IpConfigurationWidget::OptionalDevice IpConfigurationWidget::deviceOf(const QStr
 }
 
 IpConfigurationWidget::OptionalDevice IpConfigurationWidget::GetSelectedDeviceInfo() const {
-    return deviceOf(ui->deviceTree->currentItem());
+    return ui->deviceTree->hasSeveralSelected() ? std::nullopt : deviceOf(ui->deviceTree->currentItem());
 }
 
 const CNetworkAdapter *IpConfigurationWidget::GetSelectedNetworkAdapter() const {
@@ -417,6 +413,8 @@ void IpConfigurationWidget::onUpdated(const QString &mac, std::optional<commissi
 }
 
 void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
+    if (ui->deviceTree->hasSeveralSelected())
+        return setSelectionInfoText(severalDevicesText(ui->deviceTree->selectedMacs().size()));
     const OptionalDevice device = deviceOf(item);
     const CNetworkAdapter *adapter = GetNetworkAdapaterFromDeviceItem(item);
     if (device) {
@@ -449,24 +447,6 @@ void IpConfigurationWidget::scrollSelectionInfo(bool toEnd) {
 }
 
 void IpConfigurationWidget::setHintText(const QString &text) { ui->hintText->setText(text); }
-
-void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
-    QTreeWidgetItem *item = ui->deviceTree->itemAt(position);
-    if (!item || item->type() == DeviceTree::AdapterRow)
-        return;
-    Q_ASSERT_X(item->type() == DeviceTree::DeviceRow, "onShowContextMenu", "Unknown treeitem type");
-    QMenu menu(this);
-    QAction *assign = menu.addAction(QStringLiteral("&Assign Temporary IP Address..."));
-    connect(assign, SIGNAL(triggered()), this, SLOT(onAssignTemporaryIPAddress()));
-    menu.addSeparator();
-    const auto addCopy = [&](const char *title, const QString &text) {
-        connect(menu.addAction(QLatin1String(title)), &QAction::triggered, [text] { copyText(text); });
-    };
-    addCopy("&Copy Row", ui->deviceTree->currentRowText());
-    addCopy("Copy &IP Address", item->text(DeviceTree::ColIpAddress));
-    addCopy("Copy &MAC Address", item->text(DeviceTree::ColMac));
-    menu.exec(ui->deviceTree->viewport()->mapToGlobal(position));
-}
 
 void IpConfigurationWidget::onSelectionInfo_linkActivated(const QString &link) {
     if (m_BusyDepth > 0 || !m_Editor.device() || link != QLatin1String(KeepAddressLink))

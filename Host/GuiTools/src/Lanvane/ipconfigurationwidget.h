@@ -18,6 +18,8 @@
 #include <memory>
 #include <optional>
 
+class PlanTable;
+struct PlanOrder;
 class QLineEdit;
 class QRadioButton;
 namespace Ui {
@@ -44,9 +46,19 @@ public:
     static void fixupIpAddress(QString &address);
     static void fixupMacAddress(QString &mac);
 
+    bool isCameraSelected() const;
+    /// Whether the journal has a change that can be taken back.
+    bool canUndo() const;
+
 public slots:
     /// Lists adapters and devices anew.
     void refresh();
+    // Several cameras at a time, each in a window of its own (PlanWindow).
+    void configureSelected();
+    void openPlan();
+    /// Of the selected cameras when there are several, else of all.
+    void saveListAs();
+    void undoLastChange();
 
 protected:
     bool event(QEvent *event) override;
@@ -62,6 +74,8 @@ private slots:
     void on_editDefaultGateway_textEdited(const QString &text);
     void ipConfigurationEdited();
     void onCurrentItemChanged(QTreeWidgetItem *current, QTreeWidgetItem *previous);
+    /// Later than it changes: the current row has followed.
+    void onSelectionChanged();
     void onShowContextMenu(const QPoint &position);
     void onSelectionInfo_linkActivated(const QString &link);
     void onAssignTemporaryIPAddress();
@@ -110,6 +124,7 @@ private:
     QTreeWidgetItem *findAdapterTreeItem(const QString &name) const;
 
     // Selection
+    void copySelected(int column = -1) const; ///< \param column -1 for all
     const CNetworkAdapter *GetNetworkAdapterFromItemIndex(int index) const;
     OptionalDevice GetDeviceInfoFromItemIndex(int index) const;
     /// As the lister has it now.
@@ -170,6 +185,13 @@ private:
     bool unicastConfiguration(const QString &oldIpAddress);
     bool waitForDevice(const QString &mac);
 
+    // Several cameras (IpConfigurationPlans.cpp)
+    /// What is known of cameras and adapters.
+    commissioning::Inventory inventory() const;
+    /// Asks about unsaved changes. \returns whether there is nothing half-edited any more.
+    bool settleEditor();
+    void execPlan(PlanTable table, const PlanOrder &order);
+
     // Temporary address (IpConfigurationForceIp.cpp)
     /// What follows is about the selected device, or any on the selected adapter.
     void aimAtSelection();
@@ -196,6 +218,7 @@ private:
     commissioning::RediscoveryPatience m_Patience;
     commissioning::Journal m_Journal{commissioning::Journal::defaultPath()};
     int m_BusyDepth = 0; ///< operations that run
+    bool m_isShowingSeveral = false;
     /// How an operation that was cancelled has ended, shown below what is known of the device.
     struct Notice {
         QString mac; ///< empty: of all
