@@ -166,9 +166,11 @@ void Desktop::lookForDialogs() {
     QPointer<QWidget> dialog = QApplication::activePopupWidget();
     if (!dialog)
         dialog = QApplication::activeModalWidget();
-    if (dialog.isNull() || !dialog->isVisible() || dialog->objectName() == "WaitBox")
+    if (dialog.isNull() || !dialog->isVisible() || dialog->objectName() == "WaitBox" || m_InHand.contains(dialog))
         return;
+    m_InHand << dialog; // as long as this lasts, whatever events it waits for
     answer(*dialog);
+    m_InHand.removeLast();
     if (dialog && dialog->isVisible()) {
         ADD_FAILURE() << "left open: " << describe(*dialog).toStdString();
         dismiss(*dialog);

@@ -107,6 +107,7 @@ private:
     std::deque<Expected> m_Expected;
     std::deque<Expected> m_Waits;
     Act m_Anything;
+    QList<QWidget *> m_InHand; ///< dialogs that are being answered
 };
 
 // Dialogs.

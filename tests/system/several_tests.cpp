@@ -30,27 +30,33 @@ protected:
     void openWithTen(const std::string &settings = "") {
         Cameras cameras;
         for (unsigned i = 1; i <= 10; ++i)
-            cameras.push_back(cameraAt(i, "192.168.10." + std::to_string(139 + i) + "/24",
-                                       ",enabled=dhcp+lla,dhcp=192.168.10." + std::to_string(139 + i) + "/24" + settings));
+            cameras.push_back(
+                cameraAt(i, "192.168.10." + std::to_string(139 + i) + "/24",
+                         ",enabled=dhcp+lla,dhcp=192.168.10." + std::to_string(139 + i) + "/24" + settings));
         open(cameras);
     }
     void clickRow(unsigned camera, Qt::KeyboardModifiers modifiers = {}) {
         ++clicks;
-        tree().scrollToItem(row(camera));
-        QTest::mouseClick(tree().viewport(), Qt::LeftButton, modifiers, tree().visualItemRect(row(camera)).center());
+        QTest::mouseClick(tree().viewport(), Qt::LeftButton, modifiers, placeOf(camera));
         QCoreApplication::processEvents();
     }
-    /// The right mouse button in the row, then the entry.
-    void chooseFromMenu(unsigned camera, const char *first, const char *entry) {
+    QPoint placeOf(unsigned camera) {
+        tree().scrollToItem(row(camera));
+        return (tree().visualItemRect(row(camera)) & tree().viewport()->rect()).center();
+    }
+    /// The right mouse button in the row, then the entry "Configure Selected...", then what is done in its window.
+    void configureByMenu(unsigned camera, const Act &act) {
+        constexpr const char *Entry = "&Configure Selected...";
         clicks += 2;
-        expect(first, [=](QWidget &shown) {
+        expect(Entry, [=](QWidget &shown) {
             auto &menu = static_cast<QMenu &>(shown);
             for (QAction *action : menu.actions()) {
-                if (action->text() == entry)
+                if (action->text() == Entry)
                     QTest::mouseClick(&menu, Qt::LeftButton, {}, menu.actionGeometry(action).center());
             }
         });
-        const QPoint place = tree().visualItemRect(row(camera)).center();
+        expect("Configure Cameras: ", act);
+        const QPoint place = placeOf(camera);
         QContextMenuEvent event(QContextMenuEvent::Mouse, place, tree().viewport()->mapToGlobal(place));
         QApplication::sendEvent(tree().viewport(), &event);
     }
@@ -69,15 +75,14 @@ protected:
     QString stored() {
         QString text;
         for (unsigned i = 1; i <= 10; ++i)
-            text += QString::fromStdString(addressOf(i)).section('.', 3) +
-                    ((status(i).ipEnabled & 1U) != 0 ? "s " : "d ");
+            text +=
+                QString::fromStdString(addressOf(i)).section('.', 3) + ((status(i).ipEnabled & 1U) != 0 ? "s " : "d ");
         return text.trimmed();
     }
 
     int clicks = 0;
 };
 
-constexpr const char *ConfigureEntry = "&Configure Selected...";
 enum PlanCell { Address = 4, Deed = 8, Outcome = 9 };
 
 TEST_F(Several, TenBecomeStaticInEightClicksAndAreUndone) {
@@ -86,11 +91,11 @@ TEST_F(Several, TenBecomeStaticInEightClicksAndAreUndone) {
     clickRow(1);
     clickRow(10, Qt::ShiftModifier);
     EXPECT_THAT(info().toStdString(), HasSubstr("10 cameras are selected."));
-    expect("Configure Cameras: ", [&](QWidget &dialog) {
+    configureByMenu(5, [&](QWidget &dialog) {
         auto &start = *dialog.findChild<QLineEdit *>("planStart");
         EXPECT_EQ("192.168.10.2 192.168.10.2 192.168.10.11",
                   start.text() + " " + cell(dialog, 0, Address) + " " + cell(dialog, 9, Address));
-        EXPECT_TRUE(start.hasFocus());
+        EXPECT_EQ(&start, dialog.focusWidget());
         QTest::keyClicks(&start, "192.168.10.61"); // over the suggestion, which is selected
         EXPECT_EQ("Set to Static IP 192.168.10.70/24", cell(dialog, 9, Deed));
         clickIn(dialog, "planApply");
@@ -98,7 +103,6 @@ TEST_F(Several, TenBecomeStaticInEightClicksAndAreUndone) {
         EXPECT_EQ("Done", cell(dialog, 9, Outcome));
         clickIn(dialog, "planClose");
     });
-    chooseFromMenu(5, ConfigureEntry, ConfigureEntry);
     EXPECT_EQ("61s 62s 63s 64s 65s 66s 67s 68s 69s 70s", stored());
     EXPECT_EQ("192.168.10.70", Desktop::cell(10, IpAddress)); // the list is up to date
     EXPECT_LE(clicks, 8);
@@ -117,7 +121,7 @@ TEST_F(Several, TenBecomeStaticInEightClicksAndAreUndone) {
 
 TEST_F(Several, ACancelledApplicationSaysWhatWasDone) {
     openWithTen(",silence=700");
-    press(Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(&tree(), Qt::Key_A, Qt::ControlModifier);
     QCoreApplication::processEvents();
     expect("Configure Cameras: ", [&](QWidget &dialog) {
         QTest::keyClicks(dialog.findChild<QLineEdit *>("planStart"), "192.168.10.61");
@@ -202,11 +206,14 @@ TEST_F(Several, NothingIsHalfEditedWhenSeveralAreSelected) {
     refresh();
     EXPECT_THAT(info().toStdString(), HasSubstr("4 cameras are selected.")); // rows go by MAC
     type("editFilter", "192.168.10");
+    tree().setFocus();
     QTest::keyClick(&tree(), Qt::Key_C, Qt::ControlModifier); // those that are shown
     const QString copied = QGuiApplication::clipboard()->text();
-    EXPECT_EQ("3 1 3", QString("%1 %2 %3").arg(copied.count('\n') + 1).arg(copied.section('\t', 1, 1),
-                                                                      copied.section('\n', 2).section('\t', 1, 1)));
+    EXPECT_EQ("3 1 3", QString("%1 %2 %3")
+                           .arg(copied.count('\n') + 1)
+                           .arg(copied.section('\t', 1, 1), copied.section('\n', 2).section('\t', 1, 1)));
     type("editFilter", "");
+    EXPECT_FALSE(row(4)->isSelected());
     clickRow(2, Qt::ControlModifier);
     clickRow(3, Qt::ControlModifier);
     EXPECT_EQ("1 192.168.10.21", selected() + " " + text("editIpAddress")); // the one that is left

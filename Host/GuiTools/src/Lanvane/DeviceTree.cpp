@@ -203,11 +203,11 @@ void DeviceTree::restore(const View &view) {
 
 void DeviceTree::setFilter(const QString &text) {
     m_Filter = text.trimmed();
+    const QList<QTreeWidgetItem *> selected = selectedItems();
     for (QTreeWidgetItem *item : qAsConst(m_DeviceRows))
         applyFilter(*item);
-    const QList<QTreeWidgetItem *> selected = selectedItems();
-    for (QTreeWidgetItem *item : selected)
-        item->setSelected(selected.size() == 1 || !item->isHidden()); // nobody sees that it is one of several
+    for (QTreeWidgetItem *item : selected) // nobody sees that a hidden one is one of several
+        item->setSelected(selected.size() == 1 || !item->isHidden());
 }
 
 void DeviceTree::applyFilter(QTreeWidgetItem &item) const {

@@ -9,6 +9,7 @@
 #include "commissioning/Words.h"
 
 #include <QComboBox>
+#include <QGroupBox>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -17,6 +18,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
+#include <QStyle>
 #include <QTableView>
 
 #include <algorithm>
@@ -32,12 +34,6 @@ QLabel *plainLabel(const QString &text) {
     auto *label = new QLabel(text);
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
-    return label;
-}
-
-QLabel *buddyLabel(const char *text, QWidget *buddy) {
-    auto *label = new QLabel(QLatin1String(text));
-    label->setBuddy(buddy);
     return label;
 }
 
@@ -75,6 +71,8 @@ PlanWindow::PlanWindow(const PlanTools &tools, PlanTable table, const PlanOrder 
     m_pBar->setVisible(false);
     layout->addWidget(m_pBar);
     layout->addWidget(createButtons());
+    for (QWidget *widget : {m_pFields, static_cast<QWidget *>(m_pRemove)})
+        widget->setVisible(m_pModel->table().isEditable());
     connect(m_pModel, &PlanModel::changed, this, &PlanWindow::showState);
     connect(m_pView->selectionModel(), &QItemSelectionModel::currentChanged, this, &PlanWindow::showState);
     if (order.fills)
@@ -98,8 +96,7 @@ QLineEdit *PlanWindow::createField(const char *name, PlanColumn column) {
 }
 
 QWidget *PlanWindow::createFields() {
-    m_pFields = new QWidget;
-    m_pFields->setVisible(m_pModel->table().isEditable());
+    m_pFields = new QGroupBox(QStringLiteral("For All Cameras"));
     m_pMode = new QComboBox;
     m_pMode->setObjectName(QStringLiteral("planMode"));
     m_pMode->addItem(QStringLiteral("As listed"));
@@ -114,14 +111,17 @@ QWidget *PlanWindow::createFields() {
     connect(m_pStart, &QLineEdit::textEdited, this, &PlanWindow::fillAddresses);
     QLineEdit *mask = createField("planMask", PlanColumn::Mask);
     QLineEdit *gateway = createField("planGateway", PlanColumn::Gateway);
-    auto *row = new QHBoxLayout(m_pFields);
-    row->setContentsMargins({});
+    auto *grid = new QGridLayout(m_pFields);
     const std::pair<const char *, QWidget *> fields[] = {
-        {"For all: &Mode:", m_pMode}, {"&Start Address:", m_pStart}, {"Subnet Mas&k:", mask}, {"&Gateway:", gateway}};
-    for (const auto &[label, field] : fields) {
-        row->addWidget(buddyLabel(label, field));
-        row->addWidget(field, field == m_pMode ? 0 : 1);
+        {"&Mode:", m_pMode}, {"Subnet Mas&k:", mask}, {"&Start Address:", m_pStart}, {"&Gateway:", gateway}};
+    for (int i = 0; i < 4; ++i) {
+        auto *label = new QLabel(QLatin1String(fields[i].first));
+        label->setBuddy(fields[i].second);
+        grid->addWidget(label, i / 2, i % 2 * 2);
+        grid->addWidget(fields[i].second, i / 2, i % 2 * 2 + 1);
     }
+    grid->setColumnStretch(1, 1);
+    grid->setColumnStretch(3, 1);
     return m_pFields;
 }
 
@@ -142,6 +142,8 @@ QWidget *PlanWindow::createTable() {
     m_pView->horizontalHeader()->setHighlightSections(false);
     m_pView->horizontalHeader()->setStretchLastSection(true);
     m_pView->setColumnHidden(PlanModel::ColOutcome, true); // until there is one
+    for (int column = PlanModel::ColMode; column <= PlanModel::ColName; ++column)
+        m_pView->setColumnHidden(column, !m_pModel->table().isEditable()); // what will be done says it all
     return m_pView;
 }
 
@@ -159,7 +161,6 @@ QWidget *PlanWindow::createButtons() {
     };
     m_pRemove = add("planRemove", "&Remove Row", &PlanWindow::removeSelectedRows);
     m_pRemove->setToolTip(QStringLiteral("Leaves the selected cameras as they are"));
-    m_pRemove->setVisible(m_pModel->table().isEditable());
     row->addStretch(1);
     m_pApply = add("planApply", "&Apply", &PlanWindow::apply);
     m_pClose = add("planClose", "Close", &PlanWindow::reject);
@@ -174,7 +175,9 @@ void PlanWindow::sizeToContent() {
     m_pView->resizeColumnsToContents();
     int width = m_pView->verticalHeader()->sizeHint().width() + 8 * Gap;
     for (int column = 0; column < header.count(); ++column) {
-        header.resizeSection(column, std::min(header.sectionSize(column) + Gap, most));
+        const int sign = column == PlanModel::ColAddress ? style()->pixelMetric(QStyle::PM_SmallIconSize) + Gap
+                                                         : 0; // where most goes wrong
+        header.resizeSection(column, std::min(header.sectionSize(column) + Gap + sign, most));
         width += m_pView->isColumnHidden(column) ? 0 : header.sectionSize(column);
     }
     constexpr int LeastRows = 6;
