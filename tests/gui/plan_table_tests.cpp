@@ -116,8 +116,8 @@ TEST(PlanTable, SaysOfEachCellWhatIsWrong) {
                     true);
     EXPECT_EQ("Line 4, character 14: 'fixed' is no mode. The modes are static, dhcp and auto.\n", table.problems());
     EXPECT_EQ("There is no camera 'nobody'.", table.problem(1, PlanColumn::Camera));
-    EXPECT_EQ("02:5A:E3:00:00:02 nobody 3", table.text(2, PlanColumn::Camera) + " " + table.cameraText(1) + " " +
-                                                QString::number(table.number(1)));
+    EXPECT_EQ("02:5A:E3:00:00:02 nobody 3",
+              table.text(2, PlanColumn::Camera) + " " + table.cameraText(1) + " " + QString::number(table.number(1)));
     table.removeRow(1);
     table.setText(1, PlanColumn::Mode, "dhcp");
     EXPECT_FALSE(table.canBeApplied()); // the file must be right
