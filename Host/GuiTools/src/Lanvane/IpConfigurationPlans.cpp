@@ -3,8 +3,6 @@
 #include "Lanvane/IpConfigurationParts.h"
 #include "Lanvane/PlanWindow.h"
 #include "commissioning/AddressText.h"
-#include "commissioning/Search.h"
-#include "commissioning/Survey.h"
 #include "commissioning/Undo.h"
 #include "ui_ipconfigurationwidget.h"
 
@@ -56,12 +54,6 @@ QString problemText(const commissioning::Plan &plan) {
 }
 
 } // namespace
-
-commissioning::Inventory IpConfigurationWidget::inventory() const {
-    commissioning::Inventory inventory = commissioning::inventoryOf(m_pDeviceLister->devices());
-    inventory.adapters = commissioning::surveyAdapters();
-    return inventory;
-}
 
 bool IpConfigurationWidget::settleEditor() {
     if (!m_Editor.isSavePending())

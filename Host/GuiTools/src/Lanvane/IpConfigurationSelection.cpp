@@ -3,8 +3,6 @@
 #include "Lanvane/ipconfigurationwidget.h"
 #include "ui_ipconfigurationwidget.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QMenu>
 #include <QTimer>
 
@@ -28,12 +26,6 @@ void IpConfigurationWidget::onSelectionChanged() {
 
 bool IpConfigurationWidget::isCameraSelected() const { return !ui->deviceTree->selectedMacs().isEmpty(); }
 
-void IpConfigurationWidget::copySelected(int column) const {
-    const QString text = column < 0 ? ui->deviceTree->selectedText() : ui->deviceTree->selectedText(column);
-    if (!text.isEmpty())
-        QGuiApplication::clipboard()->setText(text);
-}
-
 void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
     const QTreeWidgetItem *item = ui->deviceTree->itemAt(position);
     if (!item || item->type() == DeviceTree::AdapterRow)
@@ -41,12 +33,14 @@ void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
     Q_ASSERT_X(item->type() == DeviceTree::DeviceRow, "onShowContextMenu", "Unknown treeitem type");
     QMenu menu(this);
     const bool isSeveral = ui->deviceTree->hasSeveralSelected();
-    if (isSeveral)
+    if (isSeveral) {
         connect(menu.addAction(QStringLiteral("&Configure Selected...")), &QAction::triggered, this,
                 &IpConfigurationWidget::configureSelected);
-    else
-        connect(menu.addAction(QStringLiteral("&Assign Temporary IP Address...")), SIGNAL(triggered()), this,
-                SLOT(onAssignTemporaryIPAddress()));
+    } else {
+        QAction *assign = menu.addAction(QStringLiteral("&Assign Temporary IP Address..."));
+        connect(assign, SIGNAL(triggered()), this, SLOT(onAssignTemporaryIPAddress()));
+        assign->setEnabled(deviceOf(item).has_value()); // not for one whose answers do not get through
+    }
     menu.addSeparator();
     const auto addCopy = [&](const char *one, const char *several, int column) {
         connect(menu.addAction(QLatin1String(isSeveral ? several : one)), &QAction::triggered, this,

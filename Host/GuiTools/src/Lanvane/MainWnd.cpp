@@ -8,8 +8,10 @@
 #include <QCloseEvent>
 #include <QDebug>
 #include <QGuiApplication>
+#include <QPushButton>
 #include <QScreen>
 #include <QSettings>
+#include <QStatusBar>
 
 namespace {
 
@@ -49,6 +51,7 @@ MainWnd::MainWnd(QWidget *parent, Qt::WindowFlags flags) : QMainWindow(parent, f
         menuHelp->removeAction(actionViewHelp);
         qDebug() << "View Help removed";
     }
+    setUpStatusBar();
     restoreGeometryFromSettings();
     connect(actionExit, SIGNAL(triggered()), this, SLOT(close()));
     connect(actionOpenPlan, &QAction::triggered, m_IpConfigWidget, &IpConfigurationWidget::openPlan);
@@ -58,6 +61,21 @@ MainWnd::MainWnd(QWidget *parent, Qt::WindowFlags flags) : QMainWindow(parent, f
     connect(menuCameras, &QMenu::aboutToShow, this, [this] {
         actionConfigureSelected->setEnabled(m_IpConfigWidget->isCameraSelected());
         actionUndoLastChange->setEnabled(m_IpConfigWidget->canUndo());
+    });
+}
+
+void MainWnd::setUpStatusBar() {
+    auto *summary = new QPushButton(this);
+    summary->setObjectName(QStringLiteral("btnSummary"));
+    summary->setFlat(true);
+    summary->setToolTip(QStringLiteral("Select the next row that needs attention"));
+    summary->hide(); // until there is something to say
+    statusBar()->addWidget(summary);
+    statusBar()->setSizeGripEnabled(false);
+    connect(summary, &QPushButton::clicked, m_IpConfigWidget, &IpConfigurationWidget::showNextInNeed);
+    connect(m_IpConfigWidget, &IpConfigurationWidget::summaryChanged, summary, [summary](const QString &text) {
+        summary->setText(text);
+        summary->setVisible(!text.isEmpty());
     });
 }
 

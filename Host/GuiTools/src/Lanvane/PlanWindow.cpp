@@ -5,7 +5,6 @@
 #include "commissioning/AddressText.h"
 #include "commissioning/Interaction.h"
 #include "commissioning/Search.h"
-#include "commissioning/Survey.h"
 #include "commissioning/Words.h"
 
 #include <QComboBox>
@@ -303,9 +302,7 @@ void PlanWindow::carryOut(const PlanReview &review, PlanOutcome *pOutcome, Inven
     options.isStopRequested = [this] { return m_Tools.operation.isCancelled(); };
     *pOutcome = commissioning::apply(m_Tools.layer, review, *pNow, &m_Tools.journal, options);
     try {
-        Inventory now = inventoryOf(search(m_Tools.layer));
-        now.adapters = surveyAdapters();
-        *pNow = std::move(now);
+        pNow->cameras = inventoryOf(search(m_Tools.layer)).cameras;
     } catch (...) {
         pOutcome->remark += " What is listed here is not up to date: " + failureText(std::current_exception());
     }

@@ -5,12 +5,13 @@
 #include "CorvoQtBase/errorhandling.h"
 #include "Lanvane/AddressRules.h"
 #include "Lanvane/AddressText.h"
-#include "Lanvane/DeviceSearch.h"
+#include "Lanvane/FindingText.h"
 #include "Lanvane/QIpAddressValidator.h"
 #include "Lanvane/QIpAddressWithNetmaskValidator.h"
 #include "Lanvane/QIpNetmaskValidator.h"
 #include "Lanvane/WaitIndication.h"
 #include "MinimalCorvo/TraceLog.h"
+#include "commissioning/DeviceInfos.h"
 #include "ui_ipconfigurationwidget.h"
 
 #include <QAction>
@@ -26,6 +27,7 @@
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QTimer>
+#include <QToolTip>
 
 #include <algorithm>
 
@@ -34,8 +36,6 @@ using namespace Corvo;
 namespace {
 
 constexpr const char *SettingsGroup = "MainWindow";
-
-const QNetworkInterface::InterfaceFlags RequiredFlags = QNetworkInterface::IsUp | QNetworkInterface::IsRunning;
 
 /// Starts the first refresh once the window is there.
 class DeferredInitialRefreshEvent : public QEvent {
@@ -47,21 +47,10 @@ public:
     }
 };
 
-/// Gives the focus back at the end: a widget that is disabled loses it, for good. One that stays disabled leaves it to
-/// the other.
-class FocusKeeper {
-public:
-    FocusKeeper(const QWidget &area, QWidget &other) : m_Widget(area.window()->focusWidget()), m_Other(other) {}
-    ~FocusKeeper() {
-        if (m_Widget)
-            (m_Widget->isEnabled() ? *m_Widget : m_Other).setFocus();
-    }
-    Q_DISABLE_COPY(FocusKeeper)
-
-private:
-    QPointer<QWidget> m_Widget;
-    QWidget &m_Other;
-};
+void copyText(const QString &text) {
+    if (!text.isEmpty())
+        QGuiApplication::clipboard()->setText(text);
+}
 
 } // namespace
 
@@ -100,6 +89,7 @@ IpConfigurationWidget::Busy::~Busy() {
 
 void IpConfigurationWidget::setUpTree() {
     restoreLayout();
+    ui->deviceTree->setSituation(&m_Situation);
     ui->deviceTree->installEventFilter(this);
     connect(ui->deviceTree, SIGNAL(customContextMenuRequested(const QPoint &)), this,
             SLOT(onShowContextMenu(const QPoint &)));
@@ -180,11 +170,19 @@ void IpConfigurationWidget::restoreLayout() {
     ui->splitter->restoreState(settings.value("splitter").toByteArray());
 }
 
-/// A window of the size it has before there are settings grows to what its first devices need.
+/// A window of the size it has before there are settings grows to what its first devices need, as far as the screen
+/// lets it.
 void IpConfigurationWidget::showAllColumnsOnce() {
-    const bool isNew = !QSettings().contains(QLatin1String(SettingsGroup) + "/size");
-    if (!ui->deviceTree->sizeColumnsOnce() || !isNew || window()->isMaximized())
+    if (!ui->deviceTree->sizeColumnsOnce())
         return;
+    const bool isNew = !QSettings().contains(QLatin1String(SettingsGroup) + "/size");
+    if (isNew && !window()->isMaximized())
+        widenWindow();
+    if (ui->deviceTree->missingWidth() > 0)
+        ui->deviceTree->bringAddressesForward();
+}
+
+void IpConfigurationWidget::widenWindow() {
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
     const int frame = window()->frameGeometry().width() - window()->width();
     const int wanted = std::min(window()->width() + ui->deviceTree->missingWidth(), screen.width() - frame);
@@ -247,77 +245,7 @@ void IpConfigurationWidget::closeEvent(QCloseEvent *event) {
     event->accept();
 }
 
-// Refresh and rows
-
-void IpConfigurationWidget::refresh() {
-    if (m_BusyDepth > 0)
-        return;
-    const Busy busy(m_BusyDepth);
-    guarded("Failed to enumerate devices", [this] { doRefresh(); });
-}
-
-void IpConfigurationWidget::on_btnRefresh_clicked() { refresh(); }
-
-void IpConfigurationWidget::doRefresh() {
-    if (checkSaveChanges() && !saveEdited()) {
-        showFailure(QStringLiteral("The configuration could not be saved.\nThe Refresh operation has been canceled."),
-                    QMessageBox::Ok);
-        return;
-    }
-    const FocusKeeper focus(*this, *ui->deviceTree);
-    const QSignalBlocker blocker(ui->deviceTree); // rows come and go without prompts
-    const DeviceTree::View view = ui->deviceTree->view();
-    closeDevice();
-    ui->deviceTree->clearRows();
-    m_Notice = {};
-    updateUiFromTreeItem(nullptr);
-    setSelectionInfoText(QStringLiteral("Searching for devices..."));
-    try {
-        fillTree(view);
-    } catch (const GenICam::GenericException &error) {
-        show(view);
-        setSelectionInfoText(searchFailedText(QString::fromUtf8(error.GetDescription())));
-        throw;
-    } catch (...) {
-        show(view);
-        throw;
-    }
-    show(view);
-}
-
-void IpConfigurationWidget::fillTree(const DeviceTree::View &view) {
-    m_NetworkAdapters = CNetworkAdapter::allNetworkAdapters(RequiredFlags, QNetworkInterface::IsLoopBack);
-    for (int i = 0; i < m_NetworkAdapters.size(); ++i)
-        UpdateTreeItemFromNetworkAdapter(ui->deviceTree->addAdapterRow(m_NetworkAdapters[i], i), &m_NetworkAdapters[i]);
-    if (m_NetworkAdapters.isEmpty())
-        return;
-    if (!searchDevices(view))
-        m_Notice.text = QStringLiteral("The search was cancelled: the list may not be complete or up to date.");
-    if (!m_pDeviceLister->devices().empty())
-        showAllColumnsOnce();
-}
-
-bool IpConfigurationWidget::searchDevices(const DeviceTree::View &view) {
-    DeviceTree &tree = *ui->deviceTree;
-    DeviceSearch search(m_Interaction.operation(), *m_pDeviceLister, m_pDeviceLister->Tl(),
-                        {[&](const CDeviceInfo &device) { tree.addDeviceRow(CQuorelGigEDeviceInfo(device)); },
-                         [&] {
-                             tree.sortRows();
-                             tree.restore(view);
-                         },
-                         [&](const CDeviceInfo &device) {
-                             const CQuorelGigEDeviceInfo judged(device);
-                             UpdateTreeItemFromDeviceInfo(tree.findDevice(macOf(judged)), &judged);
-                         }});
-    return m_Interaction.runSearch([&] { search.run(); });
-}
-
-void IpConfigurationWidget::show(const DeviceTree::View &view) {
-    ui->deviceTree->restore(view);
-    updateUiFromTreeItem(ui->deviceTree->currentItem());
-    if (m_NetworkAdapters.isEmpty())
-        setSelectionInfoText(noAdaptersText());
-}
+// Rows
 
 std::size_t IpConfigurationWidget::updateTreeRowFromDeviceInfoByMac(const QString &mac) {
     const OptionalDevice device = deviceOf(mac);
@@ -402,6 +330,10 @@ void IpConfigurationWidget::updateUiFromTreeItem(const QTreeWidgetItem *item) {
 }
 
 void IpConfigurationWidget::showPatchedInfo(const QString &mac) {
+    if (const OptionalDevice device = deviceOf(mac)) {
+        m_Situation.follow(*device);
+        takeSituation(std::move(m_Situation));
+    }
     updateTreeRowFromDeviceInfoByMac(mac);
     updateSelectionInfo(ui->deviceTree->currentItem());
 }
@@ -415,19 +347,26 @@ void IpConfigurationWidget::onUpdated(const QString &mac, std::optional<commissi
 void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
     if (ui->deviceTree->hasSeveralSelected())
         return setSelectionInfoText(severalDevicesText(ui->deviceTree->selectedMacs().size()));
+    const DeviceTree::RowKey key = DeviceTree::keyOf(item);
     const OptionalDevice device = deviceOf(item);
     const CNetworkAdapter *adapter = GetNetworkAdapaterFromDeviceItem(item);
     if (device) {
         QString notes = diagnosisText(*device, adapter);
         if (isAtTemporaryAddress(*device, surroundingsOf(item).isForced))
             notes += temporaryAddressText(*device);
-        notes += noticeText(DeviceTree::keyOf(item).mac);
-        setSelectionInfoText(deviceText(*device) + userDefinedNameText(*device) + notes);
-        scrollSelectionInfo(!notes.isEmpty()); // to what is wrong
-    } else if (adapter)
-        setSelectionInfoText(adapterText(*adapter) + noticeText(QString()));
+        showDeviceInfo(*device, notes + findingsText(m_Situation.ofCamera(key.mac)) + noticeText(key.mac));
+    } else if (const commissioning::Camera *hidden = m_Situation.hiddenCamera(key.mac))
+        showDeviceInfo(commissioning::infoOf(*hidden), findingsText(m_Situation.ofCamera(key.mac)));
+    else if (adapter)
+        setSelectionInfoText(adapterText(*adapter) + adapterFindingsText(m_Situation, adapter->name()) +
+                             noticeText(QString()));
     else
         setSelectionInfoText(noDevicesText() + noticeText(QString()));
+}
+
+void IpConfigurationWidget::showDeviceInfo(const CQuorelGigEDeviceInfo &device, const QString &notes) {
+    setSelectionInfoText(deviceText(device) + userDefinedNameText(device) + notes);
+    scrollSelectionInfo(!notes.isEmpty()); // to what is wrong
 }
 
 QString IpConfigurationWidget::noticeText(const QString &mac) const {
@@ -448,7 +387,15 @@ void IpConfigurationWidget::scrollSelectionInfo(bool toEnd) {
 
 void IpConfigurationWidget::setHintText(const QString &text) { ui->hintText->setText(text); }
 
+void IpConfigurationWidget::copySelected(int column) const {
+    copyText(column < 0 ? ui->deviceTree->selectedText() : ui->deviceTree->selectedText(column));
+}
+
 void IpConfigurationWidget::onSelectionInfo_linkActivated(const QString &link) {
+    const QString command = commandOf(link);
+    copyText(command);
+    if (!command.isEmpty())
+        QToolTip::showText(QCursor::pos(), QStringLiteral("Copied"), ui->selectionInfo);
     if (m_BusyDepth > 0 || !m_Editor.device() || link != QLatin1String(KeepAddressLink))
         return;
     m_Editor.takeCurrentAddresses();
