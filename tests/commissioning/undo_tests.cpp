@@ -252,6 +252,24 @@ TEST(UndoOf, FindsTheLastChange) {
                           lastChangeOf(macOf(3), entries));
     EXPECT_EQ("p", lastPlanIn(entries));
     EXPECT_EQ("", lastPlanIn({}));
+
+    const State other{Static, 22, ""};
+    entries.clear();
+    EXPECT_EQ("", lastStandingIn(entries));
+    const struct {
+        Change change;
+        const char *standing;
+    } steps[] = {{{"a", "", "set", 1, any, other}, "a"},
+                 {{"b", "p", "plan", 2, any, other}, "p"},
+                 {{"c", "", "force", 1, any, other}, "p"}, // nothing stored
+                 {{"d", "", "set", 1, any, any}, "p"},     // as it was
+                 {{"e", "q", "undo", 2, other, any, Fate::Failed, "p"}, "p"},
+                 {{"f", "r", "undo", 2, other, any, Fate::Done, "p"}, "a"},
+                 {{"g", "s", "undo", 1, other, any, Fate::Done, "a"}, ""}};
+    for (const auto &step : steps) {
+        entries.push_back(entryOf(step.change));
+        EXPECT_EQ(step.standing, lastStandingIn(entries)) << step.change.id;
+    }
 }
 
 } // namespace

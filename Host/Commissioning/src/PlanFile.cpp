@@ -1,5 +1,5 @@
 #include "CsvRows.h"
-#include "commissioning/AddressRules.h"
+#include "PlanCells.h"
 #include "commissioning/AddressText.h"
 #include "commissioning/Parsing.h"
 #include "commissioning/Plan.h"
@@ -16,31 +16,10 @@ namespace commissioning {
 namespace {
 
 constexpr std::size_t MaxCellBytes = 256; // more than any value takes
-constexpr std::size_t MaxNameBytes = 16;
 constexpr std::size_t MaxProblems = 200;
 constexpr const char *ColumnNames[PlanColumns] = {"camera", "mode", "address", "mask", "gateway", "name"};
-constexpr Mode Modes[] = {Mode::Static, Mode::Dhcp, Mode::Auto};
 
 std::size_t indexOf(PlanColumn column) { return static_cast<std::size_t>(column); }
-
-/// Without blanks around it, those that do not break included: spreadsheets and web pages leave them.
-std::string trimmed(std::string_view text) {
-    constexpr std::string_view blanks[] = {" ", "\t", "\r", "\n", "\u00A0", "\u202F", "\u200B", "\uFEFF"};
-    for (bool again = true; again;) {
-        again = false;
-        for (const std::string_view blank : blanks) {
-            const bool begins = text.substr(0, blank.size()) == blank;
-            const bool ends =
-                !begins && text.size() >= blank.size() && text.substr(text.size() - blank.size()) == blank;
-            text.remove_prefix(begins ? blank.size() : 0);
-            text.remove_suffix(ends ? blank.size() : 0);
-            again = again || begins || ends;
-        }
-    }
-    return std::string(text);
-}
-
-std::string quoted(const std::string &text) { return "'" + text + "'"; }
 
 /// What makes a file no text in UTF-8 at all; empty when it is one.
 std::string refusalOfFile(const std::string &text) {
@@ -161,60 +140,10 @@ private:
             return report(cell, "This cell belongs to no column.");
         if (text.size() > MaxCellBytes)
             return report(cell, "This cell is too long: " + std::to_string(text.size()) + " bytes.");
-        switch (*column) {
-        case PlanColumn::Camera:
-            pEntry->camera = text;
-            return;
-        case PlanColumn::Mode:
-            return takeMode(cell, text, pEntry);
-        case PlanColumn::IpAddress:
-            return takeAddress(cell, text, pEntry);
-        case PlanColumn::Mask:
-            return takeMask(cell, text, pEntry);
-        case PlanColumn::Gateway:
-            pEntry->gateway = read(cell, addressFrom(text), text, "an IPv4 address");
-            return;
-        case PlanColumn::Name:
-            return takeName(cell, cell.isQuoted ? cell.text : text, pEntry);
-        }
-    }
-
-    void takeMode(const CsvCell &cell, const std::string &text, PlanEntry *pEntry) {
-        const auto *const mode = std::find_if(std::begin(Modes), std::end(Modes),
-                                              [&](Mode each) { return strcasecmp(toText(each), text.c_str()) == 0; });
-        if (mode == std::end(Modes))
-            report(cell, quoted(text) + " is no mode. The modes are static, dhcp and auto.");
-        else
-            pEntry->mode = *mode;
-    }
-
-    void takeAddress(const CsvCell &cell, const std::string &text, PlanEntry *pEntry) {
-        const std::size_t slash = text.find('/');
-        pEntry->address = read(cell, addressFrom(trimmed(text.substr(0, slash))), text, "an IPv4 address");
-        if (pEntry->address && slash != std::string::npos)
-            takeMask(cell, trimmed(text.substr(slash)), pEntry);
-    }
-
-    /// A mask comes with the address, from a cell of its own, or both.
-    void takeMask(const CsvCell &cell, const std::string &text, PlanEntry *pEntry) {
-        const std::optional<Address> mask = read(cell, maskFrom(text), text, "a subnet mask");
-        if (mask && pEntry->mask && *mask != *pEntry->mask)
-            report(cell, "The mask and the prefix of the address differ.");
-        pEntry->mask = mask ? mask : pEntry->mask;
-    }
-
-    void takeName(const CsvCell &cell, const std::string &text, PlanEntry *pEntry) {
-        if (text.size() > MaxNameBytes)
-            report(cell, "The name has " + std::to_string(text.size()) + " bytes. At most 16 are possible.");
-        else
-            pEntry->name = text;
-    }
-
-    std::optional<Address> read(const CsvCell &cell, std::optional<Address> address, const std::string &text,
-                                const char *what) {
-        if (!address)
-            report(cell, quoted(text) + " is not " + what + ".");
-        return address;
+        const bool keepsBlanks = *column == PlanColumn::Name && cell.isQuoted;
+        const std::string problem = takePlanCell(keepsBlanks ? cell.text : text, *column, pEntry);
+        if (!problem.empty())
+            report(cell, problem);
     }
 
     void report(const CsvCell &cell, const std::string &text) {
@@ -246,7 +175,7 @@ PlanEntry entryOf(const Camera &camera) {
         entry.mask = stored.mask;
         entry.gateway = stored.gateway;
     }
-    if (!camera.name.empty() && camera.name.size() <= MaxNameBytes && isUtf8(camera.name))
+    if (!camera.name.empty() && camera.name.size() <= MaxPlanNameBytes && isUtf8(camera.name))
         entry.name = camera.name;
     return entry;
 }
@@ -258,8 +187,6 @@ std::string cellText(const std::string &text) {
     cell.resize(csv_write(cell.data(), cell.size(), text.data(), text.size()));
     return cell;
 }
-
-std::string cellText(const std::optional<Address> &address) { return address ? toText(*address) : ""; }
 
 } // namespace
 
@@ -276,10 +203,10 @@ Plan planOf(const Inventory &inventory) {
 
 std::string planText(const Plan &plan) {
     std::string text = "camera,mode,address,mask,gateway,name\n";
-    for (const PlanEntry &entry : plan.entries)
-        text += cellText(entry.camera) + "," + (entry.mode ? toText(*entry.mode) : "") + "," + cellText(entry.address) +
-                "," + cellText(entry.mask) + "," + cellText(entry.gateway) + "," + cellText(entry.name.value_or("")) +
-                "\n";
+    for (const PlanEntry &entry : plan.entries) {
+        for (std::size_t i = 0; i < PlanColumns; ++i)
+            text += cellText(planCell(entry, static_cast<PlanColumn>(i))) + (i + 1 < PlanColumns ? "," : "\n");
+    }
     return text;
 }
 

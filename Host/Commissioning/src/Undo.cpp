@@ -206,6 +206,15 @@ private:
     PlanEntry m_Entry;
 };
 
+/// Nothing was sent, or the camera was seen to have what it had before.
+bool isInVain(const JournalEntry &entry) {
+    const Snapshot &before = entry.before;
+    if (entry.fate == Fate::Failed && entry.path == Path::None)
+        return true;
+    return entry.after && entry.after->word == before.word && entry.after->name == before.name && entry.after->stored &&
+           before.stored && *entry.after->stored == *before.stored;
+}
+
 template <typename Predicate> const JournalEntry *lastWith(const Entries &entries, Predicate &&predicate) {
     const auto found = std::find_if(entries.rbegin(), entries.rend(), predicate);
     return found == entries.rend() ? nullptr : &*found;
@@ -221,6 +230,16 @@ std::string lastChangeOf(const std::string &mac, const std::vector<JournalEntry>
 std::string lastPlanIn(const std::vector<JournalEntry> &entries) {
     const auto *last = lastWith(entries, [](const auto &entry) { return !entry.plan.empty() && entry.what == "plan"; });
     return last ? last->plan : "";
+}
+
+std::string lastStandingIn(const std::vector<JournalEntry> &entries) {
+    const std::vector<bool> isUndone = undoneAmong(entries);
+    for (std::size_t i = entries.size(); i-- > 0;) {
+        const JournalEntry &entry = entries[i];
+        if (isStoring(entry) && !isUndone[i] && !isInVain(entry))
+            return entry.plan.empty() ? entry.id : entry.plan;
+    }
+    return "";
 }
 
 Undo undoOf(const std::string &id, const std::vector<JournalEntry> &entries, const Inventory &inventory,

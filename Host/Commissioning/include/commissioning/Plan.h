@@ -65,6 +65,13 @@ Plan planOf(const Inventory &inventory);
 /// else readPlan reads as it was.
 std::string planText(const Plan &plan);
 
+/// What stands in a cell, without quotes. What only an undo can ask for is left out.
+std::string planCell(const PlanEntry &entry, PlanColumn column);
+
+/// Takes what somebody has put into a cell, which is not empty, into the entry. An address may have a prefix length.
+/// \returns what is wrong with it, a sentence or two; empty when nothing is.
+std::string takePlanCell(const std::string &text, PlanColumn column, PlanEntry *pEntry);
+
 /// What a plan does to one camera.
 struct PlannedChange {
     Camera camera;                         ///< as it was found

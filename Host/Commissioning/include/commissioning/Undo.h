@@ -18,6 +18,10 @@ std::string lastChangeOf(const std::string &mac, const std::vector<JournalEntry>
 /// The last plan that was applied, undos aside. \returns its id; empty when there is none.
 std::string lastPlanIn(const std::vector<JournalEntry> &entries);
 
+/// What a user who takes back one step after the other takes back next: the last change or plan that has altered what
+/// cameras have stored and is not taken back yet. \returns its id; empty when there is none.
+std::string lastStandingIn(const std::vector<JournalEntry> &entries);
+
 /// Something that an undo does not restore.
 struct UndoLoss {
     std::string mac;

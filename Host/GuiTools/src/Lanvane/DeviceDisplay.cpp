@@ -132,6 +132,15 @@ QString noDevicesText() {
     return QStringLiteral("<p>No devices found!</p>Click <b>Refresh</b> or press <b>F5</b> to search for devices.");
 }
 
+QString severalDevicesText(int count) {
+    return QStringLiteral(
+               "<p><b>%1 cameras are selected.</b></p><p><b>Configure Selected...</b> in the context menu and "
+               "in the menu <b>Cameras</b> changes all of them in one go.</p><p><b>Ctrl+C</b> copies their "
+               "rows. <b>Save List As...</b> in the menu <b>File</b> saves them as a file.</p><p>Select one "
+               "camera to change it alone.</p>")
+        .arg(count);
+}
+
 QString noAdaptersText() {
     return QStringLiteral("<p>No active network networkAdapter found!</p><p>Please make sure your network adapters are "
                           "enabled and working correctly.</p>Click <b>Refresh</b> or press <b>F5</b> to refresh the "

@@ -72,6 +72,8 @@ QString searchFailedText(const QString &reason);
 QString adapterText(const CNetworkAdapter &adapter);
 /// The device's data.
 QString deviceText(const Corvo::CQuorelGigEDeviceInfo &device);
+/// That several are selected, and what can be done with them.
+QString severalDevicesText(int count);
 /// What is wrong with the device, empty when nothing is. \param adapter where it is listed; may be null.
 QString diagnosisText(const Corvo::CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter);
 /// That the device will lose its current address, with the link KeepAddressLink unless somebody else uses the device.

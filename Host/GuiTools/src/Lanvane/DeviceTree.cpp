@@ -6,6 +6,7 @@
 #include "commissioning/DeviceInfos.h"
 
 #include <QAction>
+#include <QEvent>
 #include <QHeaderView>
 #include <QHostAddress>
 #include <QLineEdit>
@@ -87,6 +88,7 @@ DeviceTree::DeviceTree(QWidget *parent) : QTreeWidget(parent) {
                      QStringLiteral("Subnet Mask"), QStringLiteral("Name")});
     setItemDelegate(new NameDelegate(*this));
     setEditTriggers(DoubleClicked | EditKeyPressed);
+    setSelectionMode(ExtendedSelection);
     setUpHeader();
     header()->setResizeContentsPrecision(100); // rows, as thousands would take their time
     setUsualColumnWidths();
@@ -245,12 +247,17 @@ QTreeWidgetItem *DeviceTree::nextNeedingAttention() const {
 // What the user sees
 
 DeviceTree::View DeviceTree::view() const {
-    return {keyOf(currentItem()), keyOf(itemAt(0, 0)), horizontalScrollBar()->value()};
+    return {keyOf(currentItem()), keyOf(itemAt(0, 0)), horizontalScrollBar()->value(),
+            hasSeveralSelected() ? selectedMacs() : QStringList()};
 }
 
 void DeviceTree::restore(const View &view) {
     QTreeWidgetItem *current = find(view.current);
     setCurrentItem(current ? current : topLevelItem(0)); // which scrolls to it
+    for (const QString &mac : view.selected) {
+        if (QTreeWidgetItem *row = findDevice(mac))
+            row->setSelected(true);
+    }
     if (QTreeWidgetItem *top = find(view.top))
         scrollToItem(top, PositionAtTop);
     horizontalScrollBar()->setValue(view.horizontal);
@@ -258,8 +265,11 @@ void DeviceTree::restore(const View &view) {
 
 void DeviceTree::setFilter(const QString &text) {
     m_Filter = text.trimmed();
+    const QList<QTreeWidgetItem *> selected = selectedItems();
     for (QTreeWidgetItem *item : qAsConst(m_DeviceRows))
         applyFilter(*item);
+    for (QTreeWidgetItem *item : selected) // nobody sees that a hidden one is one of several
+        item->setSelected(selected.size() == 1 || !item->isHidden());
 }
 
 void DeviceTree::applyFilter(QTreeWidgetItem &item) const {
@@ -269,15 +279,64 @@ void DeviceTree::applyFilter(QTreeWidgetItem &item) const {
     item.setHidden(!isShown);
 }
 
-QString DeviceTree::currentRowText() const {
-    const QTreeWidgetItem *item = currentItem();
-    QStringList cells;
-    for (int i = 0; i < columnCount() && item && item->type() == DeviceRow; ++i) {
-        const int column = header()->logicalIndex(i);
-        if (!isColumnHidden(column))
-            cells << item->text(column);
+// Selection
+
+std::vector<const QTreeWidgetItem *> DeviceTree::selectedDevices() const {
+    std::vector<const QTreeWidgetItem *> rows;
+    for (QTreeWidgetItemIterator i(const_cast<DeviceTree *>(this), QTreeWidgetItemIterator::Selected); *i; ++i) {
+        if ((*i)->type() == DeviceRow && !(*i)->isHidden())
+            rows.push_back(*i);
     }
-    return cells.join(QLatin1Char('\t'));
+    return rows;
+}
+
+QStringList DeviceTree::selectedMacs() const {
+    QStringList macs;
+    for (const QTreeWidgetItem *row : selectedDevices())
+        macs << keyTextOf(*row);
+    return macs;
+}
+
+std::vector<int> DeviceTree::visualColumns() const {
+    std::vector<int> columns;
+    for (int i = 0; i < columnCount(); ++i) {
+        if (!isColumnHidden(header()->logicalIndex(i)))
+            columns.push_back(header()->logicalIndex(i));
+    }
+    return columns;
+}
+
+QString DeviceTree::textOf(const std::vector<int> &columns) const {
+    QStringList lines;
+    for (const QTreeWidgetItem *row : selectedDevices()) {
+        QStringList cells;
+        for (const int column : columns)
+            cells << row->text(column);
+        lines << cells.join(QLatin1Char('\t'));
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
+void DeviceTree::settleSelection() {
+    if (hasSeveralSelected()) {
+        for (int i = 0; i < topLevelItemCount(); ++i)
+            topLevelItem(i)->setSelected(topLevelItem(i)->type() != AdapterRow && topLevelItem(i)->isSelected());
+    }
+    const QList<QTreeWidgetItem *> selected = selectedItems();
+    if (selected.isEmpty() && currentItem())
+        currentItem()->setSelected(true);
+    if (selected.size() == 1 && selected.first() != currentItem())
+        setCurrentItem(selected.first(), std::max(currentColumn(), 0), QItemSelectionModel::NoUpdate);
+}
+
+/// What is current but not selected would be in the editor without being marked. So Ctrl and an arrow key go to a row
+/// without selecting it only when several are selected.
+QItemSelectionModel::SelectionFlags DeviceTree::selectionCommand(const QModelIndex &index, const QEvent *event) const {
+    const auto command = QTreeWidget::selectionCommand(index, event);
+    const bool isKey = event && event->type() == QEvent::KeyPress;
+    return isKey && command == QItemSelectionModel::NoUpdate && !hasSeveralSelected()
+               ? QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows
+               : command;
 }
 
 void DeviceTree::sortBy(int column) {

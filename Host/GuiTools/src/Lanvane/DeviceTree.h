@@ -41,7 +41,8 @@ public:
     struct View {
         RowKey current;
         RowKey top;
-        int horizontal = 0; ///< scroll position in pixels
+        int horizontal = 0;   ///< scroll position in pixels
+        QStringList selected; ///< MAC addresses, when there are several
     };
 
     explicit DeviceTree(QWidget *parent = nullptr);
@@ -69,8 +70,16 @@ public:
     void sortBy(int column);
     /// After rows were added.
     void sortRows();
-    /// The current device's row, with tabs between the columns as they are shown; empty without one.
-    QString currentRowText() const;
+    /// Of the selected devices that are shown, in their order.
+    QStringList selectedMacs() const;
+    /// The same rows, a line each, with tabs between the columns as they are shown.
+    QString selectedText() const { return textOf(visualColumns()); }
+    /// The same of one column.
+    QString selectedText(int column) const { return textOf({column}); }
+    bool hasSeveralSelected() const { return selectedItems().size() > 1; }
+    /// After the user has changed the selection: adapters are none of several, some row is always selected, and one
+    /// that is selected alone is the current one.
+    void settleSelection();
 
     /// \param names several joined by ";", of which the first that has a row counts.
     QTreeWidgetItem *findAdapter(const QString &names) const;
@@ -97,6 +106,9 @@ public:
     /// Moves address and mask next to the models, which get what room is left, so that they are seen without scrolling.
     void bringAddressesForward();
 
+protected:
+    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex &index, const QEvent *event) const override;
+
 signals:
     /// The user has entered a name for a device.
     void nameEntered(const QString &mac, const QString &name);
@@ -107,6 +119,9 @@ private:
     void setUpHeader();
     void setUsualColumnWidths();
     void applyFilter(QTreeWidgetItem &item) const;
+    std::vector<const QTreeWidgetItem *> selectedDevices() const;
+    std::vector<int> visualColumns() const;
+    QString textOf(const std::vector<int> &columns) const;
     bool areColumnWidthsUsual() const;
     /// Of the column with the models, for so many characters.
     int nameWidth(int characters) const;

@@ -9,7 +9,7 @@ using namespace Corvo;
 using commissioning::Mode;
 
 void IpConfigurationWidget::fillEditor(const QTreeWidgetItem *item) {
-    const OptionalDevice device = deviceOf(item);
+    const OptionalDevice device = ui->deviceTree->hasSeveralSelected() ? std::nullopt : deviceOf(item);
     if (device)
         m_Editor.load(*device, surroundingsOf(item));
     else
@@ -50,7 +50,7 @@ void IpConfigurationWidget::checkModeButton() {
 }
 
 void IpConfigurationWidget::updateUiState(QTreeWidgetItem *item) {
-    const OptionalDevice device = deviceOf(item);
+    const OptionalDevice device = ui->deviceTree->hasSeveralSelected() ? std::nullopt : deviceOf(item);
     enableWidgets(device && !isInUse(*device));
     if (device && isInUse(*device))
         setHintText(QStringLiteral("The device is in use. Its configuration cannot be changed."));

@@ -54,6 +54,14 @@ MainWnd::MainWnd(QWidget *parent, Qt::WindowFlags flags) : QMainWindow(parent, f
     setUpStatusBar();
     restoreGeometryFromSettings();
     connect(actionExit, SIGNAL(triggered()), this, SLOT(close()));
+    connect(actionOpenPlan, &QAction::triggered, m_IpConfigWidget, &IpConfigurationWidget::openPlan);
+    connect(actionSaveListAs, &QAction::triggered, m_IpConfigWidget, &IpConfigurationWidget::saveListAs);
+    connect(actionConfigureSelected, &QAction::triggered, m_IpConfigWidget, &IpConfigurationWidget::configureSelected);
+    connect(actionUndoLastChange, &QAction::triggered, m_IpConfigWidget, &IpConfigurationWidget::undoLastChange);
+    connect(menuCameras, &QMenu::aboutToShow, this, [this] {
+        actionConfigureSelected->setEnabled(m_IpConfigWidget->isCameraSelected());
+        actionUndoLastChange->setEnabled(m_IpConfigWidget->canUndo());
+    });
 }
 
 void MainWnd::setUpStatusBar() {

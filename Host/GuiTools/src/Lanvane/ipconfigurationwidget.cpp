@@ -21,7 +21,6 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QHostAddress>
-#include <QMenu>
 #include <QPointer>
 #include <QScreen>
 #include <QScrollBar>
@@ -96,6 +95,9 @@ void IpConfigurationWidget::setUpTree() {
     connect(ui->deviceTree, SIGNAL(customContextMenuRequested(const QPoint &)), this,
             SLOT(onShowContextMenu(const QPoint &)));
     connect(ui->deviceTree, &QTreeWidget::currentItemChanged, this, &IpConfigurationWidget::onCurrentItemChanged);
+    // Later, when the current row has followed.
+    connect(ui->deviceTree, &QTreeWidget::itemSelectionChanged, this, &IpConfigurationWidget::onSelectionChanged,
+            Qt::QueuedConnection);
     connect(ui->editFilter, &QLineEdit::textChanged, ui->deviceTree, &DeviceTree::setFilter);
     connect(ui->deviceTree, &DeviceTree::nameEntered, this, &IpConfigurationWidget::renameDevice, Qt::QueuedConnection);
     connect(ui->selectionInfo, SIGNAL(linkActivated(const QString &)), this,
@@ -136,7 +138,7 @@ void IpConfigurationWidget::setUpShortcuts() {
     connect(unfilter, &QShortcut::activated, ui->editFilter, &QLineEdit::clear);
     auto *copy = new QShortcut(QKeySequence(QKeySequence::Copy), ui->deviceTree);
     copy->setContext(Qt::WidgetShortcut);
-    connect(copy, &QShortcut::activated, this, [this] { copyText(ui->deviceTree->currentRowText()); });
+    connect(copy, &QShortcut::activated, this, [this] { copySelected(); });
 }
 
 void IpConfigurationWidget::setUpEditor() {
@@ -288,7 +290,7 @@ IpConfigurationWidget::OptionalDevice IpConfigurationWidget::deviceOf(const QStr
 }
 
 IpConfigurationWidget::OptionalDevice IpConfigurationWidget::GetSelectedDeviceInfo() const {
-    return deviceOf(ui->deviceTree->currentItem());
+    return ui->deviceTree->hasSeveralSelected() ? std::nullopt : deviceOf(ui->deviceTree->currentItem());
 }
 
 const CNetworkAdapter *IpConfigurationWidget::GetSelectedNetworkAdapter() const {
@@ -344,6 +346,8 @@ void IpConfigurationWidget::onUpdated(const QString &mac, std::optional<commissi
 }
 
 void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
+    if (ui->deviceTree->hasSeveralSelected())
+        return setSelectionInfoText(severalDevicesText(ui->deviceTree->selectedMacs().size()));
     const DeviceTree::RowKey key = DeviceTree::keyOf(item);
     const OptionalDevice device = deviceOf(item);
     const CNetworkAdapter *adapter = GetNetworkAdapaterFromDeviceItem(item);
@@ -386,24 +390,8 @@ void IpConfigurationWidget::scrollSelectionInfo(bool toEnd) {
 
 void IpConfigurationWidget::setHintText(const QString &text) { ui->hintText->setText(text); }
 
-void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
-    QTreeWidgetItem *item = ui->deviceTree->itemAt(position);
-    if (!item || item->type() == DeviceTree::AdapterRow)
-        return;
-    Q_ASSERT_X(item->type() == DeviceTree::DeviceRow, "onShowContextMenu", "Unknown treeitem type");
-    QMenu menu(this);
-    QAction *assign = menu.addAction(QStringLiteral("&Assign Temporary IP Address..."));
-    connect(assign, SIGNAL(triggered()), this, SLOT(onAssignTemporaryIPAddress()));
-    assign->setEnabled(deviceOf(item).has_value()); // not for one whose answers do not get through
-    addMakeUsable(menu);
-    menu.addSeparator();
-    const auto addCopy = [&](const char *title, const QString &text) {
-        connect(menu.addAction(QLatin1String(title)), &QAction::triggered, [text] { copyText(text); });
-    };
-    addCopy("&Copy Row", ui->deviceTree->currentRowText());
-    addCopy("Copy &IP Address", item->text(DeviceTree::ColIpAddress));
-    addCopy("Copy &MAC Address", item->text(DeviceTree::ColMac));
-    menu.exec(ui->deviceTree->viewport()->mapToGlobal(position));
+void IpConfigurationWidget::copySelected(int column) const {
+    copyText(column < 0 ? ui->deviceTree->selectedText() : ui->deviceTree->selectedText(column));
 }
 
 void IpConfigurationWidget::onSelectionInfo_linkActivated(const QString &link) {

@@ -21,6 +21,8 @@
 #include <optional>
 
 class MakeUsable;
+class PlanTable;
+struct PlanOrder;
 class QLineEdit;
 class QMenu;
 class QRadioButton;
@@ -52,9 +54,19 @@ public:
     static void fixupIpAddress(QString &address);
     static void fixupMacAddress(QString &mac);
 
+    bool isCameraSelected() const;
+    /// Whether the journal has a change that can be taken back.
+    bool canUndo() const;
+
 public slots:
     /// Lists adapters and devices anew.
     void refresh();
+    // Several cameras at a time, each in a window of its own (PlanWindow).
+    void configureSelected();
+    void openPlan();
+    /// Of the selected cameras when there are several, else of all.
+    void saveListAs();
+    void undoLastChange();
     /// Selects the next row that needs attention, if one does.
     void showNextInNeed();
 
@@ -76,6 +88,8 @@ private slots:
     void on_editDefaultGateway_textEdited(const QString &text);
     void ipConfigurationEdited();
     void onCurrentItemChanged(QTreeWidgetItem *current, QTreeWidgetItem *previous);
+    /// Later than it changes: the current row has followed.
+    void onSelectionChanged();
     void onShowContextMenu(const QPoint &position);
     void onSelectionInfo_linkActivated(const QString &link);
     void onAssignTemporaryIPAddress();
@@ -129,6 +143,7 @@ private:
     QTreeWidgetItem *findAdapterTreeItem(const QString &name) const;
 
     // Selection
+    void copySelected(int column = -1) const; ///< \param column -1 for all
     const CNetworkAdapter *GetNetworkAdapterFromItemIndex(int index) const;
     OptionalDevice GetDeviceInfoFromItemIndex(int index) const;
     /// As the lister has it now.
@@ -191,6 +206,11 @@ private:
     bool unicastConfiguration(const QString &oldIpAddress);
     bool waitForDevice(const QString &mac);
 
+    // Several cameras (IpConfigurationPlans.cpp)
+    /// Asks about unsaved changes. \returns whether there is nothing half-edited any more.
+    bool settleEditor();
+    void execPlan(PlanTable table, const PlanOrder &order);
+
     // Temporary address (IpConfigurationForceIp.cpp)
     /// What follows is about the selected device, or any on the selected adapter.
     void aimAtSelection();
@@ -228,6 +248,7 @@ private:
     commissioning::RediscoveryPatience m_Patience;
     commissioning::Journal m_Journal{commissioning::Journal::defaultPath()};
     int m_BusyDepth = 0; ///< operations that run
+    bool m_isShowingSeveral = false;
     /// How an operation has ended, shown below what is known of the device.
     struct Notice {
         QString mac; ///< empty: of all

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "Lanvane/Operation.h"
+#include "Lanvane/PlanProgress.h"
+#include "Lanvane/PlanTable.h"
+#include "MinimalCorvoGigETL/IGigETransportLayer.h"
+#include "commissioning/Journal.h"
+
+#include <QDialog>
+
+#include <string>
+#include <vector>
+
+class PlanModel;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QProgressBar;
+class QPushButton;
+class QTableView;
+
+/// What a plan is applied with. All of it outlives the window.
+struct PlanTools {
+    Operation &operation;
+    Corvo::IGigETransportLayer &layer;
+    commissioning::Journal &journal;
+    commissioning::RediscoveryPatience patience;
+};
+
+/// What a plan is for.
+struct PlanOrder {
+    QString title;
+    QString note;       ///< plain text above the table; may be empty
+    bool fills = false; ///< begins with static addresses counting up from the suggested one
+    std::string what;   ///< for the journal
+    std::string undoes; ///< id of what it takes back; empty for none
+};
+
+/// The window of a plan: its table, edited and judged as one types, and its application with a progress bar and a
+/// result for each camera. What has failed differs still, so it is applied again with what the user has changed by
+/// then. GUI thread only; the application runs as an operation.
+class PlanWindow : public QDialog {
+    Q_OBJECT
+
+public:
+    PlanWindow(const PlanTools &tools, PlanTable table, const PlanOrder &order, QWidget *parent);
+    ~PlanWindow() override;
+
+    bool wasApplied() const { return m_wasApplied; }
+    /// MAC addresses of the cameras that were changed.
+    const std::vector<std::string> &doneCameras() const { return m_DoneCameras; }
+
+    /// Cancels while it is applied.
+    void reject() override;
+
+private slots:
+    void fillAddresses(const QString &start);
+    void apply();
+    void removeSelectedRows();
+
+private:
+    QWidget *createFields();
+    QWidget *createTable();
+    QWidget *createButtons();
+    QLineEdit *createField(const char *name, commissioning::PlanColumn column);
+    void chooseMode();
+    void showStart();
+    void sizeToContent();
+
+    void showState();
+    QString stateText() const;
+    QString rowText() const;
+    void setRunning(bool isRunning);
+    void showProgress(commissioning::PlanPhase phase, std::size_t done, std::size_t all);
+    /// On the operation's thread.
+    void carryOut(const commissioning::PlanReview &review, commissioning::PlanOutcome *pOutcome,
+                  commissioning::Inventory *pNow);
+    void showOutcome(const commissioning::PlanOutcome &outcome);
+
+    PlanTools m_Tools;
+    PlanOrder m_Order;
+    PlanModel *m_pModel;
+    QComboBox *m_pMode = nullptr;
+    QLineEdit *m_pStart = nullptr;
+    QWidget *m_pFields = nullptr;
+    QTableView *m_pView = nullptr;
+    QLabel *m_pMessage = nullptr;
+    QProgressBar *m_pBar = nullptr;
+    QPushButton *m_pRemove = nullptr;
+    QPushButton *m_pApply = nullptr;
+    QPushButton *m_pClose = nullptr;
+    PlanProgress m_Progress{0};
+    QString m_Summary; ///< of the last application; empty before
+    std::vector<std::string> m_DoneCameras;
+    bool m_isRunning = false;
+    bool m_wasApplied = false;
+};
