@@ -2,7 +2,6 @@
 
 #include "MinimalCorvo/TraceLog.h"
 #include "MinimalCorvoGigETL/TlFactory.h"
-#include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Selection.h"
 
@@ -44,18 +43,6 @@ void limitTo(const std::vector<std::string> &adapters, Inventory *pInventory) {
         return finding.camera.empty() ? !finding.adapter.empty() && isElsewhere(finding.adapter)
                                       : std::none_of(cameras.begin(), cameras.end(), isOfCamera);
     });
-}
-
-/// What the listener saw, as a search would have told it.
-void describe(const Camera &camera, Corvo::CQuorelGigEDeviceInfo *pDevice) {
-    std::uint32_t modes = 0;
-    for (const Mode mode : camera.modes)
-        modes |= wordOf(mode);
-    pDevice->SetPropertyValue("IpConfigOptions", std::to_string(modes).c_str());
-    if (camera.mode)
-        pDevice->SetPropertyValue("IpConfigCurrent", std::to_string(wordOf(*camera.mode)).c_str());
-    pDevice->SetIpAddress(toText(camera.address).c_str());
-    pDevice->SetUserDefinedName(camera.name.c_str());
 }
 
 } // namespace
@@ -100,12 +87,12 @@ void Session::search(DiagnosisOptions options) {
 Corvo::CQuorelGigEDeviceInfo Session::deviceOf(const std::string &mac) {
     if (const Corvo::CDeviceInfo *known = findByMac(m_Diagnosis.devices, mac))
         return *known;
-    Corvo::CQuorelGigEDeviceInfo device;
-    device.SetMacAddress(mac.c_str());
     for (const Camera &camera : m_Diagnosis.observation.cameras) {
         if (camera.mac == mac)
-            describe(camera, &device);
+            return infoOf(camera);
     }
+    Corvo::CQuorelGigEDeviceInfo device;
+    device.SetMacAddress(mac.c_str());
     return device;
 }
 

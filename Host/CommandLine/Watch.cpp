@@ -24,9 +24,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using WallClock = std::chrono::system_clock;
 
-/// What the programs of the host know of its firewall and connections is asked for that often.
-constexpr std::chrono::seconds HostAge{59};
-
 bool isReaderGone() {
     pollfd output{STDOUT_FILENO, 0, 0};
     return !std::cout || (poll(&output, 1, 0) > 0 && (output.revents & (POLLERR | POLLHUP | POLLNVAL)) != 0);
@@ -78,15 +75,10 @@ private:
         const Clock::time_point begin = Clock::now();
         DiagnosisOptions options;
         m_Recollection.attach(&options.search, begin);
-        if (m_HostAsked && begin - *m_HostAsked < HostAge)
-            options.earlier = &m_Host;
+        m_Host.attach(&options, begin);
         m_Session.search(std::move(options));
         const Observation &seen = m_Session.diagnosis().observation;
-        if (!m_HostAsked || begin - *m_HostAsked >= HostAge) {
-            m_HostAsked = begin;
-            m_Host.firewall = seen.firewall;
-            m_Host.connections = seen.connections;
-        }
+        m_Host.learn(seen);
         m_Measured.droppedAnswers += seen.overrun;
         m_Measured.searchDuration_s = secondsOf(Clock::now() - begin);
         m_Measured.lastSuccess_s = std::chrono::duration<double>(WallClock::now().time_since_epoch()).count();
@@ -192,8 +184,7 @@ private:
     Recollection m_Recollection;
     Watcher m_Watcher;
     Measurements m_Measured;
-    Observation m_Host; ///< what the host's programs told, and nothing else
-    std::optional<Clock::time_point> m_HostAsked;
+    HostRecollection m_Host;
     bool m_HasSnapshot = false;
     std::string m_SearchProblem;
     std::string m_MetricsProblem;

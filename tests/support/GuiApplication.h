@@ -10,12 +10,12 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
-/// An application as the product has it, off screen, with settings of its own and the C locale. No thread may run yet.
+/// An application as the product has it, with settings of its own and the C locale. No thread may run yet.
 class GuiApplication {
 public:
-    GuiApplication(int &argc, char **argv) {
+    GuiApplication(int &argc, char **argv, const char *platform = "offscreen") {
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_Settings.path());
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_QPA_PLATFORM", platform);
         qputenv("LC_ALL", "C"); // the application object sets the C library's locale from it
         QLocale::setDefault(QLocale::c());
         QCoreApplication::setApplicationName(QStringLiteral("Ostra Lanvane"));

@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QPointer>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QSettings>
 #include <QTimer>
 #include <QtTest>
@@ -107,6 +108,16 @@ void Desktop::press(Qt::Key key, Qt::KeyboardModifiers modifiers) {
     QTest::keyClick(focus ? focus : &window(), key, modifiers);
 }
 
+void Desktop::picture(const char *name, QWidget *dialog) {
+    const QString folder = qEnvironmentVariable("LANVANE_PICTURES");
+    if (folder.isEmpty())
+        return;
+    if (!dialog)
+        window().resize(std::max(window().width(), 1100), 480);
+    QTest::qWait(100); // for what is laid out later
+    EXPECT_TRUE((dialog ? *dialog : window()).grab().save(folder + "/" + name + ".png"));
+}
+
 void Desktop::awaitAdapters(int count) {
     EXPECT_TRUE(QTest::qWaitFor([&] {
         return CNetworkAdapter::allNetworkAdapters(QNetworkInterface::IsUp | QNetworkInterface::IsRunning,
@@ -166,11 +177,10 @@ void Desktop::lookForDialogs() {
     QPointer<QWidget> dialog = QApplication::activePopupWidget();
     if (!dialog)
         dialog = QApplication::activeModalWidget();
-    if (dialog.isNull() || !dialog->isVisible() || dialog->objectName() == "WaitBox" || dialog == m_InHand)
+    if (dialog.isNull() || !dialog->isVisible() || dialog->objectName() == "WaitBox" || dialog == m_Answered)
         return;
-    QWidget *const before = std::exchange(m_InHand, dialog);
+    const QScopedValueRollback<QWidget *> answered(m_Answered, dialog.data()); // an answer may take its time
     answer(*dialog);
-    m_InHand = before;
     if (dialog && dialog->isVisible()) {
         ADD_FAILURE() << "left open: " << describe(*dialog).toStdString();
         dismiss(*dialog);

@@ -8,6 +8,7 @@
 using namespace testnet;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -84,9 +85,7 @@ TEST_F(Finding, EachVerdictHasItsRowDiagnosisAndEditor) {
          "list by clicking <b>Refresh</b>.",
          true},
         {6, "Not Reachable", QStyle::SP_MessageBoxWarning, UnreachableText + possible, true},
-        {7,
-         "OK",
-         {},
+        {7, "OK", QStyle::SP_MessageBoxWarning,
          "<p>The network adapter and the device are currently not in the same subnet. Therefore, the device will "
          "currently not be visible to applications.</p><p>Make sure the device and the network adapter share the same "
          "network prefix and subnet mask.</p>",
@@ -103,8 +102,9 @@ TEST_F(Finding, EachVerdictHasItsRowDiagnosisAndEditor) {
             EXPECT_EQ(QApplication::style()->standardIcon(*expected.icon).pixmap(16, 16).toImage(),
                       icon.pixmap(16, 16).toImage());
         }
-        EXPECT_EQ(expected.diagnosis.isEmpty() ? QString() : ErrorImage + expected.diagnosis,
-                  info().section("</table></p>", 1));
+        const QString diagnosis = expected.diagnosis.isEmpty() ? QString() : ErrorImage + expected.diagnosis;
+        EXPECT_EQ(diagnosis, info().section("</table></p>", 1).left(diagnosis.size())); // findings follow
+        EXPECT_EQ(expected.diagnosis.isEmpty(), info().endsWith("</table></p>"));
         EXPECT_EQ(expected.diagnosis.isEmpty(),
                   the<QScrollArea>("selectionInfoArea").verticalScrollBar()->value() == 0);
         EXPECT_EQ(expected.editable, isEnabled("btnUseDhcp") && isEnabled("editIpAddress"));
@@ -133,14 +133,17 @@ TEST_F(Finding, NothingToListWithoutAdapters) {
     ip("link set nic1 down");
     refresh();
     EXPECT_THAT(rows(), ElementsAre());
-    EXPECT_EQ("<p>No active network networkAdapter found!</p><p>Please make sure your network adapters are enabled and "
-              "working correctly.</p>Click <b>Refresh</b> or press <b>F5</b> to refresh the list of adapters.",
-              info());
+    EXPECT_THAT(
+        info().toStdString(),
+        StartsWith(
+            "<p>No active network networkAdapter found!</p><p>Please make sure your network adapters are enabled "
+            "and working correctly.</p>Click <b>Refresh</b> or press <b>F5</b> to refresh the list of adapters."
+            "<p>Adapter nic0 is switched off.</p>"));
     EXPECT_EQ("", text("editIpAddress"));
     ip("link set nic0 up");
     awaitAdapters(1);
     refresh();
-    EXPECT_THAT(rows(), ElementsAre("nic0 ", "  Virtual Camera 1"));
+    EXPECT_THAT(rows(), ElementsAre("nic0 ", "  Virtual Camera 1", "nic1 (switched off) "));
 }
 
 TEST_F(Finding, RowOfACameraHeardTwiceAndOfOneWithoutAdapterRow) {

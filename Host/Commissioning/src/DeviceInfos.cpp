@@ -171,4 +171,28 @@ Camera cameraOf(const CQuorelGigEDeviceInfo &device) {
     return camera;
 }
 
+CQuorelGigEDeviceInfo infoOf(const Camera &camera) {
+    CQuorelGigEDeviceInfo device;
+    const auto set = [&](const char *name, const std::string &text) { device.SetPropertyValue(name, text.c_str()); };
+    set("VendorName", camera.vendor);
+    set("ModelName", camera.model);
+    set("SerialNumber", camera.serial);
+    set("UserDefinedName", camera.name);
+    set("SubnetMask", toText(camera.mask));
+    set("DefaultGateway", toText(camera.gateway));
+    device.SetMacAddress(camera.mac.c_str());
+    device.SetIpAddress(toText(camera.address).c_str());
+    std::string adapters;
+    for (const std::string &name : camera.adapters)
+        adapters += (adapters.empty() ? "" : ";") + name;
+    set(PropertyInterfaceName, adapters);
+    std::uint32_t modes = 0;
+    for (const Mode mode : camera.modes)
+        modes |= wordOf(mode);
+    set("IpConfigOptions", std::to_string(modes));
+    if (camera.mode)
+        set("IpConfigCurrent", std::to_string(camera.word != 0 ? camera.word : wordOf(*camera.mode)));
+    return device;
+}
+
 } // namespace commissioning

@@ -75,6 +75,21 @@ void Recollection::learn(const CDeviceInfo &device) {
     known.device = device;
 }
 
+void HostRecollection::attach(DiagnosisOptions *pOptions, Recollection::Time now) {
+    m_Now = now;
+    if (m_Asked && now - *m_Asked >= Age)
+        m_Asked.reset();
+    pOptions->earlier = m_Asked ? &m_Host : nullptr;
+}
+
+void HostRecollection::learn(const Observation &seen) {
+    if (m_Asked)
+        return;
+    m_Asked = m_Now;
+    m_Host.firewall = seen.firewall;
+    m_Host.connections = seen.connections;
+}
+
 Recollection::Time nextRound(Recollection::Time first, std::chrono::steady_clock::duration interval,
                              Recollection::Time now) {
     return first + ((now - first) / interval + 1) * interval;

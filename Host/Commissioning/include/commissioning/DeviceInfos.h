@@ -47,5 +47,7 @@ bool operator==(const StoredAddresses &a, const StoredAddresses &b);
 Corvo::CDeviceInfo *findByMac(Corvo::DeviceInfoList &devices, const std::string &mac);
 
 Camera cameraOf(const Corvo::CQuorelGigEDeviceInfo &device);
+/// What a search would have told of a camera that only lanvane-listen has heard; without a verdict.
+Corvo::CQuorelGigEDeviceInfo infoOf(const Camera &camera);
 
 } // namespace commissioning

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "commissioning/Search.h"
+#include "commissioning/Diagnosis.h"
 
 #include <chrono>
 #include <map>
@@ -33,6 +33,22 @@ private:
 
     Time m_Now;
     std::map<std::string, Known> m_Known; ///< by MAC; of the last minute
+};
+
+/// What the programs of the host tell of its firewall and connections, for searches that follow each other: they are
+/// run once a minute. Used by one search at a time.
+class HostRecollection {
+public:
+    /// Makes a search use what is known. It must outlive the search. \param now when the search begins.
+    void attach(DiagnosisOptions *pOptions, Recollection::Time now);
+    /// After the search.
+    void learn(const Observation &seen);
+    void forget() { m_Asked.reset(); }
+
+private:
+    Recollection::Time m_Now;
+    std::optional<Recollection::Time> m_Asked;
+    Observation m_Host; ///< what the programs told, and nothing else
 };
 
 /// When the round after \p now begins of those that began at \p first and are an interval apart: always in the future,

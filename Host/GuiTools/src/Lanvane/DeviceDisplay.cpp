@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QHostAddress>
+#include <QPainter>
 #include <QRegularExpression>
 #include <QStyle>
 
@@ -57,6 +58,22 @@ QIcon RowIcons::accessibility(EDeviceAccessiblityInfo verdict) {
         icon = QApplication::style()->standardIcon(verdict == Accessibility_Unknown ? QStyle::SP_MessageBoxCritical
                                                                                     : QStyle::SP_MessageBoxWarning);
     return icon;
+}
+
+QIcon RowIcons::adapterInNeed() {
+    if (!m_AdapterInNeed.isNull())
+        return m_AdapterInNeed;
+    const QIcon sign = accessibility(Accessibility_NotReachable);
+    for (const int size : {16, 20, 24, 32, 48, 64}) {
+        QPixmap pixmap(size, size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        adapter().paint(&painter, 0, 0, size, size);
+        const int part = size * 5 / 8;
+        sign.paint(&painter, size - part, size - part, part, part);
+        m_AdapterInNeed.addPixmap(pixmap);
+    }
+    return m_AdapterInNeed;
 }
 
 QString displayText(const CDeviceInfo &device, const char *property) { return GetUtf8Property(&device, property); }
@@ -206,16 +223,6 @@ QString deviceText(const CQuorelGigEDeviceInfo &device) {
 }
 
 const char *const KeepAddressLink = "#keep-address";
-const char *const MakeUsableLink = "#make-usable";
-
-QString makeUsableText(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter) {
-    const EDeviceAccessiblityInfo verdict = GetAccessibility(device);
-    const bool isMisplaced =
-        verdict == Accessibility_NotReachable || (verdict == Accessibility_Ok && !fitsAdapter(device, adapter));
-    return isMisplaced
-               ? QStringLiteral("<p><a href='%1'>Make this camera usable...</a></p>").arg(QLatin1String(MakeUsableLink))
-               : QString();
-}
 
 QString temporaryAddressText(const CQuorelGigEDeviceInfo &device) {
     const QString text = QStringLiteral("<p>Currently at the temporary address %1, which it loses when it restarts.")

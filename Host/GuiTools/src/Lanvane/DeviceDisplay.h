@@ -33,6 +33,8 @@ QString FormatAccessibility(Corvo::EDeviceAccessiblityInfo verdict);
 class RowIcons {
 public:
     QIcon adapter() { return ofFile(QStringLiteral("network_adapter")); }
+    /// The same with a warning sign.
+    QIcon adapterInNeed();
     /// The icon of a model's family, or the generic camera.
     QIcon model(const QString &modelName);
     /// The icon in the status column; null for a device in order.
@@ -43,6 +45,7 @@ private:
 
     QHash<QString, QIcon> m_OfFiles;
     QHash<int, QIcon> m_Accessibility;
+    QIcon m_AdapterInNeed;
 };
 
 /// A property as the device has it, "N/A" when it has none. What a device may choose itself must pass through
@@ -74,9 +77,6 @@ QString diagnosisText(const Corvo::CQuorelGigEDeviceInfo &device, const CNetwork
 /// That the device will lose its current address, with the link KeepAddressLink unless somebody else uses the device.
 QString temporaryAddressText(const Corvo::CQuorelGigEDeviceInfo &device);
 extern const char *const KeepAddressLink;
-/// What can be done when the device cannot be used where it is, as the link MakeUsableLink; else empty.
-QString makeUsableText(const Corvo::CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter);
-extern const char *const MakeUsableLink;
 
 /// Whether another application holds the device.
 bool isInUse(const Corvo::CDeviceInfo &device);

@@ -1,7 +1,9 @@
 #include "Lanvane/DeviceSearch.h"
 
 #include "Lanvane/DeviceDisplay.h"
-#include "commissioning/Search.h"
+#include "commissioning/Diagnosis.h"
+#include "commissioning/Survey.h"
+#include "gxapi/StopToken.h"
 
 #include <QElapsedTimer>
 
@@ -26,8 +28,10 @@ std::vector<DIPtrAndIndexPair> sorted(const DeviceInfoList &devices) {
 
 } // namespace
 
-DeviceSearch::DeviceSearch(Operation &operation, DeviceLister &lister, IGigETransportLayer &layer, Display display)
-    : m_Operation(operation), m_Lister(lister), m_Layer(layer), m_Display(std::move(display)) {}
+DeviceSearch::DeviceSearch(Operation &operation, DeviceLister &lister, IGigETransportLayer &layer, Display display,
+                           commissioning::DiagnosisOptions options)
+    : m_Operation(operation), m_Lister(lister), m_Layer(layer), m_Display(std::move(display)),
+      m_Options(std::move(options)) {}
 
 void DeviceSearch::run() {
     try {
@@ -36,17 +40,33 @@ void DeviceSearch::run() {
         if (!m_IsShown)
             show(m_Lister.devices());
         showAllVerdicts();
+        m_Diagnosis.observation.cameras = commissioning::inventoryOf(m_Lister.devices()).cameras;
+        m_Situation = Situation(std::move(m_Diagnosis), false);
         throw;
     }
     showAllVerdicts();
+    m_Diagnosis.devices = {}; // the lister has them
+    m_Situation = Situation(std::move(m_Diagnosis), true);
+}
+
+void DeviceSearch::runWithoutSearch() {
+    const Gx::CStopScope scope(m_Operation.token());
+    commissioning::Observation &observation = m_Diagnosis.observation;
+    observation.adapters = commissioning::surveyAdapters();
+    completeFromHost(observation, m_Options.earlier);
+    m_Diagnosis.findings = findingsOf(observation);
+    m_Situation = Situation(std::move(m_Diagnosis), true);
 }
 
 void DeviceSearch::search() {
-    commissioning::SearchOptions options;
-    options.found = [this](const DeviceInfoList &devices) { show(devices); };
-    options.judged = [this](const CDeviceInfo &device) { takeVerdict(device); };
+    m_Options.surveyed = [this](const std::vector<commissioning::Adapter> &adapters) {
+        m_Diagnosis.observation.adapters = adapters; // what there is of a search that is cancelled
+        m_Operation.onGui([&] { m_Display.survey(adapters); });
+    };
+    m_Options.search.found = [this](const DeviceInfoList &devices) { show(devices); };
+    m_Options.search.judged = [this](const CDeviceInfo &device) { takeVerdict(device); };
     const Gx::CStopScope scope(m_Operation.token());
-    commissioning::search(m_Layer, options);
+    m_Diagnosis = diagnose(m_Layer, m_Options);
 }
 
 void DeviceSearch::show(const DeviceInfoList &devices) {

@@ -2,6 +2,8 @@
 
 #include "CorvoQtBase/DeviceText.h"
 #include "Lanvane/DeviceLister.h"
+#include "Lanvane/FindingText.h"
+#include "commissioning/DeviceInfos.h"
 
 #include <QAction>
 #include <QHeaderView>
@@ -10,6 +12,7 @@
 #include <QScrollBar>
 #include <QSettings>
 #include <QStyledItemDelegate>
+#include <QTreeWidgetItemIterator>
 
 #include <algorithm>
 #include <memory>
@@ -23,12 +26,27 @@ constexpr int KeyRole = Qt::UserRole + 1; // an adapter's name or a device's MAC
 constexpr int HeaderVersion = 2;
 
 constexpr int OrderRole = Qt::UserRole + 2; // of a device's row, as it was added
-constexpr int MaxNameChars = 24;            // of a model, that a column makes room for
+constexpr int MinNameChars = 8;             // of a model, that a column makes room for
+constexpr int MaxNameChars = 24;
 
-/// Compares addresses as numbers.
+/// Compares addresses as numbers, and shows signs and tool tips without keeping them.
 class Row : public QTreeWidgetItem {
 public:
     using QTreeWidgetItem::QTreeWidgetItem;
+    QVariant data(int column, int role) const override {
+        const auto *tree = static_cast<const DeviceTree *>(treeWidget());
+        if (tree && role == Qt::ToolTipRole)
+            return tree->tipOf(DeviceTree::keyOf(this));
+        QVariant own = QTreeWidgetItem::data(column, role);
+        const bool isPlaceOfSign =
+            type() == DeviceTree::AdapterRow ? column == DeviceTree::ColName : column == DeviceTree::ColStatus;
+        if (!tree || !isPlaceOfSign || role != Qt::DecorationRole)
+            return own;
+        // A verdict has its own.
+        const bool hasSign = type() == DeviceTree::DeviceRow && !own.value<QIcon>().isNull();
+        const QVariant sign = hasSign ? QVariant() : tree->signOf(DeviceTree::keyOf(this));
+        return sign.isValid() ? sign : own;
+    }
     bool operator<(const QTreeWidgetItem &other) const override {
         const int column = treeWidget()->header()->sortIndicatorSection();
         if (!treeWidget()->header()->isSortIndicatorShown())
@@ -80,7 +98,7 @@ DeviceTree::~DeviceTree() { qDeleteAll(m_Discarded); }
 // Rows
 
 QTreeWidgetItem *DeviceTree::addAdapterRow(const CNetworkAdapter &adapter, int index) {
-    auto *item = new QTreeWidgetItem(this, AdapterRow);
+    auto *item = new Row(this, AdapterRow);
     item->setData(ColName, KeyRole, adapter.name());
     item->setData(ColName, IndexRole, index);
     return item;
@@ -106,6 +124,18 @@ void DeviceTree::addDeviceRow(const CQuorelGigEDeviceInfo &device) {
         applyFilter(*row);
 }
 
+void DeviceTree::addHiddenRow(const commissioning::Camera &camera) {
+    const CQuorelGigEDeviceInfo info = commissioning::infoOf(camera);
+    addDeviceRow(info);
+    QTreeWidgetItem &item = *findDevice(macOf(info));
+    item.setFlags(item.flags() & ~Qt::ItemIsEditable);
+    item.setText(ColStatus, QStringLiteral("Hidden"));
+    QFont font = item.font(ColName);
+    font.setItalic(true);
+    for (int column = ColName; column <= ColUserName; ++column)
+        item.setFont(column, font);
+}
+
 void DeviceTree::clearRows() {
     m_DeviceRows.clear();
     for (int i = 0; i < topLevelItemCount(); ++i)
@@ -123,7 +153,10 @@ void DeviceTree::freeDiscarded() {
 }
 
 void DeviceTree::showAdapter(QTreeWidgetItem &item, const CNetworkAdapter &adapter) {
-    item.setText(ColName, adapter.displayName());
+    const QString reason = idleReason(m_Situation ? m_Situation->adapter(adapter.name()) : nullptr);
+    item.setText(ColName, reason.isEmpty() ? adapter.displayName()
+                                           : QStringLiteral("%1 (%2)").arg(adapter.displayName(), reason));
+    item.setForeground(ColName, reason.isEmpty() ? QBrush() : palette().brush(QPalette::Disabled, QPalette::Text));
     item.setIcon(ColName, m_Icons.adapter());
     item.setFirstColumnSpanned(true);
     item.setExpanded(true);
@@ -142,10 +175,22 @@ void DeviceTree::showDevice(QTreeWidgetItem &item, const CQuorelGigEDeviceInfo &
     item.setText(ColIpConfiguration, formatIPConfigurationOf(device));
     item.setText(ColIpAddress, displayText(device.GetIpAddress()));
     item.setText(ColSubnetMask, displayText(device.GetSubnetMask()));
-    const QString name = plainDeviceText(userDefinedName(device));
-    item.setText(ColUserName, name);
-    for (int column = ColName; column <= ColUserName; ++column)
-        item.setToolTip(column, name.isEmpty() ? QString() : QStringLiteral("Name: %1").arg(name.toHtmlEscaped()));
+    item.setText(ColUserName, plainDeviceText(userDefinedName(device)));
+}
+
+QVariant DeviceTree::signOf(const RowKey &key) const {
+    if (!m_Situation || !m_Situation->needsAttention(key.mac, key.adapterName))
+        return {};
+    return key.mac.isEmpty() ? m_Icons.adapterInNeed() : m_Icons.accessibility(Accessibility_NotReachable);
+}
+
+QString DeviceTree::tipOf(const RowKey &key) const {
+    const QTreeWidgetItem *item = key.mac.isEmpty() ? nullptr : findDevice(key.mac);
+    const QString name = item ? item->text(ColUserName) : QString();
+    const QString tip = name.isEmpty() ? QString() : QStringLiteral("Name: %1").arg(name.toHtmlEscaped());
+    if (!m_Situation)
+        return tip;
+    return tip + findingsTip(item ? m_Situation->ofCamera(key.mac) : m_Situation->ofAdapter(key.adapterName));
 }
 
 // Look-up
@@ -178,6 +223,23 @@ int DeviceTree::adapterIndexOf(const QTreeWidgetItem *item) {
 QTreeWidgetItem *DeviceTree::find(const RowKey &key) const {
     QTreeWidgetItem *item = key.mac.isEmpty() ? nullptr : findDevice(key.mac);
     return item || key.adapterName.isEmpty() ? item : findAdapter(key.adapterName);
+}
+
+QTreeWidgetItem *DeviceTree::nextNeedingAttention() const {
+    const auto isInNeed = [this](const QTreeWidgetItem *item) {
+        const RowKey key = keyOf(item);
+        return m_Situation && m_Situation->needsAttention(key.mac, key.adapterName);
+    };
+    QTreeWidgetItem *first = nullptr;
+    bool isBehind = currentItem() == nullptr;
+    for (QTreeWidgetItemIterator i(const_cast<DeviceTree *>(this)); *i; ++i) {
+        if (isInNeed(*i) && isBehind)
+            return *i;
+        if (!first && isInNeed(*i))
+            first = *i;
+        isBehind = isBehind || *i == currentItem();
+    }
+    return first;
 }
 
 // What the user sees
@@ -293,8 +355,7 @@ bool DeviceTree::sizeColumnsOnce() {
     if (m_areColumnsSized || !areColumnWidthsUsual())
         return false;
     constexpr int Gap = 8; // between the texts of neighbouring columns
-    const int most =
-        MaxNameChars * fontMetrics().horizontalAdvance(QLatin1Char('0')) + 2 * indentation() + 2 * iconSize().width();
+    const int most = nameWidth(MaxNameChars);
     for (int column = 0; column < columnCount(); ++column) {
         resizeColumnToContents(column);
         const int width = columnWidth(column) + Gap;
@@ -302,6 +363,17 @@ bool DeviceTree::sizeColumnsOnce() {
     }
     m_areColumnsSized = true;
     return true;
+}
+
+int DeviceTree::nameWidth(int characters) const {
+    return characters * fontMetrics().horizontalAdvance(QLatin1Char('0')) + 2 * indentation() + 2 * iconSize().width();
+}
+
+void DeviceTree::bringAddressesForward() {
+    header()->moveSection(header()->visualIndex(ColIpAddress), 1);
+    header()->moveSection(header()->visualIndex(ColSubnetMask), 2);
+    const int left = viewport()->width() - columnWidth(ColIpAddress) - columnWidth(ColSubnetMask);
+    setColumnWidth(ColName, std::min(columnWidth(ColName), std::max(left, nameWidth(MinNameChars))));
 }
 
 int DeviceTree::missingWidth() const {

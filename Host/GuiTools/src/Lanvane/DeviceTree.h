@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Lanvane/DeviceDisplay.h"
+#include "Lanvane/Situation.h"
 
 #include <QHash>
 #include <QTimer>
@@ -46,10 +47,18 @@ public:
     explicit DeviceTree(QWidget *parent = nullptr);
     ~DeviceTree() override;
 
+    /// What it shows of what is wrong: signs and tool tips. \param situation not owned; refreshSigns after it changed.
+    void setSituation(const Situation *situation) { m_Situation = situation; }
+    void refreshSigns() { viewport()->update(); }
+    QVariant signOf(const RowKey &key) const;
+    QString tipOf(const RowKey &key) const;
+
     /// \param index of the adapter in its list.
     QTreeWidgetItem *addAdapterRow(const CNetworkAdapter &adapter, int index);
     /// Under the first adapter of those it was found through that has a row, else a row of its own.
     void addDeviceRow(const Corvo::CQuorelGigEDeviceInfo &device);
+    /// One that only the listener heard.
+    void addHiddenRow(const commissioning::Camera &camera);
     void clearRows();
     void showAdapter(QTreeWidgetItem &item, const CNetworkAdapter &adapter);
     void showDevice(QTreeWidgetItem &item, const Corvo::CQuorelGigEDeviceInfo &device);
@@ -71,6 +80,9 @@ public:
     /// Of an adapter's row; -1 for any other.
     static int adapterIndexOf(const QTreeWidgetItem *item);
 
+    /// The next row after the current one that needs attention, hidden by the filter or not; null when none does.
+    QTreeWidgetItem *nextNeedingAttention() const;
+
     View view() const;
     /// Selects and scrolls as it was. Where the row is gone its adapter's is selected, else the first.
     void restore(const View &view);
@@ -82,6 +94,8 @@ public:
     bool sizeColumnsOnce();
     /// What it is too narrow for all of its columns.
     int missingWidth() const;
+    /// Moves address and mask next to the models, which get what room is left, so that they are seen without scrolling.
+    void bringAddressesForward();
 
 signals:
     /// The user has entered a name for a device.
@@ -94,8 +108,11 @@ private:
     void setUsualColumnWidths();
     void applyFilter(QTreeWidgetItem &item) const;
     bool areColumnWidthsUsual() const;
+    /// Of the column with the models, for so many characters.
+    int nameWidth(int characters) const;
 
-    RowIcons m_Icons;
+    mutable RowIcons m_Icons;
+    const Situation *m_Situation = nullptr;
     QHash<QString, QTreeWidgetItem *> m_DeviceRows; ///< by MAC address
     QList<QTreeWidgetItem *> m_Discarded;           ///< of the list before, to be freed a few at a time
     QTimer m_Disposal;

@@ -2,12 +2,14 @@
 
 #include "Lanvane/IpConfigurationParts.h"
 #include "Lanvane/MakeUsable.h"
-#include "commissioning/Search.h"
+#include "commissioning/DeviceInfos.h"
 #include "commissioning/Survey.h"
 #include "ui_ipconfigurationwidget.h"
 
 #include <QHostAddress>
 #include <QMenu>
+
+#include <algorithm>
 
 using namespace Corvo;
 
@@ -25,14 +27,30 @@ QString doneText(const MakeUsable &way) {
 } // namespace
 
 void IpConfigurationWidget::addMakeUsable(QMenu &menu) {
-    const OptionalDevice device = GetSelectedDeviceInfo();
+    const OptionalDevice device = deviceToRescue();
     QAction *action = menu.addAction(QStringLiteral("Make &Usable..."));
     action->setEnabled(device && !isInUse(*device));
     connect(action, &QAction::triggered, this, &IpConfigurationWidget::makeUsable);
 }
 
+QString IpConfigurationWidget::makeUsableText(const QString &mac) const {
+    const auto &cameras = inventory().cameras;
+    const bool isNeeded = std::any_of(cameras.begin(), cameras.end(), [&](const commissioning::Camera &camera) {
+        return camera.mac == mac.toStdString() && needsRescue(camera, inventory());
+    });
+    return isNeeded
+               ? QStringLiteral("<p><a href='%1'>Make this camera usable...</a></p>").arg(QLatin1String(MakeUsableLink))
+               : QString();
+}
+
+IpConfigurationWidget::OptionalDevice IpConfigurationWidget::deviceToRescue() const {
+    const commissioning::Camera *hidden =
+        m_Situation.hiddenCamera(DeviceTree::keyOf(ui->deviceTree->currentItem()).mac);
+    return hidden ? commissioning::infoOf(*hidden) : GetSelectedDeviceInfo();
+}
+
 void IpConfigurationWidget::makeUsable() {
-    const OptionalDevice device = GetSelectedDeviceInfo();
+    const OptionalDevice device = deviceToRescue();
     if (!device || m_BusyDepth > 0)
         return;
     const Busy busy(m_BusyDepth);
@@ -41,7 +59,7 @@ void IpConfigurationWidget::makeUsable() {
     guarded("makeUsable", [&] {
         MakeUsable way(*this, m_Interaction, *device, m_Change.adapter);
         const bool isWanted = way.propose([this] {
-            commissioning::Inventory all = commissioning::inventoryOf(m_pDeviceLister->devices());
+            commissioning::Inventory all = inventory();
             all.adapters = commissioning::surveyAdapters();
             return all;
         });

@@ -8,8 +8,10 @@
 #include <QCloseEvent>
 #include <QDebug>
 #include <QGuiApplication>
+#include <QPushButton>
 #include <QScreen>
 #include <QSettings>
+#include <QStatusBar>
 
 namespace {
 
@@ -49,8 +51,24 @@ MainWnd::MainWnd(QWidget *parent, Qt::WindowFlags flags) : QMainWindow(parent, f
         menuHelp->removeAction(actionViewHelp);
         qDebug() << "View Help removed";
     }
+    setUpStatusBar();
     restoreGeometryFromSettings();
     connect(actionExit, SIGNAL(triggered()), this, SLOT(close()));
+}
+
+void MainWnd::setUpStatusBar() {
+    auto *summary = new QPushButton(this);
+    summary->setObjectName(QStringLiteral("btnSummary"));
+    summary->setFlat(true);
+    summary->setToolTip(QStringLiteral("Select the next row that needs attention"));
+    summary->hide(); // until there is something to say
+    statusBar()->addWidget(summary);
+    statusBar()->setSizeGripEnabled(false);
+    connect(summary, &QPushButton::clicked, m_IpConfigWidget, &IpConfigurationWidget::showNextInNeed);
+    connect(m_IpConfigWidget, &IpConfigurationWidget::summaryChanged, summary, [summary](const QString &text) {
+        summary->setText(text);
+        summary->setVisible(!text.isEmpty());
+    });
 }
 
 void MainWnd::restoreGeometryFromSettings() {

@@ -24,6 +24,7 @@ private slots:
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    void setUpStatusBar();
     void restoreGeometryFromSettings();
 
     IpConfigurationWidget *m_IpConfigWidget = nullptr;

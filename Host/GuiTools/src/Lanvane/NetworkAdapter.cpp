@@ -1,5 +1,7 @@
 #include "Lanvane/NetworkAdapter.h"
 
+#include "commissioning/Survey.h"
+
 #include <algorithm>
 
 namespace {
@@ -58,6 +60,41 @@ const CNetworkAdapter *CNetworkAdapter::findByIpAddress(const CNetworkAdapterLis
         if (ownsAddress(adapter, address))
             return &adapter;
     return nullptr;
+}
+
+CNetworkAdapterList usableAdapters() {
+    CNetworkAdapterList adapters = CNetworkAdapter::allNetworkAdapters(
+        QNetworkInterface::IsUp | QNetworkInterface::IsRunning, QNetworkInterface::IsLoopBack);
+    const auto end = std::stable_partition(adapters.begin(), adapters.end(), [](const CNetworkAdapter &adapter) {
+        return !firstIPv4Entry(&adapter).ip().isNull();
+    });
+    return end == adapters.begin() ? CNetworkAdapterList() : adapters;
+}
+
+CNetworkAdapterList idleAdapters(const std::vector<commissioning::Adapter> &all, const CNetworkAdapterList &listed) {
+    using commissioning::LinkKind;
+    const bool hasPhysical =
+        std::any_of(all.begin(), all.end(), [](const auto &adapter) { return adapter.kind == LinkKind::Physical; });
+    CNetworkAdapterList idle;
+    for (const commissioning::Adapter &adapter : all) {
+        const bool isAwaited = adapter.kind == (hasPhysical ? LinkKind::Physical : LinkKind::Virtual);
+        const QString name = QString::fromStdString(adapter.name);
+        const bool isListed =
+            std::any_of(listed.begin(), listed.end(), [&](const CNetworkAdapter &own) { return own.name() == name; });
+        if (isAwaited && !isListed && !adapter.isPort && adapter.canBroadcast && !isUsable(adapter))
+            idle.append(CNetworkAdapter(QNetworkInterface::interfaceFromName(name)));
+    }
+    return idle;
+}
+
+QString idleReason(const commissioning::Adapter *adapter) {
+    if (!adapter)
+        return {};
+    if (!adapter->isUp)
+        return QStringLiteral("switched off");
+    if (!adapter->hasCarrier)
+        return QStringLiteral("no link");
+    return adapter->addresses.empty() ? QStringLiteral("no IPv4 address") : QString();
 }
 
 QString FormatSubnetAddresses(const QList<QNetworkAddressEntry> &entries) {

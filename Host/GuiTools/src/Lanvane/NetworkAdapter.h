@@ -1,10 +1,14 @@
 #pragma once
 
+#include "commissioning/Inventory.h"
+
 #include <QHostAddress>
 #include <QList>
 #include <QNetworkAddressEntry>
 #include <QNetworkInterface>
 #include <QString>
+
+#include <vector>
 
 class CNetworkAdapter;
 using CNetworkAdapterList = QList<CNetworkAdapter>;
@@ -33,6 +37,15 @@ private:
     QString m_strDisplayName;
     QString m_strHardwareName;
 };
+
+/// The adapters that cameras can be found through; those that have IPv6 addresses only follow them. Empty when there
+/// is none to be used.
+CNetworkAdapterList usableAdapters();
+/// The adapters that a cable may be in, but that no search can leave through, without those in \p listed. They are the
+/// physical ones; where there is none, as in a container, those that stand for them.
+CNetworkAdapterList idleAdapters(const std::vector<commissioning::Adapter> &all, const CNetworkAdapterList &listed);
+/// Why no search leaves through an adapter, in two or three words; empty when it does, and for null.
+QString idleReason(const commissioning::Adapter *adapter);
 
 /// The first IPv4 entry of an adapter; one without addresses when there is none, as for null.
 QNetworkAddressEntry firstIPv4Entry(const CNetworkAdapter *adapter);

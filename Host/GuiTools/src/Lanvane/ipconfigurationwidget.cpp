@@ -5,12 +5,14 @@
 #include "CorvoQtBase/errorhandling.h"
 #include "Lanvane/AddressRules.h"
 #include "Lanvane/AddressText.h"
-#include "Lanvane/DeviceSearch.h"
+#include "Lanvane/FindingText.h"
+#include "Lanvane/IpConfigurationParts.h"
 #include "Lanvane/QIpAddressValidator.h"
 #include "Lanvane/QIpAddressWithNetmaskValidator.h"
 #include "Lanvane/QIpNetmaskValidator.h"
 #include "Lanvane/WaitIndication.h"
 #include "MinimalCorvo/TraceLog.h"
+#include "commissioning/DeviceInfos.h"
 #include "ui_ipconfigurationwidget.h"
 
 #include <QAction>
@@ -28,6 +30,7 @@
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QTimer>
+#include <QToolTip>
 
 #include <algorithm>
 
@@ -36,8 +39,6 @@ using namespace Corvo;
 namespace {
 
 constexpr const char *SettingsGroup = "MainWindow";
-
-const QNetworkInterface::InterfaceFlags RequiredFlags = QNetworkInterface::IsUp | QNetworkInterface::IsRunning;
 
 /// Starts the first refresh once the window is there.
 class DeferredInitialRefreshEvent : public QEvent {
@@ -53,22 +54,6 @@ void copyText(const QString &text) {
     if (!text.isEmpty())
         QGuiApplication::clipboard()->setText(text);
 }
-
-/// Gives the focus back at the end: a widget that is disabled loses it, for good. One that stays disabled leaves it to
-/// the other.
-class FocusKeeper {
-public:
-    FocusKeeper(const QWidget &area, QWidget &other) : m_Widget(area.window()->focusWidget()), m_Other(other) {}
-    ~FocusKeeper() {
-        if (m_Widget)
-            (m_Widget->isEnabled() ? *m_Widget : m_Other).setFocus();
-    }
-    Q_DISABLE_COPY(FocusKeeper)
-
-private:
-    QPointer<QWidget> m_Widget;
-    QWidget &m_Other;
-};
 
 } // namespace
 
@@ -107,6 +92,7 @@ IpConfigurationWidget::Busy::~Busy() {
 
 void IpConfigurationWidget::setUpTree() {
     restoreLayout();
+    ui->deviceTree->setSituation(&m_Situation);
     ui->deviceTree->installEventFilter(this);
     connect(ui->deviceTree, SIGNAL(customContextMenuRequested(const QPoint &)), this,
             SLOT(onShowContextMenu(const QPoint &)));
@@ -184,11 +170,19 @@ void IpConfigurationWidget::restoreLayout() {
     ui->splitter->restoreState(settings.value("splitter").toByteArray());
 }
 
-/// A window of the size it has before there are settings grows to what its first devices need.
+/// A window of the size it has before there are settings grows to what its first devices need, as far as the screen
+/// lets it.
 void IpConfigurationWidget::showAllColumnsOnce() {
-    const bool isNew = !QSettings().contains(QLatin1String(SettingsGroup) + "/size");
-    if (!ui->deviceTree->sizeColumnsOnce() || !isNew || window()->isMaximized())
+    if (!ui->deviceTree->sizeColumnsOnce())
         return;
+    const bool isNew = !QSettings().contains(QLatin1String(SettingsGroup) + "/size");
+    if (isNew && !window()->isMaximized())
+        widenWindow();
+    if (ui->deviceTree->missingWidth() > 0)
+        ui->deviceTree->bringAddressesForward();
+}
+
+void IpConfigurationWidget::widenWindow() {
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
     const int frame = window()->frameGeometry().width() - window()->width();
     const int wanted = std::min(window()->width() + ui->deviceTree->missingWidth(), screen.width() - frame);
@@ -251,77 +245,7 @@ void IpConfigurationWidget::closeEvent(QCloseEvent *event) {
     event->accept();
 }
 
-// Refresh and rows
-
-void IpConfigurationWidget::refresh() {
-    if (m_BusyDepth > 0)
-        return;
-    const Busy busy(m_BusyDepth);
-    guarded("Failed to enumerate devices", [this] { doRefresh(); });
-}
-
-void IpConfigurationWidget::on_btnRefresh_clicked() { refresh(); }
-
-void IpConfigurationWidget::doRefresh() {
-    if (checkSaveChanges() && !saveEdited()) {
-        showFailure(QStringLiteral("The configuration could not be saved.\nThe Refresh operation has been canceled."),
-                    QMessageBox::Ok);
-        return;
-    }
-    const FocusKeeper focus(*this, *ui->deviceTree);
-    const QSignalBlocker blocker(ui->deviceTree); // rows come and go without prompts
-    const DeviceTree::View view = ui->deviceTree->view();
-    closeDevice();
-    ui->deviceTree->clearRows();
-    m_Notice = {};
-    updateUiFromTreeItem(nullptr);
-    setSelectionInfoText(QStringLiteral("Searching for devices..."));
-    try {
-        fillTree(view);
-    } catch (const GenICam::GenericException &error) {
-        show(view);
-        setSelectionInfoText(searchFailedText(QString::fromUtf8(error.GetDescription())));
-        throw;
-    } catch (...) {
-        show(view);
-        throw;
-    }
-    show(view);
-}
-
-void IpConfigurationWidget::fillTree(const DeviceTree::View &view) {
-    m_NetworkAdapters = CNetworkAdapter::allNetworkAdapters(RequiredFlags, QNetworkInterface::IsLoopBack);
-    for (int i = 0; i < m_NetworkAdapters.size(); ++i)
-        UpdateTreeItemFromNetworkAdapter(ui->deviceTree->addAdapterRow(m_NetworkAdapters[i], i), &m_NetworkAdapters[i]);
-    if (m_NetworkAdapters.isEmpty())
-        return;
-    if (!searchDevices(view))
-        m_Notice.text = QStringLiteral("The search was cancelled: the list may not be complete or up to date.");
-    if (!m_pDeviceLister->devices().empty())
-        showAllColumnsOnce();
-}
-
-bool IpConfigurationWidget::searchDevices(const DeviceTree::View &view) {
-    DeviceTree &tree = *ui->deviceTree;
-    DeviceSearch search(m_Interaction.operation(), *m_pDeviceLister, m_pDeviceLister->Tl(),
-                        {[&](const CDeviceInfo &device) { tree.addDeviceRow(CQuorelGigEDeviceInfo(device)); },
-                         [&] {
-                             tree.sortRows();
-                             tree.restore(view);
-                         },
-                         [&](const CDeviceInfo &device) {
-                             const CQuorelGigEDeviceInfo judged(device);
-                             UpdateTreeItemFromDeviceInfo(tree.findDevice(macOf(judged)), &judged);
-                         }});
-    return m_Interaction.runSearch([&] { search.run(); });
-}
-
-void IpConfigurationWidget::show(const DeviceTree::View &view) {
-    ui->deviceTree->restore(view);
-    updateUiFromTreeItem(ui->deviceTree->currentItem());
-    if (m_NetworkAdapters.isEmpty())
-        setSelectionInfoText(noAdaptersText());
-}
+// Rows
 
 std::size_t IpConfigurationWidget::updateTreeRowFromDeviceInfoByMac(const QString &mac) {
     const OptionalDevice device = deviceOf(mac);
@@ -406,6 +330,10 @@ void IpConfigurationWidget::updateUiFromTreeItem(const QTreeWidgetItem *item) {
 }
 
 void IpConfigurationWidget::showPatchedInfo(const QString &mac) {
+    if (const OptionalDevice device = deviceOf(mac)) {
+        m_Situation.follow(*device);
+        takeSituation(std::move(m_Situation));
+    }
     updateTreeRowFromDeviceInfoByMac(mac);
     updateSelectionInfo(ui->deviceTree->currentItem());
 }
@@ -417,19 +345,28 @@ void IpConfigurationWidget::onUpdated(const QString &mac, std::optional<commissi
 }
 
 void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
+    const DeviceTree::RowKey key = DeviceTree::keyOf(item);
     const OptionalDevice device = deviceOf(item);
     const CNetworkAdapter *adapter = GetNetworkAdapaterFromDeviceItem(item);
     if (device) {
         QString notes = diagnosisText(*device, adapter);
         if (isAtTemporaryAddress(*device, surroundingsOf(item).isForced))
             notes += temporaryAddressText(*device);
-        notes += makeUsableText(*device, adapter) + noticeText(DeviceTree::keyOf(item).mac);
-        setSelectionInfoText(deviceText(*device) + userDefinedNameText(*device) + notes);
-        scrollSelectionInfo(!notes.isEmpty()); // to what is wrong
-    } else if (adapter)
-        setSelectionInfoText(adapterText(*adapter) + noticeText(QString()));
+        showDeviceInfo(*device, notes + findingsText(m_Situation.ofCamera(key.mac)) + makeUsableText(key.mac) +
+                                    noticeText(key.mac));
+    } else if (const commissioning::Camera *hidden = m_Situation.hiddenCamera(key.mac))
+        showDeviceInfo(commissioning::infoOf(*hidden),
+                       findingsText(m_Situation.ofCamera(key.mac)) + makeUsableText(key.mac) + noticeText(key.mac));
+    else if (adapter)
+        setSelectionInfoText(adapterText(*adapter) + adapterFindingsText(m_Situation, adapter->name()) +
+                             noticeText(QString()));
     else
         setSelectionInfoText(noDevicesText() + noticeText(QString()));
+}
+
+void IpConfigurationWidget::showDeviceInfo(const CQuorelGigEDeviceInfo &device, const QString &notes) {
+    setSelectionInfoText(deviceText(device) + userDefinedNameText(device) + notes);
+    scrollSelectionInfo(!notes.isEmpty()); // to what is wrong
 }
 
 QString IpConfigurationWidget::noticeText(const QString &mac) const {
@@ -458,6 +395,7 @@ void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
     QMenu menu(this);
     QAction *assign = menu.addAction(QStringLiteral("&Assign Temporary IP Address..."));
     connect(assign, SIGNAL(triggered()), this, SLOT(onAssignTemporaryIPAddress()));
+    assign->setEnabled(deviceOf(item).has_value()); // not for one whose answers do not get through
     addMakeUsable(menu);
     menu.addSeparator();
     const auto addCopy = [&](const char *title, const QString &text) {
@@ -472,6 +410,10 @@ void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
 void IpConfigurationWidget::onSelectionInfo_linkActivated(const QString &link) {
     if (link == QLatin1String(MakeUsableLink))
         return makeUsable();
+    const QString command = commandOf(link);
+    copyText(command);
+    if (!command.isEmpty())
+        QToolTip::showText(QCursor::pos(), QStringLiteral("Copied"), ui->selectionInfo);
     if (m_BusyDepth > 0 || !m_Editor.device() || link != QLatin1String(KeepAddressLink))
         return;
     m_Editor.takeCurrentAddresses();

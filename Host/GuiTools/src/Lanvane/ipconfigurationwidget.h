@@ -4,10 +4,12 @@
 #include "Lanvane/DeviceTree.h"
 #include "Lanvane/EditorState.h"
 #include "Lanvane/NetworkAdapter.h"
+#include "Lanvane/Situation.h"
 #include "Lanvane/WindowInteraction.h"
 #include "commissioning/Change.h"
 #include "commissioning/Connection.h"
 #include "commissioning/Journal.h"
+#include "commissioning/Recollection.h"
 #include "commissioning/Result.h"
 
 #include <QHash>
@@ -38,6 +40,10 @@ public:
 
     void setRediscoveryPatience(const commissioning::RediscoveryPatience &patience) { m_Patience = patience; }
 
+    /// What the last search has found out.
+    const Situation &situation() const { return m_Situation; }
+    const commissioning::Inventory &inventory() const { return m_Situation.inventory(); }
+
     /// Gives back the device that an operation has opened, if any; there must be no operation that uses it.
     void closeDevice();
     /// Ends the operation that runs, if one does, and gives its device back.
@@ -49,6 +55,12 @@ public:
 public slots:
     /// Lists adapters and devices anew.
     void refresh();
+    /// Selects the next row that needs attention, if one does.
+    void showNextInNeed();
+
+signals:
+    /// \param summary "12 cameras on 2 adapters, 3 need attention"; empty while nothing is known.
+    void summaryChanged(const QString &summary);
 
 protected:
     bool event(QEvent *event) override;
@@ -98,13 +110,18 @@ private:
     void restoreLayout();
     void saveLayout() const;
     void showAllColumnsOnce();
+    void widenWindow();
 
     // Refresh and rows
     void doRefresh();
     /// \param view to be shown as soon as there are rows.
     void fillTree(const DeviceTree::View &view);
+    void addAdapterRows(int first);
     /// \returns whether the search came to its end.
-    bool searchDevices(const DeviceTree::View &view);
+    bool search(const DeviceTree::View &view, const commissioning::DiagnosisOptions &options);
+    /// Gives those that cannot be used a row, too, and says why.
+    void takeAdapters(const std::vector<commissioning::Adapter> &adapters);
+    void takeSituation(Situation situation);
     void show(const DeviceTree::View &view);
     std::size_t updateTreeRowFromDeviceInfoByMac(const QString &mac);
     bool UpdateTreeItemFromDeviceInfo(QTreeWidgetItem *item, const Corvo::CQuorelGigEDeviceInfo *device);
@@ -128,6 +145,8 @@ private:
     /// An operation has changed what is known of a device. \param forced the address it was given, if it was.
     void onUpdated(const QString &mac, std::optional<commissioning::Address> forced);
     void updateSelectionInfo(const QTreeWidgetItem *item);
+    /// \param notes what is wrong, as rich text.
+    void showDeviceInfo(const Corvo::CQuorelGigEDeviceInfo &device, const QString &notes);
     void setSelectionInfoText(const QString &richText);
     /// \param toEnd where the diagnosis stands, which matters more than the device's data above it.
     void scrollSelectionInfo(bool toEnd);
@@ -183,6 +202,10 @@ private:
 
     // Making the selected camera usable (IpConfigurationMakeUsable.cpp)
     void addMakeUsable(QMenu &menu);
+    /// The link to it when a camera cannot be used where it is; else empty.
+    QString makeUsableText(const QString &mac) const;
+    /// Also one that is hidden.
+    OptionalDevice deviceToRescue() const;
     void makeUsable();
     void carryOut(MakeUsable &way);
     void followRescue(const MakeUsable &way, const commissioning::Result &result);
@@ -194,7 +217,9 @@ private:
     std::unique_ptr<Ui::IpConfigurationWidget> ui;
     EditorState m_Editor; ///< with the flags of what is edited and what differs
     std::unique_ptr<DeviceLister> m_pDeviceLister;
-    CNetworkAdapterList m_NetworkAdapters;  ///< of the last refresh
+    CNetworkAdapterList m_NetworkAdapters; ///< of the last refresh
+    Situation m_Situation;
+    commissioning::HostRecollection m_Host; ///< of the last search
     commissioning::Connection m_Connection; ///< open only while something is written
     WindowInteraction m_Interaction;
     /// What the running operation was asked to do, of the moment its key was pressed: no part of it reads the tree's

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "support/TestFolder.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <spawn.h>
+#include <stdexcept>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+/// A program in the background, ended with the object.
+class Program {
+public:
+    explicit Program(std::vector<std::string> arguments) {
+        std::vector<char *> argv;
+        for (std::string &argument : arguments)
+            argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        if (posix_spawnp(&m_Id, argv[0], nullptr, nullptr, argv.data(), environ) != 0)
+            throw std::runtime_error("cannot start " + arguments[0]);
+    }
+    ~Program() {
+        if (m_Id != 0)
+            end(SIGKILL);
+    }
+    Program(const Program &) = delete;
+    Program &operator=(const Program &) = delete;
+
+    /// \returns how it ended, as waitpid tells.
+    int end(int signal) {
+        int status = 0;
+        kill(m_Id, signal);
+        waitpid(m_Id, &status, 0);
+        m_Id = 0;
+        return status;
+    }
+
+private:
+    pid_t m_Id = 0;
+};
+
+/// An X server that nobody sees, with a window manager; programs started from now on are its clients.
+class RealDisplay {
+public:
+    static constexpr const char *Needs = "needs Xvfb, openbox, xdotool and weston";
+    static bool isThere() { return system("command -v Xvfb openbox xdotool weston >/dev/null") == 0; }
+    static bool mustBeThere() {
+        const char *ci = getenv("CI");
+        return ci != nullptr && strcmp(ci, "true") == 0;
+    }
+
+    RealDisplay() {
+        for (const char *folder : {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
+            setenv(folder, (m_Folder / "home").c_str(), 1);
+        setenv("QT_QPA_PLATFORM", "xcb", 1);
+        int ready[2];
+        if (pipe(ready) != 0)
+            throw std::runtime_error("no pipe");
+        m_Server.emplace(std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(ready[1]), "-screen", "0",
+                                                  "1024x600x24", "-nolisten", "tcp"});
+        close(ready[1]);
+        std::FILE *const answer = fdopen(ready[0], "r");
+        int number = 0;
+        const int count = std::fscanf(answer, "%d", &number);
+        std::fclose(answer);
+        if (count != 1)
+            throw std::runtime_error("the X server does not start");
+        setenv("DISPLAY", (":" + std::to_string(number)).c_str(), 1);
+        m_Manager.emplace(std::vector<std::string>{"openbox"});
+    }
+
+    /// \returns whether it did what it was asked for.
+    static bool xdotool(const std::string &command) { return system(("timeout 10 xdotool " + command).c_str()) == 0; }
+
+private:
+    TestFolder m_Folder;
+    std::optional<Program> m_Server, m_Manager;
+};
