@@ -26,6 +26,11 @@ QString doneText(const MakeUsable &way) {
 
 } // namespace
 
+IpConfigurationWidget::OptionalDevice IpConfigurationWidget::selectedLostDevice() const {
+    const auto *hidden = m_Situation.hiddenCamera(DeviceTree::keyOf(ui->deviceTree->currentItem()).mac);
+    return hidden ? OptionalDevice(commissioning::infoOf(*hidden)) : GetSelectedDeviceInfo();
+}
+
 void IpConfigurationWidget::addMakeUsable(QMenu &menu) {
     const OptionalDevice device = deviceToRescue();
     QAction *action = menu.addAction(QStringLiteral("Make &Usable..."));

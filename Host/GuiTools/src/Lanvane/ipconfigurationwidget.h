@@ -201,6 +201,8 @@ private:
     void followCancelledForce();
 
     // Making the selected camera usable (IpConfigurationMakeUsable.cpp)
+    /// The selected device, also one that only the listener heard.
+    OptionalDevice selectedLostDevice() const;
     void addMakeUsable(QMenu &menu);
     /// The link to it when a camera cannot be used where it is; else empty.
     QString makeUsableText(const QString &mac) const;
