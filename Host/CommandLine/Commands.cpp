@@ -18,7 +18,6 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 
 using namespace commissioning;
 
@@ -244,14 +243,6 @@ Outcome changeOne(const Arguments &arguments, Session &session) {
 }
 
 // Rescue
-
-bool needsRescue(const Camera &camera, const Inventory &inventory) {
-    static const std::set<std::string> codes = {"foreign-subnet", "unanswering", "duplicate-address", "hidden"};
-    return camera.status != Status::InUse &&
-           std::any_of(inventory.findings.begin(), inventory.findings.end(), [&](const Finding &finding) {
-               return finding.camera == camera.mac && codes.count(finding.code) != 0;
-           });
-}
 
 /// \returns what is wrong; empty when all were found.
 std::string camerasToRescue(const Arguments &arguments, const Session &session, std::vector<const Camera *> *pCameras) {

@@ -52,12 +52,12 @@ TEST(AddressMap, TellsWhoHasAnAddress) {
         EXPECT_EQ(QString("<span>%1</span>").arg(each.tip), model.data(index, Qt::ToolTipRole).toString());
     }
     model.turnTo(0x0A000000);
-    EXPECT_EQ("0 1 248", QString("%1 %2 %3")
+    EXPECT_EQ("0 1 249", QString("%1 %2 %3")
                              .arg(model.hasPrevious())
                              .arg(model.hasNext())
                              .arg(model.addressesOf(AddressMapModel::Kind::Unknown).size()));
     model.forgetPage();
-    EXPECT_EQ(250u, model.addressesOf(AddressMapModel::Kind::Unknown).size());
+    EXPECT_EQ(251u, model.addressesOf(AddressMapModel::Kind::Unknown).size());
     model.turnTo(0x0A000105);
     EXPECT_TRUE(model.hasPrevious() && !model.hasNext());
 }

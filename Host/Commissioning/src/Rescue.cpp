@@ -6,6 +6,9 @@
 #include "commissioning/Saving.h"
 #include "commissioning/SmallChanges.h"
 
+#include <algorithm>
+#include <set>
+
 namespace commissioning {
 
 using namespace Corvo;
@@ -42,6 +45,14 @@ Result forceAndStore(const Context &context, const RescuePlan &plan) {
 }
 
 } // namespace
+
+bool needsRescue(const Camera &camera, const Inventory &inventory) {
+    static const std::set<std::string> codes = {"foreign-subnet", "unanswering", "duplicate-address", "hidden"};
+    return camera.status != Status::InUse &&
+           std::any_of(inventory.findings.begin(), inventory.findings.end(), [&](const Finding &finding) {
+               return finding.camera == camera.mac && codes.count(finding.code) != 0;
+           });
+}
 
 std::string refusalOf(const RescuePlan &plan, const AddressSurroundings &around) {
     std::string reason = refusalOfHolder(plan.device);

@@ -15,6 +15,9 @@ struct RescuePlan {
     Mode mode = Mode::Static;            ///< how it gets its address from then on
 };
 
+/// Whether a camera cannot be used where it is, as the findings tell, and nobody holds it.
+bool needsRescue(const Camera &camera, const Inventory &inventory);
+
 /// Why a camera cannot be rescued so: somebody holds it, it lacks the mode, or the address is of no use for it. Empty
 /// when nothing speaks against it.
 std::string refusalOf(const RescuePlan &plan, const AddressSurroundings &around);

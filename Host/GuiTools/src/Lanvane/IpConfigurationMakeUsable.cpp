@@ -9,6 +9,8 @@
 #include <QHostAddress>
 #include <QMenu>
 
+#include <algorithm>
+
 using namespace Corvo;
 
 namespace {
@@ -30,14 +32,30 @@ IpConfigurationWidget::OptionalDevice IpConfigurationWidget::selectedLostDevice(
 }
 
 void IpConfigurationWidget::addMakeUsable(QMenu &menu) {
-    const OptionalDevice device = selectedLostDevice();
+    const OptionalDevice device = deviceToRescue();
     QAction *action = menu.addAction(QStringLiteral("Make &Usable..."));
     action->setEnabled(device && !isInUse(*device));
     connect(action, &QAction::triggered, this, &IpConfigurationWidget::makeUsable);
 }
 
+QString IpConfigurationWidget::makeUsableText(const QString &mac) const {
+    const auto &cameras = inventory().cameras;
+    const bool isNeeded = std::any_of(cameras.begin(), cameras.end(), [&](const commissioning::Camera &camera) {
+        return camera.mac == mac.toStdString() && needsRescue(camera, inventory());
+    });
+    return isNeeded
+               ? QStringLiteral("<p><a href='%1'>Make this camera usable...</a></p>").arg(QLatin1String(MakeUsableLink))
+               : QString();
+}
+
+IpConfigurationWidget::OptionalDevice IpConfigurationWidget::deviceToRescue() const {
+    const commissioning::Camera *hidden =
+        m_Situation.hiddenCamera(DeviceTree::keyOf(ui->deviceTree->currentItem()).mac);
+    return hidden ? commissioning::infoOf(*hidden) : GetSelectedDeviceInfo();
+}
+
 void IpConfigurationWidget::makeUsable() {
-    const OptionalDevice device = selectedLostDevice();
+    const OptionalDevice device = deviceToRescue();
     if (!device || m_BusyDepth > 0)
         return;
     const Busy busy(m_BusyDepth);
@@ -45,7 +63,8 @@ void IpConfigurationWidget::makeUsable() {
     m_Notice = {};
     guarded("makeUsable", [&] {
         MakeUsable way(*this, m_Interaction, *device, m_Change.adapter);
-        const bool isWanted = way.propose([all = inventory()]() mutable {
+        const bool isWanted = way.propose([this] {
+            commissioning::Inventory all = inventory();
             all.adapters = commissioning::surveyAdapters();
             return all;
         });

@@ -14,6 +14,9 @@ constexpr unsigned Progress = tracelog::lvNotice;
 constexpr unsigned Warning = tracelog::lvWarning;
 constexpr unsigned Error = tracelog::lvError;
 
+/// In the selection info.
+constexpr const char *MakeUsableLink = "#make-usable";
+
 /// A text as the trace log takes it.
 inline QByteArray bytes(const QString &text) { return text.toLocal8Bit(); }
 

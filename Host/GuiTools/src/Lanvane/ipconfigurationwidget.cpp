@@ -6,6 +6,7 @@
 #include "Lanvane/AddressRules.h"
 #include "Lanvane/AddressText.h"
 #include "Lanvane/FindingText.h"
+#include "Lanvane/IpConfigurationParts.h"
 #include "Lanvane/QIpAddressValidator.h"
 #include "Lanvane/QIpAddressWithNetmaskValidator.h"
 #include "Lanvane/QIpNetmaskValidator.h"
@@ -355,11 +356,11 @@ void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
         QString notes = diagnosisText(*device, adapter);
         if (isAtTemporaryAddress(*device, surroundingsOf(item).isForced))
             notes += temporaryAddressText(*device);
-        notes += findingsText(m_Situation.ofCamera(key.mac)) + makeUsableText(*device, adapter);
-        showDeviceInfo(*device, notes + noticeText(key.mac));
+        showDeviceInfo(*device, notes + findingsText(m_Situation.ofCamera(key.mac)) + makeUsableText(key.mac) +
+                                    noticeText(key.mac));
     } else if (const commissioning::Camera *hidden = m_Situation.hiddenCamera(key.mac))
         showDeviceInfo(commissioning::infoOf(*hidden),
-                       findingsText(m_Situation.ofCamera(key.mac)) + makeUsableLinkText() + noticeText(key.mac));
+                       findingsText(m_Situation.ofCamera(key.mac)) + makeUsableText(key.mac) + noticeText(key.mac));
     else if (adapter)
         setSelectionInfoText(adapterText(*adapter) + adapterFindingsText(m_Situation, adapter->name()) +
                              noticeText(QString()));
