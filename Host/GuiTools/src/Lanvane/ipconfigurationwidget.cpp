@@ -15,6 +15,7 @@
 #include "ui_ipconfigurationwidget.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QContextMenuEvent>
 #include <QCoreApplication>
