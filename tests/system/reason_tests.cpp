@@ -48,19 +48,6 @@ protected:
         refresh();
         return command;
     }
-    void picture(const char *name) {
-        if (qEnvironmentVariableIsSet("PICS")) {
-            if (qEnvironmentVariableIsSet("DARK")) {
-                QPalette p(QColor(53, 53, 53), QColor(35, 35, 35));
-                p.setColor(QPalette::Base, QColor(35, 35, 35));
-                p.setColor(QPalette::AlternateBase, QColor(45, 45, 45));
-                p.setColor(QPalette::Link, QColor(80, 160, 240));
-                QApplication::setPalette(p);
-            }
-            QTest::qWait(100);
-            window().grab().save(qEnvironmentVariable("PICS") + "/" + name + ".png");
-        }
-    }
 };
 
 TEST_F(Reason, ReversePathFilter) {
@@ -100,7 +87,7 @@ TEST_F(Reason, FirewallHidesCamerasAndTheListenerListsThem) {
         menu.close();
     });
     QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, {});
-    QApplication::sendEvent(tree().viewport(), &menuKey);
+    QApplication::sendEvent(&tree(), &menuKey);
     picture("hidden");
     EXPECT_THAT(copyAndRun(), StartsWith("nft insert rule ip f in"));
     EXPECT_EQ("OK", cell(1, Status));

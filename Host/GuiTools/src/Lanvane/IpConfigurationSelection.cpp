@@ -40,6 +40,7 @@ void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
         QAction *assign = menu.addAction(QStringLiteral("&Assign Temporary IP Address..."));
         connect(assign, SIGNAL(triggered()), this, SLOT(onAssignTemporaryIPAddress()));
         assign->setEnabled(deviceOf(item).has_value()); // not for one whose answers do not get through
+        addMakeUsable(menu);
     }
     menu.addSeparator();
     const auto addCopy = [&](const char *one, const char *several, int column) {

@@ -355,9 +355,11 @@ void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
         QString notes = diagnosisText(*device, adapter);
         if (isAtTemporaryAddress(*device, surroundingsOf(item).isForced))
             notes += temporaryAddressText(*device);
-        showDeviceInfo(*device, notes + findingsText(m_Situation.ofCamera(key.mac)) + noticeText(key.mac));
+        notes += findingsText(m_Situation.ofCamera(key.mac)) + makeUsableText(*device, adapter);
+        showDeviceInfo(*device, notes + noticeText(key.mac));
     } else if (const commissioning::Camera *hidden = m_Situation.hiddenCamera(key.mac))
-        showDeviceInfo(commissioning::infoOf(*hidden), findingsText(m_Situation.ofCamera(key.mac)));
+        showDeviceInfo(commissioning::infoOf(*hidden),
+                       findingsText(m_Situation.ofCamera(key.mac)) + makeUsableLinkText() + noticeText(key.mac));
     else if (adapter)
         setSelectionInfoText(adapterText(*adapter) + adapterFindingsText(m_Situation, adapter->name()) +
                              noticeText(QString()));
@@ -373,7 +375,7 @@ void IpConfigurationWidget::showDeviceInfo(const CQuorelGigEDeviceInfo &device, 
 QString IpConfigurationWidget::noticeText(const QString &mac) const {
     return m_Notice.text.isEmpty() || !(m_Notice.mac.isEmpty() || m_Notice.mac == mac)
                ? QString()
-               : QStringLiteral("<p><b>Cancelled.</b> %1</p>").arg(richDeviceText(m_Notice.text));
+               : QStringLiteral("<p><b>%1</b> %2</p>").arg(m_Notice.title, richDeviceText(m_Notice.text));
 }
 
 void IpConfigurationWidget::setSelectionInfoText(const QString &richText) { ui->selectionInfo->setText(richText); }
@@ -393,6 +395,8 @@ void IpConfigurationWidget::copySelected(int column) const {
 }
 
 void IpConfigurationWidget::onSelectionInfo_linkActivated(const QString &link) {
+    if (link == QLatin1String(MakeUsableLink))
+        return makeUsable();
     const QString command = commandOf(link);
     copyText(command);
     if (!command.isEmpty())

@@ -22,7 +22,9 @@
 
 class PlanTable;
 struct PlanOrder;
+class MakeUsable;
 class QLineEdit;
+class QMenu;
 class QRadioButton;
 namespace Ui {
 class IpConfigurationWidget;
@@ -218,6 +220,15 @@ private:
     /// Says what was sent, and shows what the camera has made of it.
     void followCancelledForce();
 
+    // Making the selected camera usable (IpConfigurationMakeUsable.cpp)
+    /// The selected device, also one that only the listener heard.
+    OptionalDevice selectedLostDevice() const;
+    void addMakeUsable(QMenu &menu);
+    void makeUsable();
+    void carryOut(MakeUsable &way);
+    void followRescue(const MakeUsable &way, const commissioning::Result &result);
+    void followCancelledRescue(const MakeUsable &way, const commissioning::Result &result);
+
     /// Runs a slot's work and reports what it throws.
     void guarded(const char *context, const std::function<void()> &work);
 
@@ -238,10 +249,11 @@ private:
     commissioning::Journal m_Journal{commissioning::Journal::defaultPath()};
     int m_BusyDepth = 0; ///< operations that run
     bool m_isShowingSeveral = false;
-    /// How an operation that was cancelled has ended, shown below what is known of the device.
+    /// How an operation has ended, shown below what is known of the device.
     struct Notice {
         QString mac; ///< empty: of all
         QString text;
+        QString title = QStringLiteral("Cancelled.");
     } m_Notice;
 };
 
