@@ -74,7 +74,7 @@ TEST(PlanTable, CountsUpPastWhatIsTaken) {
     table.fill(*addressFrom("192.168.10.50"));
     EXPECT_EQ("192.168.10.50 0; 192.168.10.52 0; 192.168.10.53 0; 192.168.20.50 0", addresses(table));
     EXPECT_TRUE(table.canBeApplied());
-    EXPECT_EQ("OL 1|DHCP 192.168.10.140/24|Set to Static IP 192.168.10.50/24",
+    EXPECT_EQ("OL 1|DHCP 192.168.10.140|Set to Static IP 192.168.10.50/24",
               table.cameraText(0) + "|" + table.nowText(0) + "|" + table.deed(0));
     table.setText(0, PlanColumn::Mode, "dhcp");
     EXPECT_EQ(" |Nothing", addresses(table).section(';', 0, 0) + "|" + table.deed(0));

@@ -70,6 +70,10 @@ protected:
     static QString cell(const QWidget &dialog, int row, int column) {
         return dialog.findChild<QTableView *>("planTable")->model()->index(row, column).data().toString();
     }
+    bool canUndo() {
+        emit the<QMenu>("menuCameras").aboutToShow();
+        return the<QAction>("actionUndoLastChange").isEnabled();
+    }
     void trigger(const char *action) { the<QAction>(action).trigger(); }
     /// What the ten cameras have stored and use, by the number of the first: "61:static 62:static ...".
     QString stored() {
@@ -88,6 +92,7 @@ enum PlanCell { Address = 4, Deed = 8, Outcome = 9 };
 TEST_F(Several, TenBecomeStaticInEightClicksAndAreUndone) {
     openWithTen();
     const QString before = stored();
+    const bool couldUndo = canUndo();
     clickRow(1);
     clickRow(10, Qt::ShiftModifier);
     EXPECT_THAT(info().toStdString(), HasSubstr("10 cameras are selected."));
@@ -103,6 +108,7 @@ TEST_F(Several, TenBecomeStaticInEightClicksAndAreUndone) {
         EXPECT_EQ("Done", cell(dialog, 9, Outcome));
         clickIn(dialog, "planClose");
     });
+    EXPECT_TRUE(canUndo());
     EXPECT_EQ("61s 62s 63s 64s 65s 66s 67s 68s 69s 70s", stored());
     EXPECT_EQ("192.168.10.70", Desktop::cell(10, IpAddress)); // the list is up to date
     EXPECT_LE(clicks, 8);
@@ -115,8 +121,7 @@ TEST_F(Several, TenBecomeStaticInEightClicksAndAreUndone) {
     });
     trigger("actionUndoLastChange");
     EXPECT_EQ(before, stored());
-    emit the<QMenu>("menuCameras").aboutToShow();
-    EXPECT_FALSE(the<QAction>("actionUndoLastChange").isEnabled());
+    EXPECT_EQ(couldUndo, canUndo());
 }
 
 TEST_F(Several, ACancelledApplicationSaysWhatWasDone) {
@@ -208,10 +213,10 @@ TEST_F(Several, NothingIsHalfEditedWhenSeveralAreSelected) {
     type("editFilter", "192.168.10");
     tree().setFocus();
     QTest::keyClick(&tree(), Qt::Key_C, Qt::ControlModifier); // those that are shown
-    const QString copied = QGuiApplication::clipboard()->text();
-    EXPECT_EQ("3 1 3", QString("%1 %2 %3")
-                           .arg(copied.count('\n') + 1)
-                           .arg(copied.section('\t', 1, 1), copied.section('\n', 2).section('\t', 1, 1)));
+    const QStringList copied = QGuiApplication::clipboard()->text().split('\n');
+    ASSERT_EQ(3, copied.size());
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(copied[i].contains("025AE300000" + QString::number(i + 1) + "\t")) << copied[i].toStdString();
     type("editFilter", "");
     EXPECT_FALSE(row(4)->isSelected());
     clickRow(2, Qt::ControlModifier);

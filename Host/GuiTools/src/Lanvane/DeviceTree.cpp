@@ -333,7 +333,7 @@ void DeviceTree::settleSelection() {
 /// without selecting it only when several are selected.
 QItemSelectionModel::SelectionFlags DeviceTree::selectionCommand(const QModelIndex &index, const QEvent *event) const {
     const auto command = QTreeWidget::selectionCommand(index, event);
-    const bool isKey = event && event->type() == QEvent::KeyPress;
+    const bool isKey = event != nullptr && event->type() == QEvent::KeyPress;
     return isKey && command == QItemSelectionModel::NoUpdate && !hasSeveralSelected()
                ? QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows
                : command;

@@ -165,7 +165,7 @@ void PlanDelegate::setEditorData(QWidget *editor, const QModelIndex &index) cons
     const QString text = index.data(Qt::EditRole).toString();
     if (auto *modes = qobject_cast<QComboBox *>(editor))
         modes->setCurrentIndex(modes->findData(text));
-    else if (auto *edit = qobject_cast<QLineEdit *>(editor); edit && edit->text() != text)
+    else if (auto *edit = qobject_cast<QLineEdit *>(editor); edit != nullptr && edit->text() != text)
         edit->setText(text); // else the text cursor would move
 }
 

@@ -26,8 +26,10 @@ QString shown(const std::string &text) { return plainDeviceText(QString::fromStd
 
 QString addressText(Address address) { return address == 0 ? QString() : QString::fromStdString(toText(address)); }
 
+QString nameOf(std::optional<Mode> mode) { return mode ? modeName(*mode) : QStringLiteral("Unknown mode"); }
+
 QString settingsText(std::optional<Mode> mode, Address address, Address mask) {
-    const QString name = mode ? modeName(*mode) : QStringLiteral("Unknown mode");
+    const QString name = nameOf(mode);
     return address == 0 ? name
                         : name + QLatin1Char(' ') + QString::fromStdString(toText(AdapterAddress{address, mask}));
 }
@@ -181,7 +183,9 @@ QString PlanTable::macText(int row) const { return QString::fromStdString(at(row
 
 QString PlanTable::nowText(int row) const {
     const Camera *camera = cameraOf(at(row));
-    return camera ? settingsText(camera->mode, camera->address, camera->mask) : QString();
+    if (!camera)
+        return {};
+    return (nameOf(camera->mode) + QLatin1Char(' ') + addressText(camera->address)).trimmed();
 }
 
 QString PlanTable::deed(int row) const {
@@ -190,12 +194,12 @@ QString PlanTable::deed(int row) const {
             return problem;
     }
     const PlannedChange *change = changeOf(at(row));
-    return change ? changeText(*change) : QString();
+    return change != nullptr ? changeText(*change) : QString();
 }
 
 bool PlanTable::differs(int row) const {
     const PlannedChange *change = changeOf(at(row));
-    return change && change->differs();
+    return change != nullptr && change->differs();
 }
 
 QString PlanTable::problem(int row, PlanColumn column) const { return at(row).problems[indexOf(column)]; }

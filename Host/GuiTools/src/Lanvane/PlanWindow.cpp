@@ -352,5 +352,8 @@ void PlanWindow::showOutcome(const PlanOutcome &outcome) {
     parts.removeAll(QString());
     m_Summary = parts.join(QLatin1Char(' '));
     m_pView->setColumnHidden(PlanModel::ColOutcome, false);
+    QHeaderView &header = *m_pView->horizontalHeader();
+    header.moveSection(header.visualIndex(PlanModel::ColOutcome), 1); // beside the camera: nobody has to scroll to it
+    m_pView->scrollTo(m_pModel->index(0, PlanModel::ColCamera));
     sizeToContent();
 }
