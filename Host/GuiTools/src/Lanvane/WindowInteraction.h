@@ -30,6 +30,8 @@ public:
     bool run(const std::function<void()> &work);
     /// The same of a search, which takes a moment longer until there is something to wait for.
     bool runSearch(const std::function<void()> &work);
+    /// \param prelude comes before each operation, on its thread.
+    void setPrelude(std::function<void()> prelude) { m_Prelude = std::move(prelude); }
     Operation &operation() { return m_Operation; }
     /// Not while something is asked: that is for the user to answer first.
     void cancel();
@@ -60,6 +62,7 @@ private:
     Reporter m_Report;
     const CNetworkAdapterList &m_Adapters;
     Updated m_Updated;
+    std::function<void()> m_Prelude;
     Operation m_Operation;
     std::unique_ptr<WaitCursor> m_Cursor; ///< while an operation runs, as the next
     std::unique_ptr<WaitBox> m_Box;
