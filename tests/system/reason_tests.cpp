@@ -29,6 +29,12 @@ namespace {
 
 class Reason : public Desktop {
 protected:
+    Reason() {
+        if (qEnvironmentVariableIsSet("DARK")) {
+            QPalette p(QColor(53, 53, 53), QColor(35, 35, 35));
+            QApplication::setPalette(p);
+        }
+    }
     static void run(const char *command) { ASSERT_EQ(std::system(command), 0) << command; }
     QStringList rows() const {
         QStringList names;
@@ -54,13 +60,6 @@ protected:
     }
     void picture(const char *name) {
         if (qEnvironmentVariableIsSet("PICS")) {
-            if (qEnvironmentVariableIsSet("DARK")) {
-                QPalette p(QColor(53, 53, 53), QColor(35, 35, 35));
-                p.setColor(QPalette::Base, QColor(35, 35, 35));
-                p.setColor(QPalette::AlternateBase, QColor(45, 45, 45));
-                p.setColor(QPalette::Link, QColor(80, 160, 240));
-                QApplication::setPalette(p);
-            }
             QTest::qWait(100);
             window().grab().save(qEnvironmentVariable("PICS") + "/" + name + ".png");
         }

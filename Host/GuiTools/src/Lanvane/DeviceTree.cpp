@@ -284,15 +284,14 @@ QTreeWidgetItem *DeviceTree::find(const RowKey &key) const {
 
 QTreeWidgetItem *DeviceTree::nextNeedingAttention() const {
     QTreeWidgetItem *first = nullptr;
+    QTreeWidgetItem *next = nullptr;
     bool isBehind = currentItem() == nullptr;
-    for (QTreeWidgetItemIterator i(const_cast<DeviceTree *>(this)); *i; ++i) {
-        if (needsAttention(*i) && isBehind)
-            return *i;
-        if (!first && needsAttention(*i))
-            first = *i;
+    for (QTreeWidgetItemIterator i(const_cast<DeviceTree *>(this)); *i && !next; ++i) {
+        if (needsAttention(*i))
+            (isBehind ? next : first) = isBehind || !first ? *i : first;
         isBehind = isBehind || *i == currentItem();
     }
-    return first;
+    return next ? next : first;
 }
 
 // What the user sees
