@@ -119,13 +119,7 @@ std::optional<TemporaryAddress> Session::freeAddress(const std::string &mac, con
 }
 
 AddressSurroundings Session::surroundingsOf(const Camera &camera) {
-    AddressSurroundings around;
-    for (const Adapter &adapter : m_Diagnosis.observation.adapters)
-        around.own.insert(around.own.end(), adapter.addresses.begin(), adapter.addresses.end());
-    if (const Adapter *adapter = adapterOf(camera)) {
-        around.adapter = adapter->addresses;
-        around.adapterName = adapter->name;
-    }
+    AddressSurroundings around = surroundingsOn(m_Diagnosis.observation.adapters, adapterOf(camera));
     around.devices = &m_Diagnosis.devices;
     const auto &cameras = m_Diagnosis.observation.cameras;
     std::copy_if(cameras.begin(), cameras.end(), std::back_inserter(around.hidden),

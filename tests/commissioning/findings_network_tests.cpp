@@ -1,6 +1,7 @@
 #include "Observing.h"
 
 #include "commissioning/FreeAddresses.h"
+#include "commissioning/Neighbourhood.h"
 #include "support/Leaks.h"
 #include "support/SocketAddress.h"
 
@@ -13,6 +14,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+using testing::Pair;
 using testing::StartsWith;
 using testing::UnorderedElementsAre;
 
@@ -270,7 +272,13 @@ TEST_F(Observing, ListenerNeedsItsCapabilityAndKeepsNone) {
     EXPECT_TRUE(ListenerClient({"nic0"}, "/bin/cat").finish().seen.empty());
 }
 
-class FreeAddressTest : public Observing {};
+class FreeAddressTest : public Observing {
+protected:
+    static commissioning::Adapter adapterNamed(const std::string &name) {
+        const auto all = surveyAdapters();
+        return *std::find_if(all.begin(), all.end(), [&](const auto &adapter) { return adapter.name == name; });
+    }
+};
 
 TEST_F(FreeAddressTest, NobodyHasIt) {
     const Site site("nic0", "192.168.1.5/29", {cameraAt(1, "10.0.0.6/8"), cameraAt(2, "10.0.0.3/8")});
@@ -278,8 +286,7 @@ TEST_F(FreeAddressTest, NobodyHasIt) {
     ip("route add 10.9.0.0/16 via 192.168.1.3");
     const Inventory host = inventoryOf(observe());
     Inventory inventory = host;
-    const commissioning::Adapter nic0 = *std::find_if(host.adapters.begin(), host.adapters.end(),
-                                                      [](const auto &adapter) { return adapter.name == "nic0"; });
+    const commissioning::Adapter nic0 = adapterNamed("nic0");
     const AdapterAddress subnet = nic0.addresses.at(0);
     const auto take = [&](FreeAddresses &free, const std::vector<Address> &presents) {
         std::vector<std::string> texts;
@@ -303,6 +310,18 @@ TEST_F(FreeAddressTest, NobodyHasIt) {
     EXPECT_EQ(FreeAddresses(inventory).take(nic0, subnet, {0}, [] { return true; }).at(0), std::nullopt);
     site.adapter.cameraSide().ip("link set cam down"); // everything would be found to be free
     EXPECT_EQ(FreeAddresses(inventory).take(surveyAdapters().back(), subnet, {0}).at(0), std::nullopt);
+}
+
+TEST_F(FreeAddressTest, MoreThanOneSocketCanAskForAreKnown) {
+    const Site site("nic0", "192.168.0.1/23", {});
+    site.adapter.cameraSide().ip("address add 192.168.1.250/23 dev cam");
+    std::vector<Address> addresses;
+    for (Address each = 0xC0A80002; each < 0xC0A80002 + 508; ++each)
+        addresses.push_back(each);
+    const commissioning::Adapter nic0 = adapterNamed("nic0");
+    const Neighbourhood found = neighbourhoodOf(nic0, nic0.addresses.at(0), addresses);
+    EXPECT_EQ(found.free.size(), 507u);
+    EXPECT_THAT(found.taken, ElementsAre(Pair(0xC0A801FA, testing::SizeIs(12))));
 }
 
 } // namespace

@@ -108,6 +108,16 @@ void Desktop::press(Qt::Key key, Qt::KeyboardModifiers modifiers) {
     QTest::keyClick(focus ? focus : &window(), key, modifiers);
 }
 
+void Desktop::picture(const char *name, QWidget *dialog) {
+    const QString folder = qEnvironmentVariable("LANVANE_PICTURES");
+    if (folder.isEmpty())
+        return;
+    if (!dialog)
+        window().resize(std::max(window().width(), 1100), 480);
+    QTest::qWait(100); // for what is laid out later
+    EXPECT_TRUE((dialog ? *dialog : window()).grab().save(folder + "/" + name + ".png"));
+}
+
 void Desktop::awaitAdapters(int count) {
     EXPECT_TRUE(QTest::qWaitFor([&] {
         return CNetworkAdapter::allNetworkAdapters(QNetworkInterface::IsUp | QNetworkInterface::IsRunning,

@@ -67,6 +67,9 @@ protected:
     /// Assigns a temporary address to the current row's device.
     void useContextMenu();
     void refresh() { press(Qt::Key_F5); }
+    /// Leaves a picture of the window, or of a dialog, in the folder LANVANE_PICTURES, when there is one in the
+    /// environment (scripts/pictures).
+    void picture(const char *name, QWidget *dialog = nullptr);
     /// Waits until so many adapters are up and running.
     static void awaitAdapters(int count);
 

@@ -11,7 +11,8 @@ int main(int argc, char *argv[]) {
     return testnet::runInPrivateNetwork(argc, argv, [&] {
         const TestFolder state;
         setenv("XDG_STATE_HOME", (state / "state").c_str(), 1); // of the trace log
-        const GuiApplication application(argc, argv);
+        const bool hasDisplay = getenv("LANVANE_PICTURES") != nullptr;
+        const GuiApplication application(argc, argv, hasDisplay ? "xcb" : "offscreen");
         Corvo::CorvoInitialize();
         const int result = RUN_ALL_TESTS();
         Corvo::CorvoTerminate(true);

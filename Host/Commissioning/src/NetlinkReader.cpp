@@ -167,7 +167,9 @@ std::optional<Neighbour> readNeighbour(const nlmsghdr &message) {
     const auto *body = bodyOf<ndmsg>(message, RTM_NEWNEIGH);
     if (!body || body->ndm_family != AF_INET)
         return {};
-    return Neighbour{body->ndm_ifindex, Attributes(message, sizeof *body).address(NDA_DST), body->ndm_state};
+    const Attributes attributes(message, sizeof *body);
+    return Neighbour{body->ndm_ifindex, attributes.address(NDA_DST), body->ndm_state,
+                     macOf(attributes.find(NDA_LLADDR))};
 }
 
 } // namespace commissioning

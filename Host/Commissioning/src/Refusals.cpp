@@ -85,6 +85,17 @@ const char *nameOf(Mode mode) {
 
 } // namespace
 
+AddressSurroundings surroundingsOn(const std::vector<Adapter> &host, const Adapter *adapter) {
+    AddressSurroundings around;
+    for (const Adapter &each : host)
+        around.own.insert(around.own.end(), each.addresses.begin(), each.addresses.end());
+    if (adapter) {
+        around.adapter = adapter->addresses;
+        around.adapterName = adapter->name;
+    }
+    return around;
+}
+
 std::string refusalOfHolder(const Camera &camera) {
     if (camera.status != Status::InUse)
         return "";

@@ -15,9 +15,12 @@ struct AddressSurroundings {
     std::vector<AdapterAddress> adapter;            ///< those of the adapter the camera is behind; empty when unknown
     const Corvo::DeviceInfoList *devices = nullptr; ///< all known cameras; may be null
     std::string adapterName;                        ///< of that adapter, to be told; may be empty
-    std::vector<Camera> hidden; ///< cameras that are not among the devices: only the listener saw them
+    std::vector<Camera> hidden; ///< cameras that are not among the devices, such as those only the listener saw
     bool allowsForeignSubnet = false;
 };
+
+/// Of a camera behind an adapter, null when that is not known; without the other cameras.
+AddressSurroundings surroundingsOn(const std::vector<Adapter> &host, const Adapter *adapter);
 
 // Each gives the reason, as a sentence for people, or an empty text when nothing speaks against it.
 

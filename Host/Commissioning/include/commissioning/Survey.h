@@ -28,6 +28,7 @@ struct Neighbour {
     int adapterIndex = 0;
     Address address = 0;
     std::uint16_t state = 0; ///< NUD_... of <linux/neighbour.h>
+    std::string mac;         ///< 12 upper-case hexadecimal digits; empty when it is not known
 };
 
 /// Every link, in the order of the kernel's numbers.

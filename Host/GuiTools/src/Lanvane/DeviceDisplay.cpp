@@ -224,6 +224,18 @@ QString deviceText(const CQuorelGigEDeviceInfo &device) {
 }
 
 const char *const KeepAddressLink = "#keep-address";
+const char *const MakeUsableLink = "#make-usable";
+
+QString makeUsableText(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter) {
+    const EDeviceAccessiblityInfo verdict = GetAccessibility(device);
+    const bool isMisplaced =
+        verdict == Accessibility_NotReachable || (verdict == Accessibility_Ok && !fitsAdapter(device, adapter));
+    return isMisplaced ? makeUsableLinkText() : QString();
+}
+
+QString makeUsableLinkText() {
+    return QStringLiteral("<p><a href='%1'>Make this camera usable...</a></p>").arg(QLatin1String(MakeUsableLink));
+}
 
 QString temporaryAddressText(const CQuorelGigEDeviceInfo &device) {
     const QString text = QStringLiteral("<p>Currently at the temporary address %1, which it loses when it restarts.")

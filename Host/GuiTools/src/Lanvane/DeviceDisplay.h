@@ -77,6 +77,10 @@ QString diagnosisText(const Corvo::CQuorelGigEDeviceInfo &device, const CNetwork
 /// That the device will lose its current address, with the link KeepAddressLink unless somebody else uses the device.
 QString temporaryAddressText(const Corvo::CQuorelGigEDeviceInfo &device);
 extern const char *const KeepAddressLink;
+/// What can be done when the device cannot be used where it is, as the link MakeUsableLink; else empty.
+QString makeUsableText(const Corvo::CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter);
+QString makeUsableLinkText();
+extern const char *const MakeUsableLink;
 
 /// Whether another application holds the device.
 bool isInUse(const Corvo::CDeviceInfo &device);

@@ -77,6 +77,19 @@ bool WindowInteraction::runSearch(const std::function<void()> &work) {
     return run(work, QStringLiteral("Searching for devices..."), BoxOfSearchAfter_ms);
 }
 
+bool WindowInteraction::run(const QString &step, const std::function<void()> &work) {
+    return run(work, step, BoxAfter_ms);
+}
+
+bool WindowInteraction::runUnattended(const TemporaryAddress &planned, const std::function<void()> &work) {
+    const auto end = [this](void *) { m_IsUnattended = false; }; // also by an exception
+    const std::unique_ptr<void, decltype(end)> atEnd(this, end);
+    m_IsUnattended = true;
+    m_LastFailure.clear();
+    m_Entered = planned;
+    return run(work);
+}
+
 bool WindowInteraction::run(const std::function<void()> &work, const QString &step, int boxAfter_ms) {
     const auto end = [this](void *) { // also by an exception
         m_Box.reset();
@@ -172,6 +185,8 @@ std::optional<TemporaryAddress> WindowInteraction::execAddressDialog(const Addre
 }
 
 std::optional<TemporaryAddress> WindowInteraction::askTemporaryAddress(const AddressQuestion &question) {
+    if (m_IsUnattended)
+        return question.isFirst ? m_Entered : std::nullopt;
     m_Entered.reset();
     ask([&] { m_Entered = execAddressDialog(question); });
     return m_Entered;
@@ -205,6 +220,10 @@ void WindowInteraction::failure(const char *context, const std::exception_ptr &e
         qDebug("%s: %s", context, attempted);
     if (m_Operation.isRunning() && isCancelled()) { // that is why
         m_WasTold = true;
+        return;
+    }
+    if (m_IsUnattended) {
+        m_LastFailure = QString::fromStdString(commissioning::failureText(error));
         return;
     }
     m_Operation.onGui([&] { m_Report(context, [&error] { std::rethrow_exception(error); }); });

@@ -30,6 +30,13 @@ public:
     bool run(const std::function<void()> &work);
     /// The same of a search, which takes a moment longer until there is something to wait for.
     bool runSearch(const std::function<void()> &work);
+    /// The same, showing another step until the work tells of one.
+    bool run(const QString &step, const std::function<void()> &work);
+    /// The same without questions: a temporary address, when one is needed, is that which is planned, and failures are
+    /// not shown but kept.
+    bool runUnattended(const commissioning::TemporaryAddress &planned, const std::function<void()> &work);
+    /// What failed last while nobody was asked; empty when nothing did.
+    const QString &lastFailure() const { return m_LastFailure; }
     /// \param prelude comes before each operation, on its thread.
     void setPrelude(std::function<void()> prelude) { m_Prelude = std::move(prelude); }
     Operation &operation() { return m_Operation; }
@@ -69,5 +76,7 @@ private:
     std::unique_ptr<IpAddressWidget> m_AddressDialog;         ///< of the last question, with what was entered
     std::optional<commissioning::TemporaryAddress> m_Entered; ///< in that dialog
     std::optional<commissioning::TemporaryAddress> m_Sent;
+    bool m_IsUnattended = false;
+    QString m_LastFailure;
     bool m_WasTold = false; ///< the operation knows that it is cancelled
 };

@@ -360,10 +360,11 @@ void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
         QString notes = diagnosisText(*device, adapter);
         if (isAtTemporaryAddress(*device, surroundingsOf(item).isForced))
             notes += temporaryAddressText(*device);
-        showInfo(deviceText(*device) + userDefinedNameText(*device),
-                 notes + findingsText(m_Situation.ofCamera(key.mac)) + noticeText(key.mac));
+        notes += findingsText(m_Situation.ofCamera(key.mac)) + makeUsableText(*device, adapter);
+        showInfo(deviceText(*device) + userDefinedNameText(*device), notes + noticeText(key.mac));
     } else if (const commissioning::Camera *hidden = m_Situation.hiddenCamera(key.mac))
-        showInfo(deviceText(commissioning::infoOf(*hidden)), findingsText(m_Situation.ofCamera(key.mac)));
+        showInfo(deviceText(commissioning::infoOf(*hidden)),
+                 findingsText(m_Situation.ofCamera(key.mac)) + makeUsableLinkText() + noticeText(key.mac));
     else if (adapter)
         showInfo(adapterText(*adapter) + adapterFindingsText(m_Situation, adapter->name()), noticeText(QString()));
     else
@@ -384,7 +385,7 @@ void IpConfigurationWidget::showInfo(const QString &facts, const QString &notes)
 QString IpConfigurationWidget::noticeText(const QString &mac) const {
     return m_Notice.text.isEmpty() || !(m_Notice.mac.isEmpty() || m_Notice.mac == mac)
                ? QString()
-               : QStringLiteral("<p><b>Cancelled.</b> %1</p>").arg(richDeviceText(m_Notice.text));
+               : QStringLiteral("<p><b>%1</b> %2</p>").arg(m_Notice.title, richDeviceText(m_Notice.text));
 }
 
 void IpConfigurationWidget::setSelectionInfoText(const QString &richText) { ui->selectionInfo->setText(richText); }
@@ -412,6 +413,7 @@ void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
     QAction *assign = menu.addAction(QStringLiteral("&Assign Temporary IP Address..."));
     connect(assign, SIGNAL(triggered()), this, SLOT(onAssignTemporaryIPAddress()));
     assign->setEnabled(deviceOf(item).has_value()); // not for one whose answers do not get through
+    addMakeUsable(menu);
     menu.addSeparator();
     const auto addCopy = [&](const char *title, const QString &text) {
         connect(menu.addAction(QLatin1String(title)), &QAction::triggered, [text] { copyText(text); });
@@ -423,6 +425,8 @@ void IpConfigurationWidget::onShowContextMenu(const QPoint &position) {
 }
 
 void IpConfigurationWidget::onSelectionInfo_linkActivated(const QString &link) {
+    if (link == QLatin1String(MakeUsableLink))
+        return makeUsable();
     const QString command = commandOf(link);
     copyText(command);
     if (!command.isEmpty())

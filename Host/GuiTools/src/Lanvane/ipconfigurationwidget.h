@@ -21,7 +21,9 @@
 #include <memory>
 #include <optional>
 
+class MakeUsable;
 class QLineEdit;
+class QMenu;
 class QRadioButton;
 namespace Ui {
 class IpConfigurationWidget;
@@ -210,6 +212,15 @@ private:
     /// Says what was sent, and shows what the camera has made of it.
     void followCancelledForce();
 
+    // Making the selected camera usable (IpConfigurationMakeUsable.cpp)
+    /// The selected device, also one that only the listener heard.
+    OptionalDevice selectedLostDevice() const;
+    void addMakeUsable(QMenu &menu);
+    void makeUsable();
+    void carryOut(MakeUsable &way);
+    void followRescue(const MakeUsable &way, const commissioning::Result &result);
+    void followCancelledRescue(const MakeUsable &way, const commissioning::Result &result);
+
     /// Runs a slot's work and reports what it throws.
     void guarded(const char *context, const std::function<void()> &work);
 
@@ -232,10 +243,11 @@ private:
     QString m_InfoSubject;        ///< MAC address or adapter that the selection info is about
     QHash<QString, int> m_Missed; ///< how many updates have missed a device, by MAC address
     BackgroundSearch m_Background;
-    /// How an operation that was cancelled has ended, shown below what is known of the device.
+    /// How an operation has ended, shown below what is known of the device.
     struct Notice {
         QString mac; ///< empty: of all
         QString text;
+        QString title = QStringLiteral("Cancelled.");
     } m_Notice;
 };
 

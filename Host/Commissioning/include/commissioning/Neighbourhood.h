@@ -1,0 +1,29 @@
+#pragma once
+
+#include "commissioning/Inventory.h"
+
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace commissioning {
+
+/// What was found out of some addresses behind an adapter. Those in neither set are not known.
+struct Neighbourhood {
+    std::set<Address> free;               ///< nobody answers
+    std::map<Address, std::string> taken; ///< somebody has it: its MAC, 12 upper-case hexadecimal digits
+};
+
+/// Has the kernel look who is behind an adapter: each address is sent one datagram to the discard port, for which the
+/// kernel asks up to three times by ARP. Takes 3 to 5 s when one of them is free, however many there are. Any thread
+/// may call.
+///
+/// \param subnet one of the adapter's. \param addresses in it, and none of this host's.
+/// \param isCancelled polled every 50 ms; what is known by then is returned.
+/// \return nothing on an adapter that cannot tell (without carrier). \throws std::system_error
+Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subnet,
+                              const std::vector<Address> &addresses, const std::function<bool()> &isCancelled = {});
+
+} // namespace commissioning

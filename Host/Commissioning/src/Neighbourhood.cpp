@@ -1,0 +1,82 @@
+#include "commissioning/Neighbourhood.h"
+
+#include "Descriptor.h"
+#include "commissioning/Survey.h"
+
+#include <cerrno>
+#include <chrono>
+#include <linux/neighbour.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <system_error>
+#include <thread>
+
+namespace commissioning {
+
+namespace {
+
+/// What waits for an answer counts against the socket's buffer, which has room for some 270 datagrams at least.
+constexpr std::size_t AddressesPerSocket = 128;
+
+sockaddr_in socketAddress(Address address, std::uint16_t port) {
+    sockaddr_in result{};
+    result.sin_family = AF_INET;
+    result.sin_addr.s_addr = htonl(address);
+    result.sin_port = htons(port);
+    return result;
+}
+
+Descriptor openSocket(const Adapter &adapter, Address source) {
+    Descriptor result(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    const sockaddr_in own = socketAddress(source, 0);
+    // The route may lead out of another adapter that has the same subnet.
+    const auto length = static_cast<socklen_t>(adapter.name.size());
+    if (setsockopt(result.get(), SOL_SOCKET, SO_BINDTODEVICE, adapter.name.c_str(), length) != 0 ||
+        bind(result.get(), reinterpret_cast<const sockaddr *>(&own), sizeof own) != 0)
+        throw std::system_error(errno, std::generic_category(), "cannot ask for neighbours");
+    return result;
+}
+
+/// A failed entry becomes an incomplete one before this returns.
+bool ask(const Descriptor &from, Address address) {
+    constexpr std::uint16_t DiscardPort = 9;
+    const sockaddr_in target = socketAddress(address, DiscardPort);
+    const char nothing = 0;
+    return sendto(from.get(), &nothing, sizeof nothing, 0, reinterpret_cast<const sockaddr *>(&target),
+                  sizeof target) >= 0;
+}
+
+void decide(const Neighbour &neighbour, std::set<Address> *pOpen, Neighbourhood *pResult) {
+    if (neighbour.state == NUD_INCOMPLETE || neighbour.state == NUD_NONE || pOpen->erase(neighbour.address) == 0)
+        return;
+    if (neighbour.state == NUD_FAILED)
+        pResult->free.insert(neighbour.address);
+    else
+        pResult->taken.emplace(neighbour.address, neighbour.mac);
+}
+
+} // namespace
+
+Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subnet,
+                              const std::vector<Address> &addresses, const std::function<bool()> &isCancelled) {
+    Neighbourhood result;
+    if (!isUsable(adapter))
+        return result;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    std::vector<Descriptor> sockets;
+    std::set<Address> open;
+    for (std::size_t i = 0; i < addresses.size(); ++i) {
+        if (i % AddressesPerSocket == 0)
+            sockets.push_back(openSocket(adapter, subnet.address));
+        if (ask(sockets.back(), addresses[i]))
+            open.insert(addresses[i]);
+    }
+    while (!open.empty() && std::chrono::steady_clock::now() < deadline && !(isCancelled && isCancelled())) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        for (const Neighbour &neighbour : neighboursOf(adapter.index))
+            decide(neighbour, &open, &result);
+    }
+    return result;
+}
+
+} // namespace commissioning

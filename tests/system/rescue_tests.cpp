@@ -1,0 +1,169 @@
+// "Make Usable..." and the address map, with clicks as they come from the window system.
+
+#include "Desktop.h"
+
+#include "Lanvane/AddressMap.h"
+#include "Lanvane/AddressMapModel.h"
+
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QTableView>
+#include <QWindow>
+#include <QtTest>
+
+using namespace testnet;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+/// Cameras 1 and 3 in a foreign subnet, camera 2 in order.
+class Rescuing : public Desktop {
+protected:
+    Rescuing() {
+        open({cameraAt(1, "172.16.0.2/16", ",dhcp=192.168.10.150/24"), cameraAt(2, "192.168.10.3/24"),
+              cameraAt(3, "172.16.0.9/16", ",silence=3600000,vendor-config=silent")});
+        nic0->adapter.cameraSide().ip("address add 192.168.10.4/24 dev cam"); // a neighbour that is no camera
+        QCoreApplication::instance()->installEventFilter(&m_Presses);
+    }
+    /// The window gets it, and decides what it is for.
+    static void clickAt(QWidget &widget, const QPoint &place) {
+        QWidget *const top = widget.window();
+        QTest::mouseClick(top->windowHandle(), Qt::LeftButton, {}, widget.mapTo(top, place));
+    }
+    static void clickOn(QWidget &dialog, const char *name) {
+        QWidget *widget = dialog.findChild<QWidget *>(name);
+        clickAt(*widget, QPoint(10, widget->height() / 2));
+    }
+    static void clickOk(QWidget &dialog) {
+        QWidget *ok = dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok);
+        EXPECT_TRUE(ok->isEnabled()) << dialog.findChild<QLabel *>("lblHint")->text().toStdString();
+        clickAt(*ok, ok->rect().center());
+    }
+    static QString address(QWidget &dialog) { return dialog.findChild<QLineEdit *>("editIpAddress")->text(); }
+    void expectDialog(Act act, unsigned camera = 1) {
+        expect(QString("Make Usable: <p>Virtual Camera, %1, 025AE300000%1</p><p>It has the address 172.16.0.%2 and is "
+                       "behind nic0 (192.168.10.1/24).</p>")
+                   .arg(camera)
+                   .arg(camera == 1 ? 2 : 9),
+               std::move(act));
+    }
+    void useLink() { // which has no place of its own to click at
+        emit the<QLabel>("selectionInfo").linkActivated("#make-usable");
+    }
+    /// "MODES ADDRESS/PREFIX" that camera 1 has stored, and what its row tells.
+    std::string outcome() {
+        return std::to_string(status(1).ipEnabled) + " " + status(1).persistent.address.toString() + " " +
+               (cell(1, Status) + " " + cell(1, IpAddress)).toStdString();
+    }
+
+    struct Presses : QObject {
+        bool eventFilter(QObject *watched, QEvent *event) override {
+            count += event->type() == QEvent::MouseButtonPress && event->spontaneous() && watched->isWindowType();
+            return false;
+        }
+        int count = 0;
+    } m_Presses;
+};
+
+TEST_F(Rescuing, TakesThreeClicks) {
+    EXPECT_EQ("Not Reachable", cell(1, Status));
+    expect("&Assign Temporary IP Address...", [](QWidget &menu) {
+        QTest::mouseRelease(menu.windowHandle(), Qt::RightButton);
+        auto &entries = static_cast<QMenu &>(menu);
+        clickAt(menu, entries.actionGeometry(entries.actions().value(1)).center());
+    });
+    expectDialog([](QWidget &dialog) {
+        EXPECT_EQ("192.168.10.2", address(dialog)); // its own with the adapter's network
+        clickOk(dialog);
+    });
+    const QPoint place = (tree().visualItemRect(row(1)) & tree().viewport()->rect()).center();
+    QTest::mousePress(window().windowHandle(), Qt::RightButton, {}, tree().viewport()->mapTo(&window(), place));
+    EXPECT_EQ(3, m_Presses.count);
+    EXPECT_EQ("5 192.168.10.2 OK 192.168.10.2", outcome());
+    EXPECT_THAT(info().toStdString(), HasSubstr("<b>Done.</b> The camera has the address 192.168.10.2 and keeps it."));
+    EXPECT_EQ("1", selected());
+    EXPECT_THAT(reports, ElementsAre());
+}
+
+TEST_F(Rescuing, TheMapTellsWhoHasWhat) {
+    select(1);
+    expectDialog([&](QWidget &dialog) {
+        type(*dialog.findChild<QWidget *>("editIpAddress"), "192.168.10.3");
+        EXPECT_EQ("The camera with the MAC address 02:5A:E3:00:00:02 has the address 192.168.10.3.",
+                  dialog.findChild<QLabel *>("lblHint")->text());
+        expect("Address Map: ", [](QWidget &widget) {
+            auto &map = static_cast<AddressMap &>(widget);
+            const auto describe = [&](unsigned host) { return map.model().describe(0xC0A80A00 + host).toStdString(); };
+            auto &table = *map.findChild<QTableView *>("addresses");
+            const auto click = [&](unsigned host) {
+                clickAt(*table.viewport(), table.visualRect(map.model().indexOf(0xC0A80A00 + host)).center());
+            };
+            EXPECT_EQ("192.168.10.77: not asked yet", describe(77));
+            EXPECT_TRUE(QTest::qWaitFor([&] { return describe(77) == "192.168.10.77: free"; }, 15000));
+            EXPECT_EQ("192.168.10.1: this computer (nic0)", describe(1));
+            EXPECT_EQ("192.168.10.3: camera Virtual Camera, 02:5A:E3:00:00:02", describe(3));
+            EXPECT_THAT(describe(4), HasSubstr("192.168.10.4: another device, MAC "));
+            for (const unsigned taken : {1, 3, 4, 255})
+                click(taken);
+            EXPECT_TRUE(map.isVisible());
+            click(77);
+        });
+        clickOn(dialog, "btnMap");
+        EXPECT_EQ("192.168.10.77", address(dialog));
+        type(*dialog.findChild<QWidget *>("editIpAddress"), "192.168.10.4");
+        EXPECT_EQ("Another device has the address 192.168.10.4.", dialog.findChild<QLabel *>("lblHint")->text());
+        type(*dialog.findChild<QWidget *>("editIpAddress"), "192.168.10.77");
+        clickOn(dialog, "btnUntilRestart");
+        clickOk(dialog);
+    });
+    useLink();
+    EXPECT_EQ("5 172.16.0.2 OK 192.168.10.77", outcome());
+    EXPECT_THAT(info().toStdString(), HasSubstr("The camera has the address 192.168.10.77 until its next restart."));
+}
+
+TEST_F(Rescuing, LooksAgainWhetherATypedAddressIsFreeAndThenTakesDhcp) {
+    select(1);
+    expectDialog([&](QWidget &dialog) {
+        type(*dialog.findChild<QWidget *>("editIpAddress"), "192.168.10.4");
+        clickOk(dialog);
+    });
+    expectDialog([&](QWidget &dialog) {
+        EXPECT_EQ("Another device has the address 192.168.10.4.", dialog.findChild<QLabel *>("lblHint")->text());
+        type(*dialog.findChild<QWidget *>("editIpAddress"), "192.168.10.5");
+        clickOn(dialog, "btnDhcp");
+        clickOk(dialog);
+    });
+    useLink();
+    EXPECT_EQ("6 172.16.0.2 OK 192.168.10.150", outcome());
+}
+
+TEST_F(Rescuing, SaysWhatWasSentWhenItIsCancelled) {
+    const auto cancel = [](QWidget &box) { QTest::keyClick(&box, Qt::Key_Escape); };
+    select(1);
+    nic0->cameras.clearRequests();
+    expectWait("Looking for a free address...", cancel);
+    useLink();
+    EXPECT_EQ(0u, nic0->cameras.requests().size());
+
+    nic0->cameras.setFaults(camera(1).mac, camsim::parseFaults("silent-after=0"));
+    expectDialog(&clickOk);
+    expectWait("Assigning the temporary IP address...", cancel);
+    useLink();
+    EXPECT_THAT(info().toStdString(), HasSubstr("<b>Cancelled.</b> The address 192.168.10.2 was sent, but the camera "
+                                                "does not answer the search. Nothing was stored."));
+
+    select(3);
+    expectDialog(&clickOk, 3);
+    expectWait("Sending the configuration to the device...", [](QWidget &) {}); // and not before that
+    expectWait("Camera restarts its IP configuration cycle.\nWaiting until the device has been discovered again...",
+               cancel);
+    useLink();
+    EXPECT_THAT(info().toStdString(), HasSubstr("<b>Cancelled.</b> The settings were sent, but the camera did not come "
+                                                "back."));
+}
+
+} // namespace
