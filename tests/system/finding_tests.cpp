@@ -85,7 +85,9 @@ TEST_F(Finding, EachVerdictHasItsRowDiagnosisAndEditor) {
          "list by clicking <b>Refresh</b>.",
          true},
         {6, "Not Reachable", QStyle::SP_MessageBoxWarning, UnreachableText + possible, true},
-        {7, "OK", QStyle::SP_MessageBoxWarning,
+        {7,
+         "OK",
+         {},
          "<p>The network adapter and the device are currently not in the same subnet. Therefore, the device will "
          "currently not be visible to applications.</p><p>Make sure the device and the network adapter share the same "
          "network prefix and subnet mask.</p>",

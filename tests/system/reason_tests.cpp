@@ -1,17 +1,21 @@
 // From a camera that does not show up, or cannot be used, to the command that mends it.
 
 #include "Desktop.h"
+#include "support/Leaks.h"
 #include "support/SocketAddress.h"
 #include "support/TestFolder.h"
 
+#include <QAction>
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QtTest>
 
 #include <filesystem>
+#include <iostream>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -132,11 +136,11 @@ TEST_F(Reason, CamerasSayWhatIsWrongWithThem) {
     for (const char *next : {"4", "1", "2", "4"}) { // behind the last one comes the first
         click("btnSummary");
         EXPECT_EQ(next, selected());
-        EXPECT_FALSE(tree().currentItem()->icon(Status).isNull());
+        EXPECT_NE(row(3)->icon(Name).cacheKey(), tree().currentItem()->icon(Name).cacheKey()); // with a sign
     }
     EXPECT_THAT(said(), HasSubstr("<b>Error:</b> Camera 02:5A:E3:00:00:04 has the current address 192.168.10.22, which "
                                   "camera 02:5A:E3:00:00:02 has as well."));
-    EXPECT_THAT(said(), HasSubstr("<code>lanvanectl rescue 02:5A:E3:00:00:04</code>"));
+    EXPECT_THAT(said(), HasSubstr(">lanvanectl rescue 02:5A:E3:00:00:04<"));
     picture("duplicate");
     select(1);
     EXPECT_THAT(said(), HasSubstr("outside the subnets of adapter nic0 (192.168.10.0/24)"));
@@ -155,6 +159,74 @@ TEST_F(Reason, CamerasSayWhatIsWrongWithThem) {
     useContextMenu();
     EXPECT_THAT(said(), Not(HasSubstr("outside the subnets")));
     EXPECT_THAT(said(), HasSubstr("Currently at the temporary address 192.168.10.77"));
+}
+
+class KeptUpToDate : public Desktop {
+protected:
+    void keep(const Cameras &onNic0) {
+        open(onNic0);
+        the<IpConfigurationWidget>("IpConfigurationWidget").setUpdateInterval(std::chrono::milliseconds(50));
+        the<QAction>("actionKeepUpToDate").setChecked(true);
+    }
+    static bool eventually(const std::function<bool()> &isSo) { return QTest::qWaitFor(isSo, 20000); }
+};
+
+TEST_F(KeptUpToDate, RowsChangeInPlaceAndNothingElse) {
+    Cameras cameras;
+    for (unsigned i = 2; i < 40; ++i)
+        cameras.push_back(cameraAt(i, "192.168.10." + std::to_string(i) + "/24", ",model=B"));
+    keep(cameras);
+    select(20);
+    type("editIpAddress", "192.168.10.2");
+    the<QLineEdit>("editIpAddress").setCursorPosition(3);
+    const QTreeWidgetItem *const top = tree().itemAt(0, 0);
+    const QTreeWidgetItem *const current = tree().currentItem();
+    ASSERT_NE(tree().topLevelItem(0), top);
+    waits.clear();
+
+    nic0->cameras.addCamera(cameraAt(1, "192.168.10.99/24", ",model=A"));
+    nic0->cameras.removeCamera(camera(39).mac);
+    EXPECT_TRUE(eventually([&] { return row(1) != nullptr && row(39) == nullptr; }));
+    EXPECT_EQ(row(1), tree().topLevelItem(0)->child(0)); // in the order
+    nic0->cameras.removeCamera(camera(20).mac);
+    EXPECT_TRUE(eventually([&] { return cell(20, Status) == "Gone"; }));
+    nic0->cameras.addCamera(cameraAt(20, "192.168.10.98/24", ",model=B"));
+    EXPECT_TRUE(eventually([&] { return cell(20, IpAddress) == "192.168.10.98" && cell(20, Status) == "OK"; }));
+    EXPECT_TRUE(top == tree().itemAt(0, 0) && current == tree().currentItem() && current == row(20));
+    EXPECT_EQ("192.168.10.2 3",
+              text("editIpAddress") + " " + QString::number(the<QLineEdit>("editIpAddress").cursorPosition()));
+    EXPECT_THAT(waits, ElementsAre());
+    EXPECT_EQ("38 cameras on 2 adapters", the<QPushButton>("btnSummary").text());
+
+    type("editIpAddress", "192.168.10.200");
+    click("btnWriteConfiguration"); // beside a search or not
+    EXPECT_EQ("192.168.10.200", addressOf(20));
+    EXPECT_TRUE(window().close());
+    EXPECT_THAT(reports, ElementsAre());
+    openWindow();
+    EXPECT_TRUE(the<QAction>("actionKeepUpToDate").isChecked());
+}
+
+TEST_F(KeptUpToDate, MemoryStays) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "AddressSanitizer keeps what is freed";
+#endif
+    Cameras cameras;
+    for (unsigned i = 1; i < 200; ++i)
+        cameras.push_back(cameraAt(i, (i % 2 ? "192.168.10." : "172.16.0.") + std::to_string(i + 1) + "/24"));
+    keep(cameras);
+    const auto search = [this](int times) {
+        const auto heard = [this] { return status(1).requests[TAG_DISCOVERY_CMD]; };
+        const auto wanted = heard() + static_cast<unsigned>(times);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return heard() >= wanted; }, times * 2000));
+    };
+    search(5);
+    const long before = residentMemory_KiB();
+    const int count = environmentNumber("LANVANE_UPDATES", 20);
+    search(count);
+    const long growth = residentMemory_KiB() - before;
+    std::cout << count << " updates of 199 cameras: " << before << " KiB and then " << growth << " more\n";
+    EXPECT_LT(growth, 3000);
 }
 
 } // namespace

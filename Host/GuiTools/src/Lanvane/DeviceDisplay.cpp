@@ -60,20 +60,21 @@ QIcon RowIcons::accessibility(EDeviceAccessiblityInfo verdict) {
     return icon;
 }
 
-QIcon RowIcons::adapterInNeed() {
-    if (!m_AdapterInNeed.isNull())
-        return m_AdapterInNeed;
+QIcon RowIcons::inNeed(const QIcon &icon) {
+    QIcon &signedIcon = m_InNeed[icon.cacheKey()];
+    if (!signedIcon.isNull())
+        return signedIcon;
     const QIcon sign = accessibility(Accessibility_NotReachable);
     for (const int size : {16, 20, 24, 32, 48, 64}) {
         QPixmap pixmap(size, size);
         pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);
-        adapter().paint(&painter, 0, 0, size, size);
+        icon.paint(&painter, 0, 0, size, size);
         const int part = size * 5 / 8;
         sign.paint(&painter, size - part, size - part, part, part);
-        m_AdapterInNeed.addPixmap(pixmap);
+        signedIcon.addPixmap(pixmap);
     }
-    return m_AdapterInNeed;
+    return signedIcon;
 }
 
 QString displayText(const CDeviceInfo &device, const char *property) { return GetUtf8Property(&device, property); }

@@ -33,10 +33,10 @@ QString FormatAccessibility(Corvo::EDeviceAccessiblityInfo verdict);
 class RowIcons {
 public:
     QIcon adapter() { return ofFile(QStringLiteral("network_adapter")); }
-    /// The same with a warning sign.
-    QIcon adapterInNeed();
     /// The icon of a model's family, or the generic camera.
     QIcon model(const QString &modelName);
+    /// The icon with a warning sign on it.
+    QIcon inNeed(const QIcon &icon);
     /// The icon in the status column; null for a device in order.
     QIcon accessibility(Corvo::EDeviceAccessiblityInfo verdict);
 
@@ -45,7 +45,7 @@ private:
 
     QHash<QString, QIcon> m_OfFiles;
     QHash<int, QIcon> m_Accessibility;
-    QIcon m_AdapterInNeed;
+    QHash<qint64, QIcon> m_InNeed; ///< by cache key
 };
 
 /// A property as the device has it, "N/A" when it has none. What a device may choose itself must pass through

@@ -26,7 +26,7 @@ constexpr int IndexRole = Qt::UserRole;
 constexpr int KeyRole = Qt::UserRole + 1; // an adapter's name or a device's MAC address
 constexpr int HeaderVersion = 2;
 
-constexpr int OrderRole = Qt::UserRole + 2; // of a device's row, as it was added
+constexpr int OrderRole = Qt::UserRole + 2; // of a device's row: what the prescribed order compares
 constexpr int MinNameChars = 8;             // of a model, that a column makes room for
 constexpr int MaxNameChars = 24;
 
@@ -39,19 +39,15 @@ public:
         if (tree && role == Qt::ToolTipRole)
             return tree->tipOf(DeviceTree::keyOf(this));
         QVariant own = QTreeWidgetItem::data(column, role);
-        const bool isPlaceOfSign =
-            type() == DeviceTree::AdapterRow ? column == DeviceTree::ColName : column == DeviceTree::ColStatus;
-        if (!tree || !isPlaceOfSign || role != Qt::DecorationRole)
-            return own;
-        // A verdict has its own.
-        const bool hasSign = type() == DeviceTree::DeviceRow && !own.value<QIcon>().isNull();
-        const QVariant sign = hasSign ? QVariant() : tree->signOf(DeviceTree::keyOf(this));
-        return sign.isValid() ? sign : own;
+        if (tree && role == Qt::DecorationRole && column == DeviceTree::ColName && tree->needsAttention(this))
+            return tree->withSign(own.value<QIcon>());
+        return own;
     }
     bool operator<(const QTreeWidgetItem &other) const override {
         const int column = treeWidget()->header()->sortIndicatorSection();
         if (!treeWidget()->header()->isSortIndicatorShown())
-            return data(DeviceTree::ColName, OrderRole).toInt() < other.data(DeviceTree::ColName, OrderRole).toInt();
+            return data(DeviceTree::ColName, OrderRole).toByteArray() <
+                   other.data(DeviceTree::ColName, OrderRole).toByteArray();
         if (column == DeviceTree::ColIpAddress || column == DeviceTree::ColSubnetMask)
             return QHostAddress(text(column)).toIPv4Address() < QHostAddress(other.text(column)).toIPv4Address();
         return text(column).localeAwareCompare(other.text(column)) < 0;
@@ -79,6 +75,11 @@ private:
 };
 
 QString keyTextOf(const QTreeWidgetItem &item) { return item.data(DeviceTree::ColName, KeyRole).toString(); }
+
+/// Whether a device was found through the adapter of a row.
+bool isIn(const QTreeWidgetItem *adapter, const CQuorelGigEDeviceInfo &device) {
+    return adapter && displayText(device, PropIfName).split(QLatin1Char(';')).contains(keyTextOf(*adapter));
+}
 
 } // namespace
 
@@ -109,7 +110,7 @@ QTreeWidgetItem *DeviceTree::addAdapterRow(const CNetworkAdapter &adapter, int i
 void DeviceTree::addDeviceRow(const CQuorelGigEDeviceInfo &device) {
     auto item = std::make_unique<Row>(DeviceRow); // the view follows each change of a row that it has
     item->setData(ColName, KeyRole, macOf(device));
-    item->setData(ColName, OrderRole, m_DeviceRows.size());
+    item->setData(ColName, OrderRole, displayText(device.GetModelName()).toUtf8() + '\0' + macOf(device).toUtf8());
     item->setFlags(item->flags() | Qt::ItemIsEditable);
     m_DeviceRows.insert(macOf(device), item.get());
     showDevice(*item, device);
@@ -126,16 +127,72 @@ void DeviceTree::addDeviceRow(const CQuorelGigEDeviceInfo &device) {
         applyFilter(*row);
 }
 
-void DeviceTree::addHiddenRow(const commissioning::Camera &camera) {
+void DeviceTree::showHidden(const commissioning::Camera &camera) {
     const CQuorelGigEDeviceInfo info = commissioning::infoOf(camera);
-    addDeviceRow(info);
-    QTreeWidgetItem &item = *findDevice(macOf(info));
+    if (!findDevice(macOf(info)))
+        addDeviceRow(info);
+    mark(*findDevice(macOf(info)), QStringLiteral("Hidden"));
+}
+
+void DeviceTree::showGone(QTreeWidgetItem &item) { mark(item, QStringLiteral("Gone")); }
+
+void DeviceTree::mark(QTreeWidgetItem &item, const QString &status) {
     item.setFlags(item.flags() & ~Qt::ItemIsEditable);
-    item.setText(ColStatus, QStringLiteral("Hidden"));
-    QFont font = item.font(ColName);
+    item.setText(ColStatus, status);
+    QFont font;
     font.setItalic(true);
     for (int column = ColName; column <= ColUserName; ++column)
         item.setFont(column, font);
+}
+
+void DeviceTree::unmark(QTreeWidgetItem &item) {
+    if ((item.flags() & Qt::ItemIsEditable) != 0)
+        return;
+    item.setFlags(item.flags() | Qt::ItemIsEditable);
+    for (int column = ColName; column <= ColUserName; ++column)
+        item.setData(column, Qt::FontRole, QVariant());
+}
+
+QTreeWidgetItem *DeviceTree::placeAdapterRow(const CNetworkAdapter &adapter, int index) {
+    QTreeWidgetItem *const row = findAdapter(adapter.name());
+    if (!row)
+        return addAdapterRow(adapter, index);
+    row->setData(ColName, IndexRole, index);
+    return row;
+}
+
+void DeviceTree::placeDeviceRow(const CQuorelGigEDeviceInfo &device) {
+    QTreeWidgetItem *const parent = findAdapter(displayText(device, PropIfName));
+    QTreeWidgetItem *row = findDevice(macOf(device));
+    if (row && row->parent() != parent && !isIn(row->parent(), device))
+        removeDeviceRow(macOf(device));
+    else if (row)
+        return showDevice(*row, device);
+    addDeviceRow(device);
+    row = findDevice(macOf(device));
+    if (!parent)
+        return;
+    int place = parent->childCount() - 1; // where it is now
+    const bool isDescending = m_SortColumn >= 0 && m_SortOrder == Qt::DescendingOrder;
+    while (place > 0 && (isDescending ? *parent->child(place - 1) < *row : *row < *parent->child(place - 1)))
+        --place;
+    parent->insertChild(place, parent->takeChild(parent->childCount() - 1));
+}
+
+void DeviceTree::removeDeviceRow(const QString &mac) { delete m_DeviceRows.take(mac); }
+
+void DeviceTree::removeAdapterRowsBut(const CNetworkAdapterList &listed) {
+    for (int i = topLevelItemCount() - 1; i >= 0; --i) {
+        QTreeWidgetItem &item = *topLevelItem(i);
+        const bool isListed = std::any_of(listed.begin(), listed.end(), [&](const CNetworkAdapter &adapter) {
+            return adapter.name() == keyTextOf(item);
+        });
+        if (item.type() != AdapterRow || isListed)
+            continue;
+        item.setData(ColName, IndexRole, -1); // of none
+        if (item.childCount() == 0 && !item.isSelected() && &item != currentItem())
+            delete &item;
+    }
 }
 
 void DeviceTree::clearRows() {
@@ -168,6 +225,7 @@ void DeviceTree::showAdapter(QTreeWidgetItem &item, const CNetworkAdapter &adapt
 void DeviceTree::showDevice(QTreeWidgetItem &item, const CQuorelGigEDeviceInfo &device) {
     const EDeviceAccessiblityInfo verdict = GetAccessibility(device);
     const QString model = displayText(device.GetModelName());
+    unmark(item);
     item.setText(ColName, plainDeviceText(model));
     item.setIcon(ColName, m_Icons.model(model));
     item.setText(ColSerialNumber, plainDeviceText(displayText(device.GetSerialNumber())));
@@ -180,10 +238,9 @@ void DeviceTree::showDevice(QTreeWidgetItem &item, const CQuorelGigEDeviceInfo &
     item.setText(ColUserName, plainDeviceText(userDefinedName(device)));
 }
 
-QVariant DeviceTree::signOf(const RowKey &key) const {
-    if (!m_Situation || !m_Situation->needsAttention(key.mac, key.adapterName))
-        return {};
-    return key.mac.isEmpty() ? m_Icons.adapterInNeed() : m_Icons.accessibility(Accessibility_NotReachable);
+bool DeviceTree::needsAttention(const QTreeWidgetItem *item) const {
+    const RowKey key = keyOf(item);
+    return m_Situation && m_Situation->needsAttention(key.mac, key.adapterName);
 }
 
 QString DeviceTree::tipOf(const RowKey &key) const {
@@ -228,20 +285,15 @@ QTreeWidgetItem *DeviceTree::find(const RowKey &key) const {
 }
 
 QTreeWidgetItem *DeviceTree::nextNeedingAttention() const {
-    const auto isInNeed = [this](const QTreeWidgetItem *item) {
-        const RowKey key = keyOf(item);
-        return m_Situation && m_Situation->needsAttention(key.mac, key.adapterName);
-    };
     QTreeWidgetItem *first = nullptr;
+    QTreeWidgetItem *next = nullptr;
     bool isBehind = currentItem() == nullptr;
-    for (QTreeWidgetItemIterator i(const_cast<DeviceTree *>(this)); *i; ++i) {
-        if (isInNeed(*i) && isBehind)
-            return *i;
-        if (!first && isInNeed(*i))
-            first = *i;
+    for (QTreeWidgetItemIterator i(const_cast<DeviceTree *>(this)); *i && !next; ++i) {
+        if (needsAttention(*i))
+            (isBehind ? next : first) = isBehind || !first ? *i : first;
         isBehind = isBehind || *i == currentItem();
     }
-    return first;
+    return next ? next : first;
 }
 
 // What the user sees
@@ -259,6 +311,15 @@ void DeviceTree::restore(const View &view) {
             row->setSelected(true);
     }
     if (QTreeWidgetItem *top = find(view.top))
+        scrollToItem(top, PositionAtTop);
+    horizontalScrollBar()->setValue(view.horizontal);
+}
+
+void DeviceTree::keep(const View &view) {
+    if (QTreeWidgetItem *current = find(view.current))
+        setCurrentItem(current, currentColumn(), QItemSelectionModel::NoUpdate);
+    QTreeWidgetItem *const top = find(view.top);
+    if (top && top != itemAt(0, 0))
         scrollToItem(top, PositionAtTop);
     horizontalScrollBar()->setValue(view.horizontal);
 }

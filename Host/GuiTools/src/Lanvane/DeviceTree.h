@@ -51,15 +51,25 @@ public:
     /// What it shows of what is wrong: signs and tool tips. \param situation not owned; refreshSigns after it changed.
     void setSituation(const Situation *situation) { m_Situation = situation; }
     void refreshSigns() { viewport()->update(); }
-    QVariant signOf(const RowKey &key) const;
+    bool needsAttention(const QTreeWidgetItem *item) const;
+    QIcon withSign(const QIcon &icon) const { return m_Icons.inNeed(icon); }
     QString tipOf(const RowKey &key) const;
 
     /// \param index of the adapter in its list.
     QTreeWidgetItem *addAdapterRow(const CNetworkAdapter &adapter, int index);
     /// Under the first adapter of those it was found through that has a row, else a row of its own.
     void addDeviceRow(const Corvo::CQuorelGigEDeviceInfo &device);
-    /// One that only the listener heard.
-    void addHiddenRow(const commissioning::Camera &camera);
+    /// Adds the row, or makes the one that is there that of the index.
+    QTreeWidgetItem *placeAdapterRow(const CNetworkAdapter &adapter, int index);
+    /// Adds the row at its place in the order, or changes the one that is there.
+    void placeDeviceRow(const Corvo::CQuorelGigEDeviceInfo &device);
+    /// The row of one that only the listener heard, added or changed.
+    void showHidden(const commissioning::Camera &camera);
+    /// That a device no longer answers.
+    void showGone(QTreeWidgetItem &item);
+    void removeDeviceRow(const QString &mac);
+    /// Those that are not in the list, unless there is something below them or they are selected.
+    void removeAdapterRowsBut(const CNetworkAdapterList &listed);
     void clearRows();
     void showAdapter(QTreeWidgetItem &item, const CNetworkAdapter &adapter);
     void showDevice(QTreeWidgetItem &item, const Corvo::CQuorelGigEDeviceInfo &device);
@@ -95,6 +105,10 @@ public:
     View view() const;
     /// Selects and scrolls as it was. Where the row is gone its adapter's is selected, else the first.
     void restore(const View &view);
+    /// Undoes what rows that came and went have moved.
+    void keep(const View &view);
+    /// Whether the user is entering a name.
+    bool isEditing() const { return state() == EditingState; }
 
     void restoreHeader(const QSettings &settings);
     void saveHeader(QSettings &settings) const;
@@ -114,6 +128,8 @@ signals:
     void nameEntered(const QString &mac, const QString &name);
 
 private:
+    static void mark(QTreeWidgetItem &item, const QString &status);
+    static void unmark(QTreeWidgetItem &item);
     void freeDiscarded();
     QTreeWidgetItem *find(const RowKey &key) const;
     void setUpHeader();

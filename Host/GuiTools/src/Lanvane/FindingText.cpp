@@ -43,7 +43,8 @@ QString sentenceOf(const Finding &finding) {
 
 QString commandText(const std::string &command) {
     const QByteArray link = QUrl::toPercentEncoding(QString::fromStdString(command));
-    return QStringLiteral("<p style='margin-left:12px'><code>%1</code> &nbsp;<a href='%2%3'>Copy</a></p>")
+    return QStringLiteral("<p style='margin-left:12px'><span style='font-family:monospace'>%1</span> &nbsp;<a "
+                          "href='%2%3'>Copy</a></p>")
         .arg(rich(command), QLatin1String(CopyScheme), QString::fromLatin1(link));
 }
 

@@ -106,11 +106,16 @@ bool IpConfigurationWidget::search(const DeviceTree::View &view, const commissio
     const bool hasAdapters = !m_NetworkAdapters.isEmpty(); // else there is nothing to search on
     const bool isDone = m_Interaction.runSearch([&] { hasAdapters ? search.run() : search.runWithoutSearch(); });
     takeSituation(search.takeSituation());
+    showHiddenDevices();
+    m_Missed.clear();
+    return isDone;
+}
+
+void IpConfigurationWidget::showHiddenDevices() {
     for (const commissioning::Camera &camera : inventory().cameras) {
         if (camera.hidden)
-            tree.addHiddenRow(camera);
+            ui->deviceTree->showHidden(camera);
     }
-    return isDone;
 }
 
 void IpConfigurationWidget::takeAdapters(const std::vector<commissioning::Adapter> &adapters) {

@@ -53,6 +53,12 @@ MainWnd::MainWnd(QWidget *parent, Qt::WindowFlags flags) : QMainWindow(parent, f
     }
     setUpStatusBar();
     restoreGeometryFromSettings();
+    const QString kept = QLatin1String(SettingsGroup) + QStringLiteral("/keepuptodate");
+    connect(actionKeepUpToDate, &QAction::toggled, this, [this, kept](bool isKept) {
+        QSettings().setValue(kept, isKept);
+        m_IpConfigWidget->setKeptUpToDate(isKept);
+    });
+    actionKeepUpToDate->setChecked(QSettings().value(kept).toBool());
     connect(actionExit, SIGNAL(triggered()), this, SLOT(close()));
     connect(actionOpenPlan, &QAction::triggered, m_IpConfigWidget, &IpConfigurationWidget::openPlan);
     connect(actionSaveListAs, &QAction::triggered, m_IpConfigWidget, &IpConfigurationWidget::saveListAs);

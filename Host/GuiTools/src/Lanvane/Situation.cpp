@@ -20,7 +20,7 @@ QString counted(qint64 count, const char *what) {
 
 } // namespace
 
-Situation::Situation(commissioning::Diagnosis diagnosis, bool isComplete)
+Situation::Situation(commissioning::Diagnosis &&diagnosis, bool isComplete)
     : m_Observation(std::move(diagnosis.observation)), m_Inventory{m_Observation.adapters, m_Observation.cameras,
                                                                    std::move(diagnosis.findings)},
       m_IsComplete(isComplete), m_IsKnown(true) {

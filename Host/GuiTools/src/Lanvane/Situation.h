@@ -17,7 +17,7 @@ public:
     /// That of before the first search.
     Situation() = default;
     /// \param isComplete whether the search came to its end; else nothing is known to be wrong.
-    Situation(commissioning::Diagnosis diagnosis, bool isComplete);
+    Situation(commissioning::Diagnosis &&diagnosis, bool isComplete);
 
     const commissioning::Inventory &inventory() const { return m_Inventory; }
     /// What the findings rest on.

@@ -103,7 +103,10 @@ bool WindowInteraction::run(const std::function<void()> &work, const QString &st
     m_Box->setStep(step);
     m_Box->showAfter(boxAfter_ms);
     try {
-        m_Operation.run(work);
+        m_Operation.run([&] {
+            m_Prelude();
+            work();
+        });
     } catch (...) {
         if (!isCancelled())
             throw;

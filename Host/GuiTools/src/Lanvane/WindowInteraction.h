@@ -37,6 +37,8 @@ public:
     bool runUnattended(const commissioning::TemporaryAddress &planned, const std::function<void()> &work);
     /// What failed last while nobody was asked; empty when nothing did.
     const QString &lastFailure() const { return m_LastFailure; }
+    /// \param prelude comes before each operation, on its thread.
+    void setPrelude(std::function<void()> prelude) { m_Prelude = std::move(prelude); }
     Operation &operation() { return m_Operation; }
     /// Not while something is asked: that is for the user to answer first.
     void cancel();
@@ -67,6 +69,7 @@ private:
     Reporter m_Report;
     const CNetworkAdapterList &m_Adapters;
     Updated m_Updated;
+    std::function<void()> m_Prelude;
     Operation m_Operation;
     std::unique_ptr<WaitCursor> m_Cursor; ///< while an operation runs, as the next
     std::unique_ptr<WaitBox> m_Box;

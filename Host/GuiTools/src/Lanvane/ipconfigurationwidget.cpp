@@ -28,10 +28,12 @@
 #include <QSettings>
 #include <QShortcut>
 #include <QSignalBlocker>
+#include <QTextDocument>
 #include <QTimer>
 #include <QToolTip>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Corvo;
 
@@ -70,7 +72,12 @@ IpConfigurationWidget::IpConfigurationWidget(QWidget *parent)
       m_Interaction(
           *this, [this](const char *context, const std::function<void()> &work) { guarded(context, work); },
           m_NetworkAdapters,
-          [this](const QString &mac, std::optional<commissioning::Address> forced) { onUpdated(mac, forced); }) {
+          [this](const QString &mac, std::optional<commissioning::Address> forced) { onUpdated(mac, forced); }),
+      m_Background([this]() -> IGigETransportLayer & { return m_pDeviceLister->Tl(); },
+                   [this] { return m_BusyDepth > 0 || m_Interaction.operation().isRunning(); }, m_Host,
+                   [this](commissioning::Diagnosis found) { takeUpdate(std::move(found)); },
+                   [this] { emit summaryChanged(m_Situation.summary() + QStringLiteral(" (last search failed)")); }) {
+    m_Interaction.setPrelude([this] { m_Background.end(); });
     ui->setupUi(this);
     m_pDeviceLister = std::make_unique<DeviceLister>();
     setUpTree();
@@ -179,21 +186,23 @@ void IpConfigurationWidget::showAllColumnsOnce() {
         return;
     const bool isNew = !QSettings().contains(QLatin1String(SettingsGroup) + "/size");
     if (isNew && !window()->isMaximized())
-        widenWindow();
+        growWindow();
     if (ui->deviceTree->missingWidth() > 0)
         ui->deviceTree->bringAddressesForward();
 }
 
-void IpConfigurationWidget::widenWindow() {
+/// To the width of its columns, and to a height at which most of what can be wrong is read without scrolling.
+void IpConfigurationWidget::growWindow() {
+    constexpr int InfoLines = 15;
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
-    const int frame = window()->frameGeometry().width() - window()->width();
-    const int wanted = std::min(window()->width() + ui->deviceTree->missingWidth(), screen.width() - frame);
-    if (wanted <= window()->width())
-        return;
-    window()->resize(wanted, window()->height());
-    const int beyond = window()->frameGeometry().right() - screen.right();
-    if (beyond > 0)
-        window()->move(window()->x() - beyond, window()->y());
+    const QSize frame = window()->frameGeometry().size() - window()->size();
+    const int missingHeight = InfoLines * fontMetrics().lineSpacing() - ui->selectionInfoArea->height();
+    const QSize wanted(window()->width() + ui->deviceTree->missingWidth(),
+                       window()->height() + std::max(0, missingHeight));
+    window()->resize(wanted.boundedTo(screen.size() - frame).expandedTo(window()->size()));
+    const QPoint beyond = window()->frameGeometry().bottomRight() - screen.bottomRight();
+    if (beyond.x() > 0 || beyond.y() > 0)
+        window()->move(window()->pos() - QPoint(std::max(0, beyond.x()), std::max(0, beyond.y())));
 }
 
 void IpConfigurationWidget::saveLayout() const {
@@ -356,21 +365,26 @@ void IpConfigurationWidget::updateSelectionInfo(const QTreeWidgetItem *item) {
         QString notes = diagnosisText(*device, adapter);
         if (isAtTemporaryAddress(*device, surroundingsOf(item).isForced))
             notes += temporaryAddressText(*device);
-        showDeviceInfo(*device, notes + findingsText(m_Situation.ofCamera(key.mac)) + makeUsableText(key.mac) +
-                                    noticeText(key.mac));
+        notes += findingsText(m_Situation.ofCamera(key.mac)) + makeUsableText(key.mac);
+        showInfo(deviceText(*device) + userDefinedNameText(*device), notes + noticeText(key.mac));
     } else if (const commissioning::Camera *hidden = m_Situation.hiddenCamera(key.mac))
-        showDeviceInfo(commissioning::infoOf(*hidden),
-                       findingsText(m_Situation.ofCamera(key.mac)) + makeUsableText(key.mac) + noticeText(key.mac));
+        showInfo(deviceText(commissioning::infoOf(*hidden)),
+                 findingsText(m_Situation.ofCamera(key.mac)) + makeUsableText(key.mac) + noticeText(key.mac));
     else if (adapter)
-        setSelectionInfoText(adapterText(*adapter) + adapterFindingsText(m_Situation, adapter->name()) +
-                             noticeText(QString()));
+        showInfo(adapterText(*adapter) + adapterFindingsText(m_Situation, adapter->name()), noticeText(QString()));
     else
         setSelectionInfoText(noDevicesText() + noticeText(QString()));
 }
 
-void IpConfigurationWidget::showDeviceInfo(const CQuorelGigEDeviceInfo &device, const QString &notes) {
-    setSelectionInfoText(deviceText(device) + userDefinedNameText(device) + notes);
-    scrollSelectionInfo(!notes.isEmpty()); // to what is wrong
+void IpConfigurationWidget::showInfo(const QString &facts, const QString &notes) {
+    const DeviceTree::RowKey key = DeviceTree::keyOf(ui->deviceTree->currentItem());
+    const QString subject = key.mac.isEmpty() ? key.adapterName : key.mac;
+    const bool isUpdate = subject == std::exchange(m_InfoSubject, subject) && m_BusyDepth == 0;
+    if (isUpdate && facts + notes == ui->selectionInfo->text()) // part of it may be selected
+        return;
+    setSelectionInfoText(facts + notes);
+    if (!isUpdate)
+        scrollSelectionInfo(notes.isEmpty() ? QString() : facts);
 }
 
 QString IpConfigurationWidget::noticeText(const QString &mac) const {
@@ -381,11 +395,15 @@ QString IpConfigurationWidget::noticeText(const QString &mac) const {
 
 void IpConfigurationWidget::setSelectionInfoText(const QString &richText) { ui->selectionInfo->setText(richText); }
 
-void IpConfigurationWidget::scrollSelectionInfo(bool toEnd) {
+void IpConfigurationWidget::scrollSelectionInfo(const QString &above) {
     // Later, when the label has its new height.
-    QTimer::singleShot(0, ui->selectionInfo, [this, toEnd] {
-        QScrollBar *bar = ui->selectionInfoArea->verticalScrollBar();
-        bar->setValue(toEnd ? bar->maximum() : 0);
+    QTimer::singleShot(0, ui->selectionInfo, [this, above] {
+        QTextDocument document;
+        document.setDefaultFont(ui->selectionInfo->font());
+        document.setHtml(above);
+        document.setTextWidth(ui->selectionInfo->contentsRect().width());
+        const int height = above.isEmpty() ? 0 : static_cast<int>(document.size().height());
+        ui->selectionInfoArea->verticalScrollBar()->setValue(height);
     });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Lanvane/BackgroundSearch.h"
 #include "Lanvane/DeviceLister.h"
 #include "Lanvane/DeviceTree.h"
 #include "Lanvane/EditorState.h"
@@ -40,6 +41,7 @@ public:
     explicit IpConfigurationWidget(QWidget *parent = nullptr);
     ~IpConfigurationWidget() override;
 
+    void setUpdateInterval(std::chrono::milliseconds interval) { m_Background.setInterval(interval); }
     void setRediscoveryPatience(const commissioning::RediscoveryPatience &patience) { m_Patience = patience; }
 
     /// What the last search has found out.
@@ -67,6 +69,8 @@ public slots:
     /// Of the selected cameras when there are several, else of all.
     void saveListAs();
     void undoLastChange();
+    /// Whether searches in the background keep the list up to date.
+    void setKeptUpToDate(bool isKept);
     /// Selects the next row that needs attention, if one does.
     void showNextInNeed();
 
@@ -124,7 +128,7 @@ private:
     void restoreLayout();
     void saveLayout() const;
     void showAllColumnsOnce();
-    void widenWindow();
+    void growWindow();
 
     // Refresh and rows
     void doRefresh();
@@ -136,6 +140,14 @@ private:
     /// Gives those that cannot be used a row, too, and says why.
     void takeAdapters(const std::vector<commissioning::Adapter> &adapters);
     void takeSituation(Situation situation);
+    void showHiddenDevices();
+
+    // Keeping the list up to date (IpConfigurationUpdate.cpp)
+    void takeUpdate(commissioning::Diagnosis found);
+    void updateAdapters(const std::vector<commissioning::Adapter> &adapters);
+    void updateDevices(DeviceLister::DeviceInfoList_t devices);
+    /// Removes the rows of those that are not even hidden any more.
+    void forgetHidden(const Situation &before);
     void show(const DeviceTree::View &view);
     std::size_t updateTreeRowFromDeviceInfoByMac(const QString &mac);
     bool UpdateTreeItemFromDeviceInfo(QTreeWidgetItem *item, const Corvo::CQuorelGigEDeviceInfo *device);
@@ -160,11 +172,11 @@ private:
     /// An operation has changed what is known of a device. \param forced the address it was given, if it was.
     void onUpdated(const QString &mac, std::optional<commissioning::Address> forced);
     void updateSelectionInfo(const QTreeWidgetItem *item);
-    /// \param notes what is wrong, as rich text.
-    void showDeviceInfo(const Corvo::CQuorelGigEDeviceInfo &device, const QString &notes);
+    /// Both as rich text. \param notes what matters most; comes into view.
+    void showInfo(const QString &facts, const QString &notes);
     void setSelectionInfoText(const QString &richText);
-    /// \param toEnd where the diagnosis stands, which matters more than the device's data above it.
-    void scrollSelectionInfo(bool toEnd);
+    /// \param above what is scrolled out, as rich text.
+    void scrollSelectionInfo(const QString &above);
     void setHintText(const QString &text);
     QString noticeText(const QString &mac) const;
 
@@ -253,6 +265,9 @@ private:
     commissioning::Journal m_Journal{commissioning::Journal::defaultPath()};
     int m_BusyDepth = 0; ///< operations that run
     bool m_isShowingSeveral = false;
+    QString m_InfoSubject;        ///< MAC address or adapter that the selection info is about
+    QHash<QString, int> m_Missed; ///< how many updates have missed a device, by MAC address
+    BackgroundSearch m_Background;
     /// How an operation has ended, shown below what is known of the device.
     struct Notice {
         QString mac; ///< empty: of all
