@@ -238,11 +238,11 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
     }
 
     /// What is missing is a command; one that is not known counts as none.
-    static void nameCommands(const CLI::App &app) {
-        const auto commands = app.get_subcommands({});
+    void nameCommands(const CLI::App &app) const {
+        const auto commands = app.get_subcommands([](const CLI::App *each) { return !each->get_name().empty(); });
         if (commands.empty() || !app.get_subcommands().empty())
             return;
-        const auto words = app.remaining();
+        const auto words = m_App.remaining(true);
         const auto word = std::find_if(words.begin(), words.end(), [](const auto &each) { return each[0] != '-'; });
         const bool isUnknown = word != words.end();
         std::string text = isUnknown ? "There is no command '" + *word + "'. There are" : "A subcommand is required";

@@ -61,7 +61,7 @@ TEST(Arguments, AreCheckedTogether) {
         {{"rescue", "x", "y", "--dhcp"}, nullptr},
         {{}, "subcommand is required: list, show"},
         {{"lits"}, "no command 'lits'. There are: list, show"},
-        {{"plan", "--json"}, "subcommand is required: export"},
+        {{"plan", "--quiet"}, "subcommand is required: export"},
         {{"plan", "foo"}, "no command 'foo'. There are: export, check"},
         {{"set", "x", "static"}, "needs an address"},
         {{"set", "x", "auto", "10.0.0.1"}, "only static"},
