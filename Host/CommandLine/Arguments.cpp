@@ -36,7 +36,12 @@ public:
     }
 
     Arguments parse(int argc, const char *const *argv) {
-        m_App.parse(argc, argv);
+        try {
+            m_App.parse(argc, argv);
+        } catch (const CLI::RequiredError &) {
+            nameCommands(m_App.get_subcommands().empty() ? m_App : *m_App.get_subcommands().front());
+            throw;
+        }
         readAddresses();
         checkTogether();
         return m_Arguments;
@@ -230,6 +235,20 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
 
     void addPlanFile(CLI::App *app) {
         app->add_option("FILE", m_Arguments.file, "CSV; - for standard input")->required()->check(notEmpty());
+    }
+
+    /// What is missing is a command; one that is not known counts as none.
+    void nameCommands(const CLI::App &app) const {
+        const auto commands = app.get_subcommands([](const CLI::App *each) { return !each->get_name().empty(); });
+        if (commands.empty() || !app.get_subcommands().empty())
+            return;
+        const auto words = m_App.remaining(true);
+        const auto word = std::find_if(words.begin(), words.end(), [](const auto &each) { return each[0] != '-'; });
+        const bool isUnknown = word != words.end();
+        std::string text = isUnknown ? "There is no command '" + *word + "'. There are" : "A subcommand is required";
+        for (const CLI::App *command : commands)
+            text += (command == commands.front() ? ": " : ", ") + command->get_name();
+        throw CLI::RequiredError(text, CLI::ExitCodes::RequiredError);
     }
 
     template <typename Read>

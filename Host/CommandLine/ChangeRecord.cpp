@@ -99,16 +99,11 @@ ChangeRecord recordOf(const Camera &camera, const Result &result, const std::str
 }
 
 Json changeJson(const ChangeRecord &record) {
-    return {{"camera", macText(record.mac)},
-            {"changed", record.changed},
-            {"before", settingsJson(record.before)},
-            {"after", record.after ? settingsJson(*record.after) : Json()},
-            {"path", pathJson(record.path)},
-            {"verified", verificationJson(record.verification)},
-            {"error", record.error.empty() ? Json() : Json(record.error)},
-            {"remark", record.remark.empty() ? Json() : Json(record.remark)},
-            {"state", stateWord(record.state)},
-            {"line", record.line == 0 ? Json() : Json(record.line)}};
+    return {{"camera", macText(record.mac)},         {"changed", record.changed},
+            {"before", settingsJson(record.before)}, {"after", record.after ? settingsJson(*record.after) : Json()},
+            {"path", pathJson(record.path)},         {"verified", verificationJson(record.verification)},
+            {"error", textOrNull(record.error)},     {"remark", textOrNull(record.remark)},
+            {"state", stateWord(record.state)},      {"line", numberOrNull(record.line)}};
 }
 
 int exitCodeOf(const std::vector<ChangeRecord> &records) {

@@ -10,6 +10,8 @@ namespace {
 
 const char *textOf(Step step) {
     switch (step) {
+    case Step::Look:
+        return "reading what it has";
     case Step::Broadcast:
         return "sending the settings by broadcast";
     case Step::Connect:
@@ -38,7 +40,7 @@ std::shared_ptr<void> ConsoleInteraction::begin(Step step) {
     if (step != Step::Write) // a camera whose settings are half written is worse than any wait
         stopWhenAsked();
     m_Terminal.progress(macText(m_Mac) + ": " + textOf(step) + "...");
-    return nullptr;
+    return step == Step::Look ? std::make_shared<Gx::CStopScope>(&m_Interruption.token()) : nullptr;
 }
 
 void ConsoleInteraction::pause(std::chrono::milliseconds time) {

@@ -83,4 +83,9 @@ Json eventJson(const char *kind, const std::string &text) {
             {"text", textOrNull(text)}};
 }
 
+std::string eventLine(Json json) {
+    json["time"] = timeText(std::chrono::system_clock::now());
+    return printedLine(json);
+}
+
 } // namespace commandline

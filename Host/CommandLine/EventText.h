@@ -20,4 +20,7 @@ Json eventJson(const commissioning::Event &event);
 /// The same for what is about none of these: "search-failed" or "search-succeeded".
 Json eventJson(const char *kind, const std::string &text);
 
+/// The line itself, with the time of now.
+std::string eventLine(Json json);
+
 } // namespace commandline

@@ -16,11 +16,24 @@ namespace commandline {
 
 namespace {
 
+/// "3, 5-9"
+std::string rangesText(const std::vector<std::size_t> &numbers) {
+    std::string text;
+    for (std::size_t first = 0, last = 0; first < numbers.size(); first = ++last) {
+        while (last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1)
+            ++last;
+        text += (text.empty() ? "" : ", ") + std::to_string(numbers[first]) +
+                (last == first ? "" : "-" + std::to_string(numbers[last]));
+    }
+    return text;
+}
+
+/// For an undo, which misses what a line that cannot be read told of.
 JournalContent read(Session &session, const Terminal &terminal) {
     const Journal &journal = *session.context().journal;
     JournalContent content = journal.read();
-    for (const std::size_t line : content.unreadable)
-        terminal.complain(journal.path() + ": line " + std::to_string(line) + " cannot be read: it is skipped.");
+    if (!content.unreadable.empty())
+        terminal.note(journal.path() + " has lines that cannot be read. \"lanvanectl plan log\" names them.");
     return content;
 }
 
@@ -69,6 +82,12 @@ bool isKnown(const std::string &id, const std::vector<JournalEntry> &entries) {
                        [&](const JournalEntry &entry) { return entry.id == id || entry.plan == id; });
 }
 
+/// Whether a refused undo would change something, and nothing speaks against it, if it were forced.
+bool helpsForce(const std::string &id, const std::vector<JournalEntry> &entries, const Session &session) {
+    const Undo forced = undoOf(id, entries, inventoryOf(session.diagnosis()), true);
+    return checked(forced.plan, "", session).outcome.exitCode == ExitWouldChange;
+}
+
 Outcome undo(const std::string &id, const std::vector<JournalEntry> &entries, const Arguments &arguments,
              Session &session, const Terminal &terminal) {
     const Undo undo = undoOf(id, entries, inventoryOf(session.diagnosis()), arguments.isForced);
@@ -83,7 +102,7 @@ Outcome undo(const std::string &id, const std::vector<JournalEntry> &entries, co
         addRemarks(undo.losses, &outcome);
     if (undo.plan.entries.empty() && undo.plan.problems.empty())
         outcome.text = "There is nothing to undo.\n";
-    if (check.review.isRefused() && !arguments.isForced)
+    if (check.review.isRefused() && !arguments.isForced && helpsForce(id, entries, session))
         outcome.error += ". --force undoes also what has changed since, as far as that can be done";
     return outcome;
 }
@@ -110,7 +129,12 @@ Outcome undoPlan(const Arguments &arguments, Session &session, const Terminal &t
 
 Outcome showLog(Session &session, const Terminal &terminal) {
     Outcome outcome;
-    outcome.log = read(session, terminal);
+    const Journal &journal = *session.context().journal;
+    outcome.log = journal.read();
+    const auto &unreadable = outcome.log->unreadable;
+    if (!unreadable.empty())
+        terminal.complain(journal.path() + ": " + (unreadable.size() == 1 ? "line " : "lines ") +
+                          rangesText(unreadable) + " cannot be read.");
     return outcome;
 }
 

@@ -51,11 +51,16 @@ std::vector<Deed> deedsOf(const std::vector<JournalEntry> &entries) {
 
 std::string numberText(int number) { return number == 0 ? "" : std::to_string(number); }
 
+std::string whatText(const JournalEntry &entry) {
+    return entry.what + (entry.file.empty() ? "" : " " + entry.file) +
+           (entry.undoes.empty() ? "" : " of " + entry.undoes);
+}
+
 Table::Row rowOf(const Deed &deed) {
     const std::size_t count = deed.cameras.size();
     return {idOf(*deed.first),
             deed.first->time,
-            deed.first->what + (deed.first->undoes.empty() ? "" : " of " + deed.first->undoes),
+            whatText(*deed.first),
             count == 1 ? macText(*deed.cameras.begin()) : std::to_string(count) + " cameras",
             numberText(deed.count({Fate::Done})),
             numberText(deed.count({Fate::Failed, Fate::RolledBack, Fate::Unconfirmed})),
@@ -73,6 +78,7 @@ Json entryJson(const JournalEntry &entry) {
     return {{"id", entry.id},
             {"plan", textOrNull(entry.plan)},
             {"undoes", textOrNull(entry.undoes)},
+            {"file", textOrNull(entry.file)},
             {"time", entry.time},
             {"camera", macText(entry.mac)},
             {"what", entry.what},

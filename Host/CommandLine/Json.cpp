@@ -9,6 +9,8 @@ namespace commandline {
 
 Json textOrNull(const std::string &text) { return text.empty() ? Json() : Json(text); }
 
+Json numberOrNull(int number) { return number == 0 ? Json() : Json(number); }
+
 Json storedJson(const StoredAddresses &stored) {
     return {{"address", toText(stored.address)}, {"mask", toText(stored.mask)}, {"gateway", toText(stored.gateway)}};
 }
@@ -89,6 +91,7 @@ Json inventoryJson(const Inventory &inventory) {
             {"changes", Json::array()},
             {"plan", nullptr},
             {"log", nullptr},
+            {"report", nullptr},
             {"error", nullptr}};
 }
 

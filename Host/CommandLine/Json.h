@@ -12,6 +12,8 @@ using Json = nlohmann::ordered_json;
 
 /// null for an empty one
 Json textOrNull(const std::string &text);
+/// null for 0
+Json numberOrNull(int number);
 Json storedJson(const commissioning::StoredAddresses &stored);
 
 /// The object that --json prints; docs/json.md describes it. Every key is always there.

@@ -57,6 +57,7 @@ ChangeRecord changeRecordOf(const PlanRecord &done) {
 }
 
 void fill(const Arguments &arguments, Session &session, const Terminal &terminal, PlanOptions *pOptions) {
+    pOptions->file = arguments.file == "-" ? "" : arguments.file;
     pOptions->maxFailures = arguments.maxFailures;
     pOptions->rollsBack = arguments.rollsBack;
     pOptions->patience = session.context().patience;
@@ -84,8 +85,9 @@ Outcome applied(PlanOutcome done, PlanReport plan) {
     outcome.plan = std::move(plan);
     for (const PlanRecord &record : done.records)
         outcome.changes.push_back(changeRecordOf(record));
-    const int failed = done.id.empty() ? ExitRefused : ExitFailed; // some may have been changed
-    outcome.exitCode = done.error.empty() ? exitCodeOf(outcome.changes) : failed;
+    outcome.exitCode = done.error.empty() ? exitCodeOf(outcome.changes) : ExitFailed;
+    if (done.id.empty() && outcome.exitCode != ExitDone) // nothing was sent
+        outcome.exitCode = ExitRefused;
     outcome.error = std::move(done.error);
     return outcome;
 }

@@ -1,12 +1,10 @@
 #include "PlanCommands.h"
 
 #include "ExitCode.h"
+#include "FileReading.h"
 #include "FileWriting.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fstream>
-#include <iostream>
 #include <stdexcept>
 #include <system_error>
 
@@ -19,27 +17,15 @@ namespace {
 constexpr const char *Standard = "-"; // input or output
 constexpr mode_t Readable = 0644;
 
-std::string lastError() { return std::error_code(errno, std::generic_category()).message(); }
-
-/// Not more than a little beyond what a plan may have.
-std::string textOf(std::istream &input) {
-    std::string text;
-    for (std::string piece(1U << 16U, '\0'); input && text.size() <= MaxPlanBytes;) {
-        input.read(piece.data(), static_cast<std::streamsize>(piece.size()));
-        text.append(piece, 0, static_cast<std::size_t>(input.gcount()));
-    }
-    return text;
-}
-
 std::string textOfFile(const std::string &file) {
-    if (file == Standard)
-        return textOf(std::cin);
-    errno = 0;
-    std::ifstream input(file, std::ios::binary);
-    std::string text = textOf(input);
-    if (errno != 0 && !input.eof()) // a folder opens, and fails when it is read
-        throw std::invalid_argument(file + " cannot be read: " + lastError() + ".");
-    return text;
+    try {
+        return file == Standard ? readInput(MaxPlanBytes + 1) : readFile(file, MaxPlanBytes + 1);
+    } catch (const std::system_error &error) {
+        const bool isFile = error.code() != std::errc::invalid_argument;
+        throw std::invalid_argument(
+            file + " cannot be read: " + (isFile ? error.code().message() : "it is no file (- is for standard input)") +
+            ".");
+    }
 }
 
 ChangeRecord changeRecordOf(const PlannedChange &change, ChangeState differing) {

@@ -53,10 +53,6 @@ std::string problemText(const PlanReport &plan, const PlanProblem &problem) {
     return harmless(text + (text.empty() ? "" : " ") + problem.text) + "\n";
 }
 
-Json orNull(int number) { return number == 0 ? Json() : Json(number); }
-
-Json orNull(const std::string &text) { return text.empty() ? Json() : Json(text); }
-
 } // namespace
 
 std::string planTable(const std::vector<ChangeRecord> &records, int width) {
@@ -89,11 +85,11 @@ Json planJson(const std::optional<PlanReport> &plan) {
         return nullptr;
     Json problems = Json::array();
     for (const PlanProblem &problem : plan->problems)
-        problems.push_back({{"file", orNull(plan->file)},
-                            {"line", orNull(problem.line)},
-                            {"character", orNull(problem.character)},
+        problems.push_back({{"file", textOrNull(plan->file)},
+                            {"line", numberOrNull(problem.line)},
+                            {"character", numberOrNull(problem.character)},
                             {"text", problem.text}});
-    return {{"id", orNull(plan->id)}, {"file", orNull(plan->file)}, {"problems", problems}};
+    return {{"id", textOrNull(plan->id)}, {"file", textOrNull(plan->file)}, {"problems", problems}};
 }
 
 } // namespace commandline

@@ -171,7 +171,7 @@ private:
         std::vector<char> isRead(devices.size());
         dumpCameras(devices, Clock::now() + MaxTime, [&](std::size_t index, const CameraDump &dump) {
             isRead[index] = 1;
-            addDump("cameras/" + macOf(devices[index]) + "/", dump);
+            addDump("cameras/" + macOf(devices[index]), dump);
         });
         for (std::size_t i = 0; i < devices.size(); ++i) {
             if (!isRead[i])
@@ -183,9 +183,9 @@ private:
 
     void addDump(const std::string &folder, const CameraDump &dump) {
         if (!dump.registers.empty())
-            add(folder + "registers.txt", registersText(dump.registers));
+            add(folder + "/registers.txt", registersText(dump.registers));
         if (!dump.description.empty())
-            add(folder + (isZip(dump.description) ? "description.zip" : "description.xml"),
+            add(folder + (isZip(dump.description) ? "/description.zip" : "/description.xml"),
                 {dump.description.begin(), dump.description.end()});
         else
             remark(folder + ": " + dump.problem);
@@ -223,7 +223,9 @@ int writeReport(const Arguments &arguments, Session &session, const Terminal &te
         throw Cancelled();
     constexpr mode_t OwnersOnly = 0600;
     writeFile(path, report.zip(), OwnersOnly, Existing::Refuse);
-    terminal.print(arguments.json ? printed(inventoryJson(report.inventory())) : readme + "\nWritten: " + path + "\n");
+    Json object = inventoryJson(report.inventory());
+    object["report"] = path;
+    terminal.print(arguments.json ? printed(object) : readme + "\nWritten: " + path + "\n");
     return ExitDone;
 }
 

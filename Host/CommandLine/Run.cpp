@@ -2,6 +2,7 @@
 
 #include "Base/GCException.h"
 #include "Commands.h"
+#include "EventText.h"
 #include "ExitCode.h"
 #include "JournalPage.h"
 #include "Json.h"
@@ -96,7 +97,9 @@ void report(const Arguments &arguments, const Outcome &outcome, const Session &s
 }
 
 int fail(const Arguments &arguments, const Terminal &terminal, int exitCode, const std::string &text) {
-    if (arguments.json)
+    if (arguments.json && arguments.command == Command::Watch)
+        terminal.print(eventLine(eventJson("search-failed", text))); // lines are promised
+    else if (arguments.json)
         terminal.print(printed(errorJson(exitCode, text)));
     else
         terminal.complain(text);
@@ -121,7 +124,9 @@ int carryOut(const Arguments &arguments, const Terminal &terminal) {
         const bool isLost = outcome.exitCode == ExitDone && outcome.changes.empty() && !std::cout;
         return isLost ? ExitFailed : outcome.exitCode;
     } catch (const commissioning::Cancelled &) {
-        return fail(arguments, terminal, ExitInterrupted, "Interrupted. Nothing was changed.");
+        return fail(arguments, terminal, ExitInterrupted,
+                    arguments.command == Command::Report ? "Interrupted. No report was written."
+                                                         : "Interrupted. Nothing was changed.");
     } catch (const GenICam::GenericException &error) {
         return fail(arguments, terminal, ExitFailed, harmless(error.GetDescription()));
     } catch (const std::invalid_argument &error) {

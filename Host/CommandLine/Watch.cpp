@@ -3,6 +3,7 @@
 #include "Base/GCException.h"
 #include "EventText.h"
 #include "ExitCode.h"
+#include "FileReading.h"
 #include "FileWriting.h"
 #include "Metrics.h"
 #include "Pages.h"
@@ -10,7 +11,6 @@
 #include "commissioning/Recollection.h"
 
 #include <cmath>
-#include <fstream>
 #include <iostream>
 #include <poll.h>
 #include <unistd.h>
@@ -100,15 +100,13 @@ private:
 
     /// Read each time, as it is small and may have been changed.
     Plan readPlanFile() const {
-        std::ifstream file(m_Arguments.plan, std::ios::binary);
-        std::string text(MaxPlanBytes + 1, '\0');
-        file.read(text.data(), static_cast<std::streamsize>(text.size()));
-        text.resize(static_cast<std::size_t>(file.gcount()));
-        if (file.is_open() && !file.bad()) // a folder opens, and fails when it is read
-            return readPlan(text);
-        Plan plan;
-        plan.problems.push_back({0, 0, "The plan " + m_Arguments.plan + " cannot be read."});
-        return plan;
+        try {
+            return readPlan(readFile(m_Arguments.plan, MaxPlanBytes + 1));
+        } catch (const std::system_error &) {
+            Plan plan;
+            plan.problems.push_back({0, 0, "The plan " + m_Arguments.plan + " cannot be read."});
+            return plan;
+        }
     }
 
     void writeMetrics() {
@@ -127,10 +125,10 @@ private:
 
     void tellVersion() const {
         if (m_Arguments.json)
-            print({{"event", "version"},
-                   {"format", 1},
-                   {"version", LANVANE_VERSION},
-                   {"interval", m_Arguments.interval_s}});
+            m_Terminal.print(eventLine({{"event", "version"},
+                                        {"format", 1},
+                                        {"version", LANVANE_VERSION},
+                                        {"interval", m_Arguments.interval_s}}));
         else
             m_Terminal.print("lanvanectl " LANVANE_VERSION "\n");
     }
@@ -142,10 +140,10 @@ private:
             return;
         }
         Json json = inventoryJson(inventory);
-        print({{"event", "snapshot"},
-               {"adapters", json["adapters"]},
-               {"cameras", json["cameras"]},
-               {"findings", json["findings"]}});
+        m_Terminal.print(eventLine({{"event", "snapshot"},
+                                    {"adapters", json["adapters"]},
+                                    {"cameras", json["cameras"]},
+                                    {"findings", json["findings"]}}));
     }
 
     void tellSearch(const std::string &failure) {
@@ -156,15 +154,7 @@ private:
     }
 
     void tell(const std::string &text, const Json &json) const {
-        if (m_Arguments.json)
-            print(json);
-        else
-            m_Terminal.print(timeText(WallClock::now()) + " " + text + "\n");
-    }
-
-    void print(Json json) const {
-        json["time"] = timeText(WallClock::now());
-        m_Terminal.print(printedLine(json));
+        m_Terminal.print(m_Arguments.json ? eventLine(json) : timeText(WallClock::now()) + " " + text + "\n");
     }
 
     /// \returns false when the watch is to end.

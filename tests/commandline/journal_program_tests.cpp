@@ -44,16 +44,19 @@ TEST_F(Undoing, TakesChangesBack) {
         ASSERT_EQ(row.exitCode, done.exitCode) << row.arguments << "\n" << done.out << done.error;
         EXPECT_EQ(row.addresses, addresses()) << row.arguments;
         EXPECT_THAT(done.out + done.error, HasSubstr(row.says)) << row.arguments;
+        const bool helpsForce = std::string(row.says) == "left it: name" && row.exitCode == 4;
+        EXPECT_EQ(helpsForce, (done.out + done.error).find("--force") != std::string::npos) << row.arguments;
     }
     EXPECT_EQ("left", status(1).userName);
 
-    std::ofstream(journal(), std::ios::app) << "{\"begin\":\"20";
+    std::ofstream(journal(), std::ios::app) << "{\"begin\":\"20\n{\n";
     const Finished log = run("plan log --json");
-    EXPECT_THAT(log.error, HasSubstr("line 15 cannot be read"));
+    EXPECT_THAT(log.error, HasSubstr("lines 15-16 cannot be read"));
     std::string whats;
     for (const auto &entry : log.json["log"])
         whats += entry["what"].get<std::string>() + " " + entry["state"].get<std::string>() + " ";
     EXPECT_EQ("set done undo done plan done plan done name done undo done undo done ", whats);
+    EXPECT_THAT(run("plan log").out, HasSubstr("plan " + swap + "  "));
     EXPECT_THAT(run("plan log").out, HasSubstr("2 cameras          2"));
 }
 
@@ -63,6 +66,8 @@ TEST_F(Undoing, RefusesWhatCannotBeJournalled) {
     const Finished refused = run("set 192.168.10.21 dhcp --json");
     EXPECT_EQ(4, refused.exitCode);
     EXPECT_THAT(refused.json["error"]["text"], HasSubstr("/dev/null/ostra-lanvane/changes.jsonl cannot be written"));
+    std::ofstream(folder / "plan.csv") << "camera,mode\n025AE3000001,dhcp\n025AE3000002,dhcp\n";
+    EXPECT_EQ(4, run("plan apply --yes " + (folder / "plan.csv").string()).exitCode);
     EXPECT_EQ("192.168.10.21", site->addressOf(1));
     EXPECT_EQ(0U, status(1).ipCycles);
 }

@@ -31,7 +31,7 @@ TEST_F(Program, ChangesCamerasByPlan) {
         {"check --adapter lo " + wanted, 4, "problems: 2", "refused refused "},
         {"apply --yes " + (folder / "bad.csv").string(), 4, "problems: 1", "refused refused "},
         {"check nowhere.csv", 2, "cannot be read", ""},
-        {"check .", 2, "cannot be read", ""},
+        {"check .", 2, "it is no file", ""},
         {"export", 2, "needs a FILE", ""},
         {"apply --yes " + wanted, 0, "null", "done done "},
         {"check " + wanted, 4, "problems: 2", "refused "}, // its cameras have other names and addresses now

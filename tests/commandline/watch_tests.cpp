@@ -57,7 +57,7 @@ TEST_F(Watching, TellsWhatHappensUntilItIsStopped) {
     std::ofstream(plan) << header << "025AE3000001,static,192.168.10.31,,,\n";
     prints("\"back-on-plan\"");
     std::filesystem::remove(plan);
-    std::filesystem::create_directory(plan);
+    ASSERT_EQ(0, mkfifo(plan.c_str(), 0600)); // which nobody writes
     prints("\"plan-problem\"");
     ip("address flush dev nic0");
     prints("\"finding-came\"");
@@ -99,6 +99,7 @@ TEST_F(Reporting, GathersWhatHelpsOnce) {
     EXPECT_EQ(0, run("name 025AE3000001 Kiln").exitCode);
     const std::string path = folder / "report.zip";
     unsetenv("GENICAM_LOG_CONFIG");
+    EXPECT_EQ(path + "x", run("report --json " + path + "x").json["report"]);
     const Finished done = run("report " + path);
     EXPECT_EQ(0, done.exitCode) << done.error;
     EXPECT_THAT(done.out, HasSubstr("findings.txt"));
@@ -117,7 +118,7 @@ TEST_F(Reporting, GathersWhatHelpsOnce) {
          {"inventory.json", "versions.txt", "routes.txt", "sysctls.txt", "counters.txt", "trace.log"})
         EXPECT_FALSE(files[name].empty()) << name;
     EXPECT_THAT(files["findings.txt"], HasSubstr("[foreign-subnet]"));
-    EXPECT_THAT(files["README.txt"], HasSubstr("025AE3000003"));
+    EXPECT_THAT(files["README.txt"], HasSubstr("cameras/025AE3000003: "));
     EXPECT_EQ(1, run("report " + path).exitCode); // it is there already
 }
 

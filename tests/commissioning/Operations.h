@@ -8,6 +8,7 @@
 #include "commissioning/Context.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Search.h"
+#include "gxapi/StopToken.h"
 #include "support/Site.h"
 #include "transport/Layer.h"
 
@@ -49,7 +50,7 @@ protected:
     std::shared_ptr<void> begin(commissioning::Step step) override {
         if (onStep)
             onStep(step);
-        return nullptr;
+        return step == commissioning::Step::Look && stop ? std::make_shared<Gx::CStopScope>(stop) : nullptr;
     }
     void pause(std::chrono::milliseconds time) override { std::this_thread::sleep_for(time); }
     std::optional<commissioning::TemporaryAddress>
@@ -75,6 +76,7 @@ protected:
     commissioning::Connection connection;
     std::function<void(commissioning::Step)> onStep;
     std::function<void()> onFailure;
-    std::deque<const char *> answers; ///< temporary addresses; then the user cancels
+    const Gx::CStopToken *stop = nullptr; ///< for a look at what the camera has
+    std::deque<const char *> answers;     ///< temporary addresses; then the user cancels
     std::vector<std::string> reasons, reports;
 };

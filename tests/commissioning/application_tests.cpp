@@ -1,4 +1,5 @@
 #include "Observing.h"
+#include "commissioning/CameraLock.h"
 #include "commissioning/PlanApplication.h"
 
 #include <atomic>
@@ -199,10 +200,36 @@ TEST_F(AppliedPlans, WhatFailsGetsItsOldSettings) {
          "1,,192.168.10.22,\n2,,192.168.10.23,\n3,,192.168.10.21,\n",
          "rolled-back 192.168.10.21; rolled-back 192.168.10.22; rolled-back 192.168.10.23",
          spoil(2, "loss-to-camera=100,commands=setipconfig+writereg")},
+        {"one that was lent an address falls silent",
+         {"172.16.0.9/16,vendor-config=error"},
+         "1,,192.168.10.31,\n",
+         "unconfirmed 192.168.10.2 stored 172.16.0.9 word 5",
+         spoil(1, "loss-to-camera=100,commands=readreg+writereg"),
+         {},
+         {},
+         3,
+         1000,
+         "It may still have the temporary address 192.168.10.2."},
     });
 }
 
+/// What is sent to one camera reaches the other as well.
+TEST_F(AppliedPlans, ATwinComesMeanwhile) {
+    std::optional<Site> other;
+    check({{"a twin",
+            {A},
+            "1,,192.168.10.31,\n",
+            "failed 192.168.10.31",
+            {},
+            [&](Site &) { other.emplace("nic1", "192.168.11.1/24", std::vector{cameraAt(1, "192.168.11.21/24")}); },
+            {},
+            3,
+            1000,
+            "another camera has the same MAC address"}});
+}
+
 TEST_F(AppliedPlans, Refusals) {
+    std::optional<CameraLock> lock;
     check({
         {"held since",
          {A, B, C},
@@ -216,6 +243,20 @@ TEST_F(AppliedPlans, Refusals) {
          "1,,192.168.10.31,\n2,,192.168.10.32,\n",
          "not-begun 192.168.10.21 stored 192.168.10.77 word 5; done 192.168.10.32",
          [](Site &site) { site.cameras.writeRegister(camera(1).mac, GEV_REG_PERSISTENT_IP_ADDRESS, 0xC0A80A4D); }},
+        {"the first one is being changed by somebody else",
+         {A, B, C},
+         "1,,192.168.10.31,\n2,,192.168.10.32,\n3,,192.168.10.33,\n",
+         "not-begun 192.168.10.21; done 192.168.10.32; done 192.168.10.33",
+         [&](Site &) { lock.emplace("025AE3000001"); },
+         {},
+         [&](Site &) { lock.reset(); }},
+        {"and somebody waits for its address",
+         {A, B, C},
+         "1,,192.168.10.31,\n2,,192.168.10.21,\n3,,192.168.10.22,\n",
+         "not-begun 192.168.10.21; not-begun 192.168.10.22; not-begun 192.168.10.23",
+         [&](Site &) { lock.emplace("025AE3000001"); },
+         {},
+         [&](Site &) { lock.reset(); }},
         {"two failures are enough",
          {A, B, C, "192.168.10.24/24"},
          "1,,192.168.10.31,\n2,,192.168.10.32,\n3,,192.168.10.33,\n4,,192.168.10.34,\n",

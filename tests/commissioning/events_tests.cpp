@@ -1,4 +1,5 @@
 #include "commissioning/AddressText.h"
+#include "commissioning/DeviceInfos.h"
 #include "commissioning/Events.h"
 #include "commissioning/Recollection.h"
 
@@ -138,6 +139,26 @@ TEST(Rounds, DoNotDriftNorPileUp) {
     const std::pair<int, int> rows[] = {{0, 1000}, {300, 1000}, {999, 1000}, {1000, 2000}, {4700, 5000}};
     for (const auto &[now, next] : rows)
         EXPECT_EQ(at(next), nextRound(first, std::chrono::seconds(1), at(now))) << now;
+}
+
+/// One that moves twice is asked again soon, one that moves all the time is not asked all the time.
+TEST(Recollection, AsksAgainWhoChanges) {
+    Recollection recollection;
+    const std::pair<int, const char *> rows[] = {{0, "1"},  {1, "2"},  {5, "2"}, {6, "3"},
+                                                 {10, "3"}, {11, "4"}, {58, "4"}};
+    std::string asked;
+    for (const auto &[now_s, address] : rows) {
+        SearchOptions options;
+        recollection.attach(&options, Recollection::Time(std::chrono::seconds(now_s)));
+        Corvo::CQuorelGigEDeviceInfo device;
+        device.SetMacAddress("025AE3000001").SetIpAddress((std::string("10.0.0.") + address).c_str());
+        device.SetPropertyValue(PropertyVerdict, std::to_string(Corvo::Accessibility_Ok).c_str());
+        if (options.recall(device))
+            continue;
+        options.judged(device);
+        asked += std::to_string(now_s) + " ";
+    }
+    EXPECT_EQ("0 1 10 58 ", asked);
 }
 
 } // namespace

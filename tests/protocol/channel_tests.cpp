@@ -124,6 +124,7 @@ TEST(Loss, ADeviceThatDeniesAnAccessIsNotKept) {
         [](const Bytes &request, std::size_t) { return Answers{acknowledge(request, 0x8006, 0x0081, {})}; }, Device(),
         GEV_CONTROL_ACCESS);
     EXPECT_EQ(channel.read(), 0xE1018006u);
+    EXPECT_EQ(channel.read(), 0xE1000016u); // nothing more is asked of it
     channel.destroy();
     ASSERT_EQ(channel.requests().size(), 2u);
     EXPECT_TRUE(isRelease(channel.requests().back()));

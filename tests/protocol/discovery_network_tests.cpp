@@ -55,7 +55,10 @@ TEST_F(TwoAdapters, AdapterWithSeveralAddressesIsReportedByTheFittingOne) {
     ip("address add 10.0.0.8/8 brd + dev nic1");
     // Each address has a socket of its own and gets its own answer by unicast; what answers by broadcast is heard once
     // for each of the three requests.
-    const auto found = discover(Enumerator::FlagBroadcastAcknowledge);
+    auto found = discover(Enumerator::FlagBroadcastAcknowledge);
+    EXPECT_EQ(std::count(found.begin(), found.end(), "4 172.16.0.9 172.16.0.9 172.16.0.1"), 3);
+    ip("route delete 172.16.0.0/16 dev nic1"); // then the kernel prefers none
+    found = discover(Enumerator::FlagBroadcastAcknowledge);
     EXPECT_EQ(std::count(found.begin(), found.end(), "4 172.16.0.9 172.16.0.9 172.16.0.1"), 3);
     EXPECT_EQ(std::count(found.begin(), found.end(), near1), 1);
     EXPECT_EQ(std::count(found.begin(), found.end(), "3 10.9.8.7 10.9.8.7 172.16.0.1"), 0);
@@ -137,6 +140,10 @@ TEST(Gateway, CameraReachesForeignSubnetsAgainAfterAnIpCycle) {
     // Without a route the kernel would look for the host on the link.
     site.adapter.cameraSide().ip("neighbour replace 10.0.0.5 lladdr 02:00:00:00:00:01 dev cam");
     EXPECT_THAT(discover(Enumerator::FlagBroadcastAcknowledge), testing::Contains(overGateway));
+    ip("route add 192.168.1.0/24 dev nic0 src 10.0.0.5");
+    FoundList asked;
+    EXPECT_EQ(Enumerator::Discover(&asked, Timeout_ms, Enumerator::FlagDefault, SocketAddress("192.168.1.20")), 0u);
+    EXPECT_THAT(asked.list, ElementsAre(overGateway));
 }
 
 } // namespace

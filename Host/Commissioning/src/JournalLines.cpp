@@ -106,6 +106,8 @@ JournalEntry begun(const Json &json) {
     entry.id = textIn(json, "begin");
     entry.plan = textIn(json, "plan");
     entry.undoes = textIn(json, "undoes");
+    if (json.contains("file")) // older lines have none
+        entry.file = textIn(json, "file");
     entry.time = textIn(json, "time");
     entry.mac = macIn(json);
     entry.what = textIn(json, "what");
@@ -171,6 +173,7 @@ std::string beginLine(const JournalEntry &entry) {
     return printed({{"begin", entry.id},
                     {"plan", entry.plan},
                     {"undoes", entry.undoes},
+                    {"file", entry.file},
                     {"time", entry.time},
                     {"camera", macText(entry.mac)},
                     {"what", entry.what},

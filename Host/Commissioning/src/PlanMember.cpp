@@ -1,9 +1,15 @@
 #include "PlanMember.h"
 
+#include "commissioning/AddressText.h"
+
 namespace commissioning {
 
 void append(std::string *pText, const std::string &sentence) {
     *pText += (pText->empty() || sentence.empty() ? "" : " ") + sentence;
+}
+
+std::string takenText(const PlanMember &member) {
+    return "Another camera, which is not changed, keeps the address " + toText(member.place.gets) + ".";
 }
 
 void endMember(PlanMember *pMember, PlanState state) {

@@ -31,6 +31,9 @@ struct PlanMember {
 
 using PlanMembers = std::vector<PlanMember *>;
 
+/// Whether it is to be put back; not where two have its MAC, as its old settings could reach either.
+inline bool isLost(const PlanMember *member) { return !member->forward.isDone && !member->forward.isTwin; }
+
 template <class Test> PlanMembers those(const PlanMembers &members, Test test) {
     PlanMembers found;
     std::copy_if(members.begin(), members.end(), std::back_inserter(found), test);
@@ -38,6 +41,9 @@ template <class Test> PlanMembers those(const PlanMembers &members, Test test) {
 }
 
 void append(std::string *pText, const std::string &sentence);
+
+/// Why a camera is refused whose new address somebody keeps.
+std::string takenText(const PlanMember &member);
 
 /// Tells what became of a camera, here and in the journal, and lets go of it.
 void endMember(PlanMember *pMember, PlanState state);

@@ -1,13 +1,12 @@
 #include "PlanReading.h"
 
+#include "Answers.h"
 #include "SideBySide.h"
-#include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Refusals.h"
 #include "commissioning/Search.h"
 
 #include <algorithm>
-#include <map>
 
 namespace commissioning {
 
@@ -34,22 +33,11 @@ public:
     }
 
 private:
-    SearchOptions searchOptions() {
-        SearchOptions options;
-        options.heard = [this](const DeviceInfoList &answers) {
-            for (const CDeviceInfo &answer : answers)
-                m_Answers[propertyOf(answer, PropertyMac).c_str()].insert(
-                    std::string(propertyOf(answer, "IpAddress").c_str()) + " " +
-                    propertyOf(answer, "SerialNumber").c_str());
-        };
-        return options;
-    }
-
     void listen() {
-        m_Heard = search(m_Layer, searchOptions());
+        m_Heard = search(m_Layer, m_Answers.options());
         for (int i = 1; i < Searches && !missing().empty(); ++i) {
-            m_Answers.clear(); // a camera may have moved between two searches
-            for (const CDeviceInfo &device : discover(m_Layer, searchOptions()))
+            m_Answers.forget();
+            for (const CDeviceInfo &device : discover(m_Layer, m_Answers.options()))
                 add(device);
         }
         const std::vector<const Camera *> silent = missing();
@@ -101,9 +89,7 @@ private:
         const auto isNamed = [&](const Finding &finding) {
             return finding.code == "duplicate-mac" && finding.camera == mac;
         };
-        const auto answers = m_Answers.find(mac);
-        return (answers != m_Answers.end() && answers->second.size() > 1) ||
-               std::any_of(m_Inventory.findings.begin(), m_Inventory.findings.end(), isNamed);
+        return m_Answers.isTwin(mac) || std::any_of(m_Inventory.findings.begin(), m_Inventory.findings.end(), isNamed);
     }
 
     std::string refusalOf(const PlannedChange &planned, const CDeviceInfo *device) const {
@@ -202,8 +188,7 @@ private:
         for (std::size_t i = members.size(); i-- > 0;) {
             if (!stays[i] || keeps[i])
                 continue;
-            members[i].record->result = Result::refusal("Another camera, which is not changed, keeps the address " +
-                                                        toText(members[i].place.gets) + ".");
+            members[i].record->result = Result::refusal(takenText(members[i]));
             members.erase(members.begin() + static_cast<std::ptrdiff_t>(i));
         }
     }
@@ -213,7 +198,7 @@ private:
     const PlanOptions &m_Options;
     PlanOutcome &m_Outcome;
     DeviceInfoList m_Heard;
-    std::map<std::string, std::set<std::string>> m_Answers; ///< by MAC: who they are from
+    Answers m_Answers;
 };
 
 } // namespace

@@ -16,8 +16,6 @@ bool contains(const PlanMembers &members, const PlanMember *member) {
     return std::find(members.begin(), members.end(), member) != members.end();
 }
 
-bool isLost(const PlanMember *member) { return !member->forward.isDone; }
-
 std::vector<PlanTask *> backsOf(const PlanMembers &members) {
     std::vector<PlanTask *> tasks;
     for (PlanMember *const member : members)
@@ -51,19 +49,19 @@ void PlanRollback::run(const PlanMembers &group) {
         stay(*member);
     }
     finish(those(going, [](const PlanMember *each) { return isLost(each) || each->back.isWritten; }));
-    returnLoans();
 }
 
 void PlanRollback::finish(const PlanMembers &going) {
-    std::vector<PlanTask *> tasks;
-    for (PlanMember *const member : going) {
-        if (!member->isStranded)
-            tasks.push_back(&member->back);
-    }
+    const PlanMembers restarting = those(going, [](const PlanMember *each) { return !each->isStranded; });
+    const std::vector<PlanTask *> tasks = backsOf(restarting);
     m_Verifier.restart(tasks);
     m_Verifier.await(tasks);
-    for (PlanMember *const member : going)
-        tell(*member);
+    returnLoans();
+    for (PlanMember *const member : going) {
+        const bool hasCome = member->isStranded && !isLost(member); // to what it was sent, when its loan ended
+        if (!hasCome)
+            tell(*member);
+    }
 }
 
 /// Those that answer may be fine by now.
@@ -237,8 +235,11 @@ void PlanRollback::stay(PlanMember &member) {
         write(m_Layer, &again);
     member.back.isWritten = false;
     if (again.isWritten && member.back.temporary)
-        m_Lent.push_back(&member.forward);
-    if (again.isWritten || isLost(&member))
+        m_Lent.push_back(&member);
+    if (again.isWritten)
+        return;
+    append(&member.lasting, lentText(member.back));
+    if (isLost(&member))
         return;
     member.forward.result.success = false;
     member.forward.result.text = "It was to go back together with another camera, whose old address it had got, but "
@@ -247,18 +248,25 @@ void PlanRollback::stay(PlanMember &member) {
 
 /// When the others have left their addresses.
 void PlanRollback::returnLoans() {
-    for (PlanTask *const task : m_Lent) {
-        task->isDone = task->result.success = false;
-        task->restarts = 0;
+    std::vector<PlanTask *> tasks;
+    for (PlanMember *const member : m_Lent) {
+        PlanTask &task = member->forward;
+        task.isDone = task.result.success = false;
+        task.restarts = 0;
+        tasks.push_back(&task);
     }
-    m_Verifier.restart(m_Lent);
-    m_Verifier.await(m_Lent);
+    m_Verifier.restart(tasks);
+    m_Verifier.await(tasks);
+    for (PlanMember *const member : those(m_Lent, isLost))
+        append(&member->lasting, lentText(member->back));
 }
 
 void PlanRollback::tell(PlanMember &member) const {
     Result &result = member.record->result;
     const PlanTask &back = member.back;
     result = back.result;
+    if (member.isStranded)
+        result.now = member.forward.result.now; // a loan may have ended since
     result.success = false;
     result.text = isLost(&member) ? member.forward.result.text
                                   : "It went back together with another camera, whose old address it had got.";

@@ -42,8 +42,8 @@ private:
     PlanLoans &m_Loans;
     PlanVerifier &m_Verifier;
     std::size_t m_AtOnce;
-    Corvo::DeviceInfoList m_Heard;  ///< now
-    std::vector<PlanTask *> m_Lent; ///< of cameras that stay, but were lent an address meanwhile
+    Corvo::DeviceInfoList m_Heard; ///< now
+    PlanMembers m_Lent;            ///< cameras that stay, but were lent an address meanwhile
 };
 
 } // namespace commissioning

@@ -29,10 +29,12 @@ void PlanRun::run() {
     PlanMembers rest;
     for (PlanMember &member : m_Reading.members)
         rest.push_back(&member);
-    const PlanMembers first = canaries();
     bool isFine = true;
-    if (!first.empty() && first.size() < rest.size()) {
+    for (PlanMembers first = canaries(); isFine && !first.empty() && first.size() < rest.size(); first = canaries()) {
         isFine = carry(first);
+        for (const PlanMember *const member : those(first, [](const PlanMember *each) { return each->isSent; }))
+            m_Tried.insert(member->forward.change.adapter);
+        refuseTaken();
         rest = those(rest, [](const PlanMember *member) { return !member->isOver; });
     }
     if (isFine)
@@ -47,17 +49,20 @@ void PlanRun::run() {
 PlanMembers PlanRun::canaries() {
     std::vector<Place> places;
     std::map<std::string, std::vector<std::size_t>> byAdapter;
+    if (!obstacle().empty())
+        return {};
     for (const PlanMember &member : m_Reading.members) {
-        if (member.forward.isAddressing)
-            byAdapter[member.forward.change.adapter].push_back(places.size());
-        places.push_back(member.place);
+        const std::string &adapter = member.forward.change.adapter;
+        if (member.forward.isAddressing && !member.isOver && m_Tried.count(adapter) == 0)
+            byAdapter[adapter].push_back(places.size());
+        places.push_back(member.isOver ? Place() : member.place);
     }
     PlanMembers found;
     for (const auto &[adapter, members] : byAdapter) {
         const auto one = freest(places, members);
         if (one)
             found.push_back(&m_Reading.members[*one]);
-        else
+        else if (m_Tried.insert(adapter).second)
             append(&m_Outcome.remark, "No camera behind " + (adapter.empty() ? "an unknown adapter" : adapter) +
                                           " could go first alone, as all of them exchange their addresses.");
     }
@@ -69,7 +74,23 @@ bool PlanRun::carry(const PlanMembers &group) {
     putBack(heldBack(group));
     verify(those(group, isRestarting));
     end(group);
-    return std::all_of(group.begin(), group.end(), [](const PlanMember *member) { return member->forward.isDone; });
+    return std::all_of(group.begin(), group.end(),
+                       [](const PlanMember *member) { return member->forward.isDone || !member->isSent; });
+}
+
+void PlanRun::refuseTaken() {
+    std::vector<Place> places;
+    std::vector<bool> keeps;
+    for (const PlanMember &member : m_Reading.members) {
+        places.push_back(member.place);
+        keeps.push_back(member.isOver && !member.isSent);
+    }
+    const std::vector<bool> stays = entangled(places, keeps);
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        PlanMember &member = m_Reading.members[i];
+        if (stays[i] && !member.isOver)
+            refuse(member, takenText(member));
+    }
 }
 
 bool PlanRun::isFull() const { return m_Options.maxFailures != 0 && m_Failures >= m_Options.maxFailures; }
@@ -92,6 +113,7 @@ bool PlanRun::begin(PlanMember &member) {
     }
     JournalEntry entry;
     entry.plan = m_Outcome.id;
+    entry.file = m_Options.file;
     entry.undoes = m_Options.undoes;
     entry.what = m_Options.what;
     entry.mac = member.before.mac;
@@ -191,6 +213,8 @@ void PlanRun::tellPutBack(PlanMember &member) {
     result.stored = isSeen ? member.before.stored : std::nullopt;
     if (isSeen && member.forward.temporary) // back to its own address
         returnLoan(member);
+    else
+        append(&result.text, lentText(member.forward));
     endMember(&member, isSeen ? PlanState::RolledBack : PlanState::Unconfirmed);
 }
 
@@ -201,8 +225,7 @@ void PlanRun::returnLoan(PlanMember &member) {
     if (member.back.result.now)
         member.record->result.now = member.back.result.now;
     if (!member.back.isDone)
-        append(&member.record->result.text,
-               "It may still have the temporary address " + toText(member.forward.temporary->address) + ".");
+        append(&member.record->result.text, lentText(member.forward));
 }
 
 void PlanRun::verify(const PlanMembers &group) {
@@ -218,7 +241,7 @@ void PlanRun::verify(const PlanMembers &group) {
     verifier.await(tasks);
     const PlanMembers lost = those(group, [](const PlanMember *member) { return !member->forward.isDone; });
     m_Failures += static_cast<unsigned>(lost.size());
-    if (lost.empty() || !m_Options.rollsBack)
+    if (!m_Options.rollsBack || std::none_of(lost.begin(), lost.end(), isLost))
         return;
     m_Phase = PlanPhase::RollingBack;
     PlanRollback(m_Layer, m_Loans, verifier, m_Options.atOnce).run(group);

@@ -6,6 +6,8 @@
 
 #include <atomic>
 #include <mutex>
+#include <set>
+#include <string>
 
 namespace commissioning {
 
@@ -19,9 +21,13 @@ public:
     void run();
 
 private:
+    /// One of each adapter that has been tried by none yet.
     PlanMembers canaries();
-    /// All phases, with some of the cameras. \returns whether all are back as they should be.
+    /// All phases, with some of the cameras. \returns whether all that something was sent to are back as they should
+    /// be.
     bool carry(const PlanMembers &group);
+    /// Whoever was refused keeps its address, and whoever was to get that one keeps its own.
+    void refuseTaken();
 
     void writeAll(const PlanMembers &group);
     void writeOne(PlanMember &member);
@@ -48,6 +54,7 @@ private:
     PlanOutcome &m_Outcome;
     PlanLoans m_Loans;
     PlanPhase m_Phase = PlanPhase::Verifying; ///< what the verifier works for
+    std::set<std::string> m_Tried;            ///< adapters one camera of which went first, or which have none that can
     std::atomic<unsigned> m_Failures{0};
     std::mutex m_Reporting;
 };

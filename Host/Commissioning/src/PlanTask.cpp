@@ -27,6 +27,10 @@ PlanTask whereLent(const PlanTask &task) {
     return lent;
 }
 
+std::string lentText(const PlanTask &task) {
+    return task.temporary ? "It may still have the temporary address " + toText(task.temporary->address) + "." : "";
+}
+
 Change changeOf(const Corvo::CQuorelGigEDeviceInfo &device, const std::string &adapter, std::uint32_t word,
                 const std::optional<StoredAddresses> &stored) {
     const std::uint32_t before = cameraOf(device).word;

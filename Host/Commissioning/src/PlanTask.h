@@ -31,6 +31,7 @@ struct PlanTask {
     bool isWritten = false;                          ///< all was read back, or acknowledged where it could not be read
     bool isDone = false;                             ///< seen to have what was asked for
     int restarts = 0;                                ///< sent so far
+    bool isTwin = false;                             ///< another camera has its MAC
     std::chrono::steady_clock::time_point restarted; ///< when the last one was sent
 
     std::string mac() const { return change.device.GetMacAddress().c_str(); }
@@ -40,6 +41,9 @@ struct PlanTask {
 
 /// The task with its camera where it can be read: at its temporary address, where it has been lent one.
 PlanTask whereLent(const PlanTask &task);
+
+/// A sentence on the temporary address that a camera was lent and has not been seen without since; empty for none.
+std::string lentText(const PlanTask &task);
 
 /// The change that gives a camera a word of modes and stored addresses, none of them to leave those alone.
 Change changeOf(const Corvo::CQuorelGigEDeviceInfo &device, const std::string &adapter, std::uint32_t word,

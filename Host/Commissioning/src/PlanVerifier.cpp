@@ -1,5 +1,6 @@
 #include "PlanVerifier.h"
 
+#include "Answers.h"
 #include "Base/GCException.h"
 #include "Judgement.h"
 #include "PlanWriter.h"
@@ -53,6 +54,23 @@ void PlanVerifier::await(const std::vector<PlanTask *> &tasks) {
     }
     for (PlanTask *const task : tasks)
         task->result.text = describe(task->change, task->result);
+    findTwins(tasks);
+}
+
+/// One may have come since the cameras were read.
+void PlanVerifier::findTwins(const std::vector<PlanTask *> &tasks) {
+    Answers answers;
+    try {
+        discover(m_Layer, answers.options());
+    } catch (const std::exception &) { // of this host, as above
+    }
+    for (PlanTask *const task : tasks) {
+        if (!answers.isTwin(task->mac()))
+            continue;
+        task->isTwin = true;
+        task->isDone = task->result.success = false;
+        task->result.text = "By now another camera has the same MAC address: the change may have reached either.";
+    }
 }
 
 void PlanVerifier::hear(const std::vector<PlanTask *> &open) {

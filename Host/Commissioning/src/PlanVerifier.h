@@ -30,6 +30,7 @@ private:
     /// Whether it can be back, so that it is worth while to ask for it, or to restart it again.
     bool hadTime(const PlanTask &task) const;
     void hear(const std::vector<PlanTask *> &open);
+    void findTwins(const std::vector<PlanTask *> &tasks);
     void judge(PlanTask &task);
 
     Corvo::IGigETransportLayer &m_Layer;

@@ -12,6 +12,7 @@ using Corvo::CDeviceInfo;
 namespace {
 
 constexpr std::chrono::seconds Age{59}; // a minute, less what a round may begin too early
+constexpr std::chrono::seconds ChangeAge{9};
 
 /// What a discovery tells of a camera. On which adapter its answers came in first is chance.
 std::string signatureOf(const CDeviceInfo &device) {
@@ -54,8 +55,9 @@ bool Recollection::recall(CDeviceInfo &device) {
     if (found == m_Known.end())
         return false;
     Known &known = found->second;
-    const bool isDoubtful = known.signature != signatureOf(device) || isBad(known.device);
-    if (isDoubtful && (!known.changed || m_Now - *known.changed >= Age)) {
+    const bool hasChanged = known.signature != signatureOf(device);
+    const bool isDoubtful = hasChanged || isBad(known.device);
+    if (isDoubtful && (!known.changed || m_Now - *known.changed >= (hasChanged ? ChangeAge : Age))) {
         known.changed = m_Now;
         return false;
     }

@@ -4,6 +4,7 @@
 #include "Registers.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Rediscovery.h"
+#include "commissioning/Search.h"
 #include "commissioning/Undertaking.h"
 
 #include <cstring>
@@ -19,6 +20,7 @@ namespace {
 /// What the camera has now: what is known of it may be hours old, and somebody may have changed it since.
 Snapshot presentOf(const Context &context, const CQuorelGigEDeviceInfo &device) {
     const Camera known = cameraOf(device);
+    const auto indication = context.interaction.begin(Step::Look);
     try {
         const auto found = lookFor(context, known.mac, known.address);
         if (!found)
@@ -52,6 +54,8 @@ Result undertake(const Context &context, const CQuorelGigEDeviceInfo &device, co
     try {
         undertaking.emplace(context.journal, entryOf(device, what, wanted), context.undertaking,
                             [&] { return presentOf(context, device); });
+    } catch (const Cancelled &) {
+        return Result::refusal("It was cancelled before anything was sent.");
     } catch (const std::runtime_error &error) {
         context.trace.warning("MAC=%s is left alone. %s", device.GetMacAddress().c_str(), error.what());
         return Result::refusal(error.what());

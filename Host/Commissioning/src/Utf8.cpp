@@ -10,17 +10,18 @@ namespace {
 /// UTF-8 for this thread, whatever the user's locale is, as long as it lives.
 class Utf8Locale {
 public:
-    Utf8Locale() : m_Locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)), m_Before(uselocale(m_Locale)) {}
-    ~Utf8Locale() {
-        uselocale(m_Before);
-        if (m_Locale)
-            freelocale(m_Locale);
-    }
+    Utf8Locale() : m_Before(uselocale(shared())) {}
+    ~Utf8Locale() { uselocale(m_Before); }
     Utf8Locale(const Utf8Locale &) = delete;
     Utf8Locale &operator=(const Utf8Locale &) = delete;
 
 private:
-    locale_t m_Locale;
+    /// Loaded once, from a file: that takes longer than most texts.
+    static locale_t shared() {
+        static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+        return locale;
+    }
+
     locale_t m_Before;
 };
 

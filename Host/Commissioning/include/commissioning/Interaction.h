@@ -11,7 +11,7 @@
 namespace commissioning {
 
 /// Parts of an operation that take time.
-enum class Step { Broadcast, Connect, Write, Force, Rediscover };
+enum class Step { Look, Broadcast, Connect, Write, Force, Rediscover };
 
 /// What is asked before a temporary address is forced.
 struct AddressQuestion {

@@ -25,6 +25,7 @@ enum class Fate {
 struct JournalEntry {
     std::string id;     ///< of this change, unique
     std::string plan;   ///< of the plan it belongs to; empty for a single change
+    std::string file;   ///< of that plan, as the user named it; empty for none
     std::string undoes; ///< id of the change, or of the plan, that it takes back; empty for none
     std::string time;   ///< of its begin, UTC, "2026-11-22T08:15:30.123Z"
     std::string mac;

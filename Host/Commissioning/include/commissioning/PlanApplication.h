@@ -34,6 +34,7 @@ enum class PlanPhase { Reading, Writing, Restarting, Verifying, RollingBack };
 
 struct PlanOptions {
     std::string what = "plan"; ///< for the journal
+    std::string file = {};     ///< of the plan, for the journal; empty for none
     std::string undoes;        ///< id of what it takes back; empty for none
     unsigned maxFailures = 3;  ///< so many end the plan; 0 for never
     bool rollsBack = true;

@@ -10,8 +10,8 @@
 namespace commissioning {
 
 /// What was found out by asking cameras, for searches that follow each other: a camera is asked when it is new, has
-/// changed or could not be reached, and otherwise once a minute; none is asked more than twice a minute. Used by one
-/// search at a time.
+/// changed or could not be reached, and otherwise once a minute; one that changes all the time every ten seconds, one
+/// that cannot be reached twice a minute at most. Used by one search at a time.
 class Recollection {
 public:
     using Time = std::chrono::steady_clock::time_point;

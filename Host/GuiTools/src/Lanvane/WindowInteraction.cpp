@@ -43,6 +43,8 @@ QString connectionHeader(const CNetworkAdapter *adapter) {
 
 QString textOf(Step step) {
     switch (step) {
+    case Step::Look:
+        return QStringLiteral("Reading the device's present settings...");
     case Step::Broadcast:
         return QStringLiteral("Sending the configuration to the device...");
     case Step::Connect:
@@ -128,7 +130,7 @@ std::shared_ptr<void> WindowInteraction::begin(Step step) {
     if (step == Step::Force)
         m_Sent = m_Entered;
     m_Operation.onGui([this, step] { m_Box->setStep(textOf(step)); });
-    const bool isSafeToStop = step == Step::Connect || step == Step::Force || step == Step::Rediscover;
+    const bool isSafeToStop = step != Step::Broadcast && step != Step::Write;
     return isSafeToStop ? std::make_shared<Gx::CStopScope>(m_Operation.token()) : nullptr;
 }
 
