@@ -12,7 +12,6 @@
 
 using commissioning::Adapter;
 using commissioning::Address;
-using commissioning::RescuePlan;
 using commissioning::Result;
 
 MakeUsable::MakeUsable(QWidget &window, WindowInteraction &interaction, const Corvo::CQuorelGigEDeviceInfo &device,
