@@ -76,7 +76,8 @@ TEST_F(Rescuing, TakesThreeClicks) {
         auto &entries = static_cast<QMenu &>(menu);
         clickAt(menu, entries.actionGeometry(entries.actions().value(1)).center());
     });
-    expectDialog([](QWidget &dialog) {
+    expectDialog([this](QWidget &dialog) {
+        picture("make-usable", &dialog);
         EXPECT_EQ("192.168.10.2", address(dialog)); // its own with the adapter's network
         clickOk(dialog);
     });
@@ -84,6 +85,7 @@ TEST_F(Rescuing, TakesThreeClicks) {
     QTest::mousePress(window().windowHandle(), Qt::RightButton, {}, tree().viewport()->mapTo(&window(), place));
     EXPECT_EQ(3, m_Presses.count);
     EXPECT_EQ("5 192.168.10.2 OK 192.168.10.2", outcome());
+    picture("made-usable");
     EXPECT_THAT(info().toStdString(), HasSubstr("<b>Done.</b> The camera has the address 192.168.10.2 and keeps it."));
     EXPECT_EQ("1", selected());
     EXPECT_THAT(reports, ElementsAre());
@@ -95,7 +97,7 @@ TEST_F(Rescuing, TheMapTellsWhoHasWhat) {
         type(*dialog.findChild<QWidget *>("editIpAddress"), "192.168.10.3");
         EXPECT_EQ("The camera with the MAC address 02:5A:E3:00:00:02 has the address 192.168.10.3.",
                   dialog.findChild<QLabel *>("lblHint")->text());
-        expect("Address Map: ", [](QWidget &widget) {
+        expect("Address Map: ", [this](QWidget &widget) {
             auto &map = static_cast<AddressMap &>(widget);
             const auto describe = [&](unsigned host) { return map.model().describe(0xC0A80A00 + host).toStdString(); };
             auto &table = *map.findChild<QTableView *>("addresses");
@@ -110,10 +112,18 @@ TEST_F(Rescuing, TheMapTellsWhoHasWhat) {
             for (const unsigned taken : {1, 3, 4, 255})
                 click(taken);
             EXPECT_TRUE(map.isVisible());
+            picture("address-map", &map);
             click(77);
         });
         clickOn(dialog, "btnMap");
         EXPECT_EQ("192.168.10.77", address(dialog));
+        expect("Address Map: ", [](QWidget &map) { // where everything is known already
+            for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Return})
+                QTest::keyClick(map.findChild<QTableView *>("addresses"), key);
+            EXPECT_FALSE(map.isVisible());
+        });
+        clickOn(dialog, "btnMap");
+        EXPECT_EQ("192.168.10.78", address(dialog));
         type(*dialog.findChild<QWidget *>("editIpAddress"), "192.168.10.4");
         EXPECT_EQ("Another device has the address 192.168.10.4.", dialog.findChild<QLabel *>("lblHint")->text());
         type(*dialog.findChild<QWidget *>("editIpAddress"), "192.168.10.77");

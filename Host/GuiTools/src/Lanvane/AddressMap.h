@@ -50,9 +50,9 @@ private:
     QTableView *m_Table;
     QLabel *m_Current; ///< what is known of the current address
     QLabel *m_State;   ///< of the asking
-    QLabel *m_Range;
-    QPushButton *m_Previous;
-    QPushButton *m_Next;
+    QLabel *m_Range = nullptr;
+    QPushButton *m_Previous = nullptr;
+    QPushButton *m_Next = nullptr;
     std::array<QLabel *, std::tuple_size_v<std::decay_t<decltype(AddressMapModel::legend())>>> m_Signs{};
     std::optional<commissioning::Address> m_Picked;
     std::unique_ptr<QThread> m_Asking;

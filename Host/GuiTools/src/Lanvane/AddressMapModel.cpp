@@ -49,7 +49,7 @@ QColor AddressMapModel::colourOf(Kind kind) {
                                                 {Kind::Camera, QColor(0x1F, 0x78, 0xD1)},
                                                 {Kind::Taken, QColor(0xD9, 0x53, 0x19)},
                                                 {Kind::SpokenFor, QColor(0xD0, 0xA0, 0x10)}};
-    const QColor base = QGuiApplication::palette().color(QPalette::Base);
+    QColor base = QGuiApplication::palette().color(QPalette::Base);
     const auto hue = hues.find(kind);
     if (hue == hues.end())
         return base;

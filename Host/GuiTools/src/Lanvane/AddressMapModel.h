@@ -30,9 +30,9 @@ public:
         QString who; ///< for people, without the address
     };
     struct LegendEntry {
-        Kind kind;
+        Kind kind = Kind::Unknown;
         QChar sign; ///< for those who cannot tell the colours
-        const char *text;
+        const char *text = "";
     };
     static constexpr unsigned Side = 16;
     static const std::array<LegendEntry, 6> &legend();

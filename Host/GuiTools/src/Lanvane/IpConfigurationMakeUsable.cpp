@@ -32,7 +32,7 @@ IpConfigurationWidget::OptionalDevice IpConfigurationWidget::selectedLostDevice(
 }
 
 void IpConfigurationWidget::addMakeUsable(QMenu &menu) {
-    const OptionalDevice device = deviceToRescue();
+    const OptionalDevice device = selectedLostDevice();
     QAction *action = menu.addAction(QStringLiteral("Make &Usable..."));
     action->setEnabled(device && !isInUse(*device));
     connect(action, &QAction::triggered, this, &IpConfigurationWidget::makeUsable);
@@ -48,14 +48,8 @@ QString IpConfigurationWidget::makeUsableText(const QString &mac) const {
                : QString();
 }
 
-IpConfigurationWidget::OptionalDevice IpConfigurationWidget::deviceToRescue() const {
-    const commissioning::Camera *hidden =
-        m_Situation.hiddenCamera(DeviceTree::keyOf(ui->deviceTree->currentItem()).mac);
-    return hidden ? commissioning::infoOf(*hidden) : GetSelectedDeviceInfo();
-}
-
 void IpConfigurationWidget::makeUsable() {
-    const OptionalDevice device = deviceToRescue();
+    const OptionalDevice device = selectedLostDevice();
     if (!device || m_BusyDepth > 0)
         return;
     const Busy busy(m_BusyDepth);

@@ -12,7 +12,6 @@
 
 using commissioning::Adapter;
 using commissioning::Address;
-using commissioning::RescuePlan;
 using commissioning::Result;
 
 MakeUsable::MakeUsable(QWidget &window, WindowInteraction &interaction, const Corvo::CQuorelGigEDeviceInfo &device,
@@ -87,8 +86,8 @@ bool MakeUsable::look() {
 Result MakeUsable::carryOut(const commissioning::Context &context) {
     Result result;
     result.text = "It is not known what was sent."; // until it has ended, however that may be
-    const commissioning::TemporaryAddress address{m_Plan.device.GetMacAddress().c_str(), m_Plan.address, m_Plan.mask,
-                                                  0};
+    const std::string mac = m_Plan.device.GetMacAddress().c_str();
+    const commissioning::TemporaryAddress address{mac, m_Plan.address, m_Plan.mask, 0};
     commissioning::AddressSurroundings around = surroundingsOn(m_Inventory.adapters, adapter());
     around.hidden = m_Inventory.cameras;
     m_Interaction.runUnattended(address, [&] {

@@ -143,7 +143,7 @@ QString MakeUsableDialog::problem() const {
     if (m_Address->text().isEmpty())
         return QStringLiteral("No free address was found in %1. Enter one, or look at the map.")
             .arg(text(toText(subnet())));
-    const QString mistake = addressProblem(m_Address->text(), QString(), {});
+    QString mistake = addressProblem(m_Address->text(), QString(), {});
     if (!mistake.isEmpty())
         return mistake;
     reason = refusalOfAddress(chosen.address, chosen.mask, mac, m_Around);

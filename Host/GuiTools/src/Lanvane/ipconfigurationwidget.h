@@ -238,8 +238,6 @@ private:
     void addMakeUsable(QMenu &menu);
     /// The link to it when a camera cannot be used where it is; else empty.
     QString makeUsableText(const QString &mac) const;
-    /// Also one that is hidden.
-    OptionalDevice deviceToRescue() const;
     void makeUsable();
     void carryOut(MakeUsable &way);
     void followRescue(const MakeUsable &way, const commissioning::Result &result);
