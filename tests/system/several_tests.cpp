@@ -91,6 +91,7 @@ enum PlanCell { Address = 4, Deed = 8, Outcome = 9 };
 
 TEST_F(Several, TenBecomeStaticInEightClicksAndAreUndone) {
     openWithTen();
+    nic0->adapter.cameraSide().ip("address add 192.168.10.63/24 dev cam"); // somebody who is no camera
     const QString before = stored();
     const bool couldUndo = canUndo();
     clickRow(1);
@@ -103,14 +104,17 @@ TEST_F(Several, TenBecomeStaticInEightClicksAndAreUndone) {
         EXPECT_EQ(&start, dialog.focusWidget());
         QTest::keyClicks(&start, "192.168.10.61"); // over the suggestion, which is selected
         EXPECT_EQ("Set to Static IP 192.168.10.70/24", cell(dialog, 9, Deed));
+        clickIn(dialog, "planApply"); // looks first
+        EXPECT_EQ("Set to Static IP 192.168.10.71/24", cell(dialog, 9, Deed));
+        EXPECT_THAT(message(dialog), StartsWith("Nothing was sent: another device has 192.168.10.63."));
         clickIn(dialog, "planApply");
         EXPECT_THAT(message(dialog), StartsWith("10 cameras changed."));
         EXPECT_EQ("Done", cell(dialog, 9, Outcome));
         clickIn(dialog, "planClose");
     });
     EXPECT_TRUE(canUndo());
-    EXPECT_EQ("61s 62s 63s 64s 65s 66s 67s 68s 69s 70s", stored());
-    EXPECT_EQ("192.168.10.70", Desktop::cell(10, IpAddress)); // the list is up to date
+    EXPECT_EQ("61s 62s 64s 65s 66s 67s 68s 69s 70s 71s", stored());
+    EXPECT_EQ("192.168.10.71", Desktop::cell(10, IpAddress)); // the list is up to date
     EXPECT_LE(clicks, 8);
 
     expect("Undo Last Change: ", [&](QWidget &dialog) {

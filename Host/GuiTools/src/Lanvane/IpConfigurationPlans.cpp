@@ -70,8 +70,9 @@ bool IpConfigurationWidget::settleEditor() {
 }
 
 void IpConfigurationWidget::execPlan(PlanTable table, const PlanOrder &order) {
-    PlanWindow window({m_Interaction.operation(), m_pDeviceLister->Tl(), m_Journal, m_Patience}, std::move(table),
-                      order, this);
+    PlanWindow window(
+        {m_Interaction.operation(), m_pDeviceLister->Tl(), m_Journal, m_Patience, [this] { m_Background.end(); }},
+        std::move(table), order, this);
     window.exec();
     for (const std::string &mac : window.doneCameras())
         m_ForcedAddresses.remove(QString::fromStdString(mac)); // what they have is what they have stored

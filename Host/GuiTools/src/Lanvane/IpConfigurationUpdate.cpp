@@ -37,7 +37,7 @@ void IpConfigurationWidget::forgetHidden(const Situation &before) {
     for (const commissioning::Camera &camera : before.inventory().cameras) {
         const QString mac = QString::fromStdString(camera.mac);
         const QTreeWidgetItem *const row = ui->deviceTree->findDevice(mac);
-        const bool isKnown = m_pDeviceLister->find(mac) || m_Situation.hiddenCamera(mac);
+        const bool isKnown = m_pDeviceLister->find(mac) != nullptr || m_Situation.hiddenCamera(mac) != nullptr;
         if (row && !isKnown && !row->isSelected() && row != ui->deviceTree->currentItem())
             ui->deviceTree->removeDeviceRow(mac);
     }

@@ -240,7 +240,9 @@ void PlanTable::setAll(PlanColumn column, const QString &text) {
 }
 
 std::set<Address> PlanTable::takenAddresses(bool byEveryone) const {
-    std::set<Address> taken = m_Excluded;
+    std::set<Address> taken;
+    for (const auto &[address, mac] : m_Excluded)
+        taken.insert(address);
     for (const Adapter &adapter : m_Inventory.adapters) {
         for (const AdapterAddress &own : adapter.addresses)
             taken.insert(own.address);
@@ -281,17 +283,64 @@ void PlanTable::fill(Address start) {
         if (subnet)
             write(row, PlanColumn::Mask, addressText(mask));
     }
+    m_Filled = {start, addressTexts()};
     judge();
 }
 
-std::optional<Address> PlanTable::suggestedStart() const {
+const Adapter *PlanTable::adapter() const {
     for (const Row &row : m_Rows) {
         const Adapter *adapter = adapterOf(row);
         const AdapterAddress *subnet = adapter ? homeSubnet(*adapter) : nullptr;
         if (subnet && subnet->mask != 0)
-            return nextFree(subnet->address & subnet->mask, subnet->mask, takenAddresses(true));
+            return adapter;
     }
-    return std::nullopt;
+    return nullptr;
+}
+
+std::optional<Address> PlanTable::suggestedStart() const {
+    const Adapter *home = adapter();
+    if (!home)
+        return std::nullopt;
+    const AdapterAddress &subnet = *homeSubnet(*home);
+    return nextFree(subnet.address & subnet.mask, subnet.mask, takenAddresses(true));
+}
+
+std::vector<PlanTable::Neighbours> PlanTable::newAddresses(const std::set<Address> &free) const {
+    std::set<Address> known = free; // or judged by the review
+    for (const Camera &camera : m_Inventory.cameras)
+        known.insert(camera.address);
+    std::map<const AdapterAddress *, Neighbours> bySubnet;
+    for (const PlannedChange &change : m_Review.changes) {
+        const Address address = change.after.address;
+        const Adapter *adapter = commissioning::adapterOf(change.camera, m_Inventory);
+        const AdapterAddress *subnet = subnetOf(adapter, address);
+        if (!change.addressing || !subnet || known.count(address) != 0)
+            continue;
+        Neighbours &there = bySubnet[subnet];
+        there.adapter = adapter;
+        there.subnet = subnet;
+        there.addresses.push_back(address);
+    }
+    std::vector<Neighbours> all;
+    for (auto &[subnet, neighbours] : bySubnet)
+        all.push_back(std::move(neighbours));
+    return all;
+}
+
+void PlanTable::exclude(const std::map<Address, std::string> &taken) {
+    const bool isAsFilled = m_Filled && m_Filled->second == addressTexts();
+    m_Excluded.insert(taken.begin(), taken.end());
+    if (isAsFilled)
+        fill(m_Filled->first);
+    else
+        judge();
+}
+
+QStringList PlanTable::addressTexts() const {
+    QStringList all;
+    for (const Row &row : m_Rows)
+        all << row.texts[indexOf(PlanColumn::IpAddress)];
+    return all;
 }
 
 void PlanTable::removeRow(int row) {
@@ -349,6 +398,16 @@ void PlanTable::place(const PlanProblem &problem) {
         row->problems[column] = shown(problem.text);
 }
 
+void PlanTable::judgeExcluded() {
+    for (const PlannedChange &change : m_Review.changes) {
+        const auto taken = m_Excluded.find(change.after.address);
+        if (change.addressing && taken != m_Excluded.end() && taken->second != change.camera.mac)
+            m_Review.problems.push_back({change.line, static_cast<int>(indexOf(PlanColumn::IpAddress)) + 1,
+                                         "Another device, " + commissioning::macText(taken->second) +
+                                             ", has the address " + toText(taken->first) + "."});
+    }
+}
+
 void PlanTable::judge() {
     Plan plan;
     plan.allowsForeignSubnets = m_allowsForeignSubnets;
@@ -360,6 +419,7 @@ void PlanTable::judge() {
         plan.entries.push_back(row.entry);
     }
     m_Review = commissioning::review(plan, m_Inventory);
+    judgeExcluded();
     m_GeneralProblems.clear();
     for (const PlanProblem &problem : m_FileProblems)
         m_GeneralProblems += placeText(problem) + shown(problem.text) + QLatin1Char('\n');

@@ -5,11 +5,14 @@
 #include "commissioning/PlanApplication.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <array>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// As the list names modes: "Static IP".
@@ -72,8 +75,19 @@ public:
     /// The lowest address of the first camera's adapter that nobody has, those of the rows' cameras included; none when
     /// there is no adapter.
     std::optional<Address> suggestedStart() const;
-    /// What fill() leaves out beside what the inventory knows.
-    void exclude(Address address) { m_Excluded.insert(address); }
+    /// The adapter of the first camera that is behind one which cameras can be used behind; null when none is.
+    const commissioning::Adapter *adapter() const;
+    /// New addresses of one subnet.
+    struct Neighbours {
+        const commissioning::Adapter *adapter;
+        const commissioning::AdapterAddress *subnet;
+        std::vector<Address> addresses;
+    };
+    /// The addresses that the plan gives to cameras and that no camera has now, without those known to be free.
+    std::vector<Neighbours> newAddresses(const std::set<Address> &free) const;
+    /// Addresses of others than cameras, with the MAC of who has them: no camera can get them. What fill() has made is
+    /// made anew, past them.
+    void exclude(const std::map<Address, std::string> &taken);
     void removeRow(int row);
 
     const commissioning::PlanReview &review() const { return m_Review; }
@@ -103,6 +117,8 @@ private:
     std::set<Address> takenAddresses(bool byEveryone) const;
     void readTexts(Row &row, commissioning::Plan *pPlan) const;
     void judge();
+    void judgeExcluded();
+    QStringList addressTexts() const;
     void place(const commissioning::PlanProblem &problem);
 
     Inventory m_Inventory;
@@ -110,7 +126,8 @@ private:
     std::vector<commissioning::PlanProblem> m_FileProblems;
     QString m_GeneralProblems;
     commissioning::PlanReview m_Review;
-    std::set<Address> m_Excluded;
+    std::map<Address, std::string> m_Excluded;               ///< by address, who has it
+    std::optional<std::pair<Address, QStringList>> m_Filled; ///< the start, and the addresses that came of it
     bool m_allowsForeignSubnets = false;
     bool m_isEditable = true;
 };

@@ -1,10 +1,13 @@
 #include "Lanvane/PlanWindow.h"
 
+#include "Lanvane/AddressMap.h"
 #include "Lanvane/PlanModel.h"
 #include "commissioning/AddressRules.h"
 #include "commissioning/AddressText.h"
+#include "commissioning/FreeAddresses.h"
 #include "commissioning/Interaction.h"
 #include "commissioning/Search.h"
+#include "commissioning/WantedAddresses.h"
 #include "commissioning/Words.h"
 
 #include <QComboBox>
@@ -102,26 +105,42 @@ QWidget *PlanWindow::createFields() {
     for (const Mode mode : {Mode::Static, Mode::Dhcp, Mode::Auto})
         m_pMode->addItem(modeName(mode), QLatin1String(toText(mode)));
     connect(m_pMode, QOverload<int>::of(&QComboBox::activated), this, &PlanWindow::chooseMode);
-    m_pStart = new QLineEdit;
-    m_pStart->setObjectName(QStringLiteral("planStart"));
-    m_pStart->setMaxLength(64);
-    m_pStart->setToolTip(
-        QStringLiteral("All cameras get static addresses that count up from this one, past those that are taken."));
-    connect(m_pStart, &QLineEdit::textEdited, this, &PlanWindow::fillAddresses);
+    QWidget *start = createStart();
     QLineEdit *mask = createField("planMask", PlanColumn::Mask);
     QLineEdit *gateway = createField("planGateway", PlanColumn::Gateway);
     auto *grid = new QGridLayout(m_pFields);
     const std::pair<const char *, QWidget *> fields[] = {
-        {"&Mode:", m_pMode}, {"Subnet Mas&k:", mask}, {"&Start Address:", m_pStart}, {"&Gateway:", gateway}};
+        {"&Mode:", m_pMode}, {"Subnet Mas&k:", mask}, {"&Start Address:", start}, {"&Gateway:", gateway}};
     for (int i = 0; i < 4; ++i) {
         auto *label = new QLabel(QLatin1String(fields[i].first));
-        label->setBuddy(fields[i].second);
+        label->setBuddy(fields[i].second == start ? m_pStart : fields[i].second);
         grid->addWidget(label, i / 2, i % 2 * 2);
         grid->addWidget(fields[i].second, i / 2, i % 2 * 2 + 1);
     }
     grid->setColumnStretch(1, 1);
     grid->setColumnStretch(3, 1);
     return m_pFields;
+}
+
+QWidget *PlanWindow::createStart() {
+    m_pStart = new QLineEdit;
+    m_pStart->setObjectName(QStringLiteral("planStart"));
+    m_pStart->setMaxLength(64);
+    m_pStart->setToolTip(
+        QStringLiteral("All cameras get static addresses that count up from this one, past those that are taken."));
+    connect(m_pStart, &QLineEdit::textEdited, this, &PlanWindow::fillAddresses);
+    auto *map = new QPushButton(QStringLiteral("Ma&p..."));
+    map->setObjectName(QStringLiteral("planMap"));
+    map->setToolTip(QStringLiteral("Shows who has which address"));
+    map->setAutoDefault(false);
+    map->setEnabled(m_pModel->table().adapter() != nullptr);
+    connect(map, &QPushButton::clicked, this, &PlanWindow::openMap);
+    auto *area = new QWidget;
+    auto *row = new QHBoxLayout(area);
+    row->setContentsMargins({});
+    row->addWidget(m_pStart, 1);
+    row->addWidget(map);
+    return area;
 }
 
 QWidget *PlanWindow::createTable() {
@@ -216,6 +235,20 @@ void PlanWindow::fillAddresses(const QString &start) {
     m_pModel->change([&](PlanTable &table) { table.fill(*address); });
 }
 
+void PlanWindow::openMap() {
+    const PlanTable &table = m_pModel->table();
+    const Adapter &adapter = *table.adapter();
+    const Address start = addressFrom(m_pStart->text().trimmed().toStdString()).value_or(0);
+    const AdapterAddress *subnet = subnetOf(&adapter, start);
+    const auto picked =
+        pickAddress(this, table.inventory(), adapter, subnet ? *subnet : *homeSubnet(adapter), start, {}, &m_Known);
+    m_pModel->change([&](PlanTable &own) { own.exclude(m_Known.taken); });
+    if (!picked)
+        return;
+    m_pStart->setText(QString::fromStdString(toText(*picked)));
+    fillAddresses(m_pStart->text());
+}
+
 void PlanWindow::removeSelectedRows() {
     std::set<int, std::greater<>> rows; // from below, so that the others keep their numbers
     for (const QModelIndex &index : m_pView->selectionModel()->selectedRows())
@@ -247,6 +280,8 @@ QString PlanWindow::stateText() const {
     const PlanTable &table = m_pModel->table();
     if (m_isRunning && m_Tools.operation.isCancelled())
         return QStringLiteral("Cancelling: cameras in hand are finished, no other is begun...");
+    if (m_isLooking)
+        return QStringLiteral("Looking whether the new addresses are free...");
     if (m_isRunning)
         return m_Progress.text();
     if (!m_pStart->text().isEmpty() && !addressFrom(m_pStart->text().trimmed().toStdString()))
@@ -291,7 +326,13 @@ void PlanWindow::showProgress(PlanPhase phase, std::size_t done, std::size_t all
 
 // Application
 
-void PlanWindow::carryOut(const PlanReview &review, PlanOutcome *pOutcome, Inventory *pNow) {
+void PlanWindow::carryOut() {
+    PlanOutcome outcome;
+    Inventory now = m_pModel->table().inventory();
+    m_Tools.operation.onGui([this] {
+        m_isLooking = false;
+        showState();
+    });
     PlanOptions options;
     options.what = m_Order.what;
     options.undoes = m_Order.undoes;
@@ -300,32 +341,66 @@ void PlanWindow::carryOut(const PlanReview &review, PlanOutcome *pOutcome, Inven
         m_Tools.operation.post([=] { showProgress(phase, done, all); });
     };
     options.isStopRequested = [this] { return m_Tools.operation.isCancelled(); };
-    *pOutcome = commissioning::apply(m_Tools.layer, review, *pNow, &m_Tools.journal, options);
+    outcome = commissioning::apply(m_Tools.layer, m_pModel->table().review(), now, &m_Tools.journal, options);
     try {
-        pNow->cameras = inventoryOf(search(m_Tools.layer)).cameras;
+        now.cameras = inventoryOf(search(m_Tools.layer)).cameras;
     } catch (...) {
-        pOutcome->remark += " What is listed here is not up to date: " + failureText(std::current_exception());
+        outcome.remark += " What is listed here is not up to date: " + failureText(std::current_exception());
     }
+    m_Tools.operation.onGui([&] { takeOutcome(outcome, std::move(now)); });
+}
+
+std::map<Address, std::string> PlanWindow::findTaken() {
+    std::map<Address, std::string> taken;
+    const auto isCancelled = [this] { return m_Tools.operation.isCancelled(); };
+    for (const auto &[adapter, subnet, addresses] : m_pModel->table().newAddresses(m_Known.free)) {
+        const Neighbourhood found = neighbourhoodOf(*adapter, *subnet, addresses, isCancelled);
+        m_Known.free.insert(found.free.begin(), found.free.end());
+        taken.insert(found.taken.begin(), found.taken.end());
+    }
+    m_Tools.operation.throwIfCancelled();
+    return taken;
 }
 
 void PlanWindow::apply() {
     if (m_isRunning || !m_pApply->isEnabled())
         return;
-    m_wasApplied = true;
     m_Progress = PlanProgress(static_cast<std::size_t>(m_pModel->table().changeCount()));
-    PlanOutcome outcome;
-    Inventory now = m_pModel->table().inventory();
-    const PlanReview review = m_pModel->table().review();
+    m_isLooking = true;
     setRunning(true);
+    std::map<Address, std::string> taken;
     try {
-        m_Tools.operation.run([&] { carryOut(review, &outcome, &now); });
+        m_Tools.operation.run([&] {
+            m_Tools.prepare();
+            taken = findTaken();
+            if (taken.empty())
+                carryOut();
+        });
+        if (!taken.empty())
+            showTaken(taken);
+    } catch (const OperationCancelled &) { // while it looked
+        m_Summary = QStringLiteral("Cancelled. Nothing was sent.");
     } catch (...) {
-        outcome.error = failureText(std::current_exception());
+        m_Summary = QString::fromStdString(failureText(std::current_exception()));
     }
-    m_pModel->change([&](PlanTable &table) { table.take(outcome, std::move(now)); });
-    showOutcome(outcome);
+    m_isLooking = false;
     setRunning(false);
     m_pClose->setFocus();
+}
+
+void PlanWindow::showTaken(const std::map<Address, std::string> &taken) {
+    m_Known.taken.insert(taken.begin(), taken.end());
+    QStringList addresses;
+    for (const auto &[address, mac] : taken)
+        addresses << QString::fromStdString(toText(address));
+    m_Summary = QStringLiteral("Nothing was sent: another device has %1.").arg(addresses.join(QStringLiteral(", ")));
+    m_pModel->change([&](PlanTable &table) { table.exclude(taken); });
+}
+
+void PlanWindow::takeOutcome(const PlanOutcome &outcome, Inventory now) {
+    m_wasApplied = true;
+    m_pModel->change([&](PlanTable &table) { table.take(outcome, std::move(now)); });
+    showOutcome(outcome);
 }
 
 void PlanWindow::showOutcome(const PlanOutcome &outcome) {

@@ -5,9 +5,12 @@
 #include "Lanvane/PlanTable.h"
 #include "MinimalCorvoGigETL/IGigETransportLayer.h"
 #include "commissioning/Journal.h"
+#include "commissioning/Neighbourhood.h"
 
 #include <QDialog>
 
+#include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -25,6 +28,7 @@ struct PlanTools {
     Corvo::IGigETransportLayer &layer;
     commissioning::Journal &journal;
     commissioning::RediscoveryPatience patience;
+    std::function<void()> prepare; ///< on the operation's thread, before anything is asked or sent
 };
 
 /// What a plan is for.
@@ -57,9 +61,11 @@ private slots:
     void fillAddresses(const QString &start);
     void apply();
     void removeSelectedRows();
+    void openMap();
 
 private:
     QWidget *createFields();
+    QWidget *createStart();
     QWidget *createTable();
     QWidget *createButtons();
     QLineEdit *createField(const char *name, commissioning::PlanColumn column);
@@ -72,9 +78,12 @@ private:
     QString rowText() const;
     void setRunning(bool isRunning);
     void showProgress(commissioning::PlanPhase phase, std::size_t done, std::size_t all);
-    /// On the operation's thread.
-    void carryOut(const commissioning::PlanReview &review, commissioning::PlanOutcome *pOutcome,
-                  commissioning::Inventory *pNow);
+    // On the operation's thread.
+    /// \returns those of the addresses which cameras shall get that others turn out to have.
+    std::map<commissioning::Address, std::string> findTaken();
+    void carryOut();
+    void showTaken(const std::map<commissioning::Address, std::string> &taken);
+    void takeOutcome(const commissioning::PlanOutcome &outcome, commissioning::Inventory now);
     void showOutcome(const commissioning::PlanOutcome &outcome);
 
     PlanTools m_Tools;
@@ -89,9 +98,11 @@ private:
     QPushButton *m_pRemove = nullptr;
     QPushButton *m_pApply = nullptr;
     QPushButton *m_pClose = nullptr;
+    commissioning::Neighbourhood m_Known; ///< what was found out of addresses
     PlanProgress m_Progress{0};
     QString m_Summary; ///< of the last application; empty before
     std::vector<std::string> m_DoneCameras;
     bool m_isRunning = false;
+    bool m_isLooking = false; ///< whether addresses are free
     bool m_wasApplied = false;
 };

@@ -99,7 +99,8 @@ bool Situation::needsAttention(const QString &mac, const QString &adapter) const
     if (std::any_of(findings.begin(), findings.end(), isSerious))
         return true;
     const Camera *const found = m_IsComplete && !mac.isEmpty() ? camera(mac) : nullptr;
-    return found && found->status != commissioning::Status::Ok && found->status != commissioning::Status::InUse;
+    return found != nullptr && found->status != commissioning::Status::Ok &&
+           found->status != commissioning::Status::InUse;
 }
 
 int Situation::attentionCount() const {
