@@ -134,12 +134,18 @@ TEST_F(Several, ACancelledApplicationSaysWhatWasDone) {
     QCoreApplication::processEvents();
     expect("Configure Cameras: ", [&](QWidget &dialog) {
         QTest::keyClicks(dialog.findChild<QLineEdit *>("planStart"), "192.168.10.61");
-        QTimer::singleShot(600, &dialog, [&] { // the first of them restarts
+        QTimer looks;
+        const unsigned cyclesBefore = status(1).ipCycles;
+        QObject::connect(&looks, &QTimer::timeout, &dialog, [&] {
+            if (status(1).ipCycles == cyclesBefore)
+                return;
+            looks.stop(); // the first of them restarts
             EXPECT_TRUE(dialog.findChild<QWidget *>("planProgress")->isVisible());
             EXPECT_FALSE(dialog.findChild<QWidget *>("planTable")->isEnabled());
             QTest::keyClick(&dialog, Qt::Key_Escape);
             EXPECT_THAT(message(dialog), StartsWith("Cancelling"));
         });
+        looks.start(50);
         clickIn(dialog, "planApply");
         EXPECT_TRUE(dialog.isVisible());
         EXPECT_THAT(message(dialog), StartsWith("Cancelled. 1 camera changed. 9 cameras not begun."));
