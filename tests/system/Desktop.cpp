@@ -9,7 +9,6 @@
 #include <QMenu>
 #include <QPointer>
 #include <QPushButton>
-#include <QScopedValueRollback>
 #include <QSettings>
 #include <QTimer>
 #include <QtTest>
@@ -113,7 +112,7 @@ void Desktop::picture(const char *name, QWidget *dialog) {
     if (folder.isEmpty())
         return;
     if (!dialog)
-        window().resize(std::max(window().width(), 1100), 480);
+        window().resize(std::max(window().width(), 1100), 620);
     QTest::qWait(100); // for what is laid out later
     EXPECT_TRUE((dialog ? *dialog : window()).grab().save(folder + "/" + name + ".png"));
 }
@@ -177,10 +176,11 @@ void Desktop::lookForDialogs() {
     QPointer<QWidget> dialog = QApplication::activePopupWidget();
     if (!dialog)
         dialog = QApplication::activeModalWidget();
-    if (dialog.isNull() || !dialog->isVisible() || dialog->objectName() == "WaitBox" || dialog == m_Answered)
+    if (dialog.isNull() || !dialog->isVisible() || dialog->objectName() == "WaitBox" || m_Answered.contains(dialog))
         return;
-    const QScopedValueRollback<QWidget *> answered(m_Answered, dialog.data()); // an answer may take its time
+    m_Answered.append(dialog); // an answer may take its time
     answer(*dialog);
+    m_Answered.removeLast();
     if (dialog && dialog->isVisible()) {
         ADD_FAILURE() << "left open: " << describe(*dialog).toStdString();
         dismiss(*dialog);

@@ -110,7 +110,7 @@ private:
     std::deque<Expected> m_Expected;
     std::deque<Expected> m_Waits;
     Act m_Anything;
-    QWidget *m_Answered = nullptr; ///< the dialog that an act is about
+    QVector<QWidget *> m_Answered; ///< the dialogs that acts are about
 };
 
 // Dialogs.

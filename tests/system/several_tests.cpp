@@ -107,9 +107,11 @@ TEST_F(Several, TenBecomeStaticInEightClicksAndAreUndone) {
         clickIn(dialog, "planApply"); // looks first
         EXPECT_EQ("Set to Static IP 192.168.10.71/24", cell(dialog, 9, Deed));
         EXPECT_THAT(message(dialog), StartsWith("Nothing was sent: another device has 192.168.10.63."));
+        picture("configure-selected", &dialog);
         clickIn(dialog, "planApply");
         EXPECT_THAT(message(dialog), StartsWith("10 cameras changed."));
         EXPECT_EQ("Done", cell(dialog, 9, Outcome));
+        picture("configured", &dialog);
         clickIn(dialog, "planClose");
     });
     EXPECT_TRUE(canUndo());
@@ -119,6 +121,7 @@ TEST_F(Several, TenBecomeStaticInEightClicksAndAreUndone) {
 
     expect("Undo Last Change: ", [&](QWidget &dialog) {
         EXPECT_THAT(message(dialog), StartsWith("10 of 10 cameras will be changed."));
+        picture("undo", &dialog);
         clickIn(dialog, "planApply");
         EXPECT_THAT(message(dialog), StartsWith("10 cameras changed."));
         clickIn(dialog, "planClose");

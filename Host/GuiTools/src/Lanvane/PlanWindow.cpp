@@ -296,8 +296,8 @@ QString PlanWindow::stateText() const {
             : QStringLiteral("%1 of %2 will be changed.").arg(table.changeCount()).arg(cameras(table.rowCount()));
     if (m_Summary.isEmpty())
         return plan + rowText();
-    return m_Summary + (table.changeCount() == 0 ? QString() : QStringLiteral(" Apply does what is not done yet.")) +
-           rowText();
+    const bool isUnfinished = m_wasApplied && table.changeCount() > 0;
+    return m_Summary + (isUnfinished ? QStringLiteral(" Apply does what is not done yet.") : QString()) + rowText();
 }
 
 void PlanWindow::showState() {
@@ -395,6 +395,8 @@ void PlanWindow::showTaken(const std::map<Address, std::string> &taken) {
         addresses << QString::fromStdString(toText(address));
     m_Summary = QStringLiteral("Nothing was sent: another device has %1.").arg(addresses.join(QStringLiteral(", ")));
     m_pModel->change([&](PlanTable &table) { table.exclude(taken); });
+    if (m_pModel->table().canBeApplied())
+        m_Summary += QStringLiteral(" The addresses now count past it. Apply sends them.");
 }
 
 void PlanWindow::takeOutcome(const PlanOutcome &outcome, Inventory now) {
