@@ -322,6 +322,7 @@ std::vector<PlanTable::Neighbours> PlanTable::newAddresses(const std::set<Addres
         there.addresses.push_back(address);
     }
     std::vector<Neighbours> all;
+    all.reserve(bySubnet.size());
     for (auto &[subnet, neighbours] : bySubnet)
         all.push_back(std::move(neighbours));
     return all;

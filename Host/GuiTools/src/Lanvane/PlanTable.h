@@ -79,8 +79,8 @@ public:
     const commissioning::Adapter *adapter() const;
     /// New addresses of one subnet.
     struct Neighbours {
-        const commissioning::Adapter *adapter;
-        const commissioning::AdapterAddress *subnet;
+        const commissioning::Adapter *adapter = nullptr;
+        const commissioning::AdapterAddress *subnet = nullptr;
         std::vector<Address> addresses;
     };
     /// The addresses that the plan gives to cameras and that no camera has now, without those known to be free.
