@@ -78,7 +78,7 @@ QString keyTextOf(const QTreeWidgetItem &item) { return item.data(DeviceTree::Co
 
 /// Whether a device was found through the adapter of a row.
 bool isIn(const QTreeWidgetItem *adapter, const CQuorelGigEDeviceInfo &device) {
-    return adapter && displayText(device, PropIfName).split(QLatin1Char(';')).contains(keyTextOf(*adapter));
+    return adapter != nullptr && displayText(device, PropIfName).split(QLatin1Char(';')).contains(keyTextOf(*adapter));
 }
 
 } // namespace
@@ -129,7 +129,7 @@ void DeviceTree::addDeviceRow(const CQuorelGigEDeviceInfo &device) {
 
 void DeviceTree::showHidden(const commissioning::Camera &camera) {
     const CQuorelGigEDeviceInfo info = commissioning::infoOf(camera);
-    if (!findDevice(macOf(info)))
+    if (findDevice(macOf(info)) == nullptr)
         addDeviceRow(info);
     mark(*findDevice(macOf(info)), QStringLiteral("Hidden"));
 }
@@ -240,13 +240,13 @@ void DeviceTree::showDevice(QTreeWidgetItem &item, const CQuorelGigEDeviceInfo &
 
 bool DeviceTree::needsAttention(const QTreeWidgetItem *item) const {
     const RowKey key = keyOf(item);
-    return m_Situation && m_Situation->needsAttention(key.mac, key.adapterName);
+    return m_Situation != nullptr && m_Situation->needsAttention(key.mac, key.adapterName);
 }
 
 QString DeviceTree::tipOf(const RowKey &key) const {
     const QTreeWidgetItem *item = key.mac.isEmpty() ? nullptr : findDevice(key.mac);
     const QString name = item ? item->text(ColUserName) : QString();
-    const QString tip = name.isEmpty() ? QString() : QStringLiteral("Name: %1").arg(name.toHtmlEscaped());
+    QString tip = name.isEmpty() ? QString() : QStringLiteral("Name: %1").arg(name.toHtmlEscaped());
     if (!m_Situation)
         return tip;
     return tip + findingsTip(item ? m_Situation->ofCamera(key.mac) : m_Situation->ofAdapter(key.adapterName));
