@@ -35,7 +35,7 @@ protected:
         QTest::mouseClick(top->windowHandle(), Qt::LeftButton, {}, widget.mapTo(top, place));
     }
     static void clickOn(QWidget &dialog, const char *name) {
-        QWidget *widget = dialog.findChild<QWidget *>(name);
+        auto *widget = dialog.findChild<QWidget *>(name);
         clickAt(*widget, QPoint(10, widget->height() / 2));
     }
     static void clickOk(QWidget &dialog) {
@@ -62,7 +62,8 @@ protected:
 
     struct Presses : QObject {
         bool eventFilter(QObject *watched, QEvent *event) override {
-            count += event->type() == QEvent::MouseButtonPress && event->spontaneous() && watched->isWindowType();
+            if (event->type() == QEvent::MouseButtonPress && event->spontaneous() && watched->isWindowType())
+                ++count;
             return false;
         }
         int count = 0;
