@@ -78,6 +78,11 @@ TEST(PlanTable, CountsUpPastWhatIsTaken) {
     table.exclude({{*addressFrom("192.168.10.51"), "020000000051"}}); // which fills anew
     EXPECT_EQ("192.168.10.50 0; 192.168.10.52 0; 192.168.10.53 0; 192.168.20.50 0", addresses(table));
     EXPECT_TRUE(table.canBeApplied());
+    table.setText(0, PlanColumn::IpAddress, "192.168.10.51");
+    EXPECT_EQ("Another device, 02:00:00:00:00:51, has the address 192.168.10.51.",
+              table.problem(0, PlanColumn::IpAddress));
+    EXPECT_FALSE(table.canBeApplied());
+    table.setText(0, PlanColumn::IpAddress, "192.168.10.50");
     EXPECT_EQ("OL 1|DHCP 192.168.10.140|Set to Static IP 192.168.10.50/24",
               table.cameraText(0) + "|" + table.nowText(0) + "|" + table.deed(0));
     table.setText(0, PlanColumn::Mode, "dhcp");

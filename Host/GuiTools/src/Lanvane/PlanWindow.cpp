@@ -330,6 +330,7 @@ void PlanWindow::carryOut() {
     PlanOutcome outcome;
     Inventory now = m_pModel->table().inventory();
     m_Tools.operation.onGui([this] {
+        m_wasApplied = true; // however it ends
         m_isLooking = false;
         showState();
     });
@@ -400,7 +401,6 @@ void PlanWindow::showTaken(const std::map<Address, std::string> &taken) {
 }
 
 void PlanWindow::takeOutcome(const PlanOutcome &outcome, Inventory now) {
-    m_wasApplied = true;
     m_pModel->change([&](PlanTable &table) { table.take(outcome, std::move(now)); });
     showOutcome(outcome);
 }

@@ -3,6 +3,8 @@
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Survey.h"
 
+#include <QStringList>
+
 #include <algorithm>
 #include <utility>
 
@@ -103,14 +105,22 @@ bool Situation::needsAttention(const QString &mac, const QString &adapter) const
            found->status != commissioning::Status::InUse;
 }
 
-int Situation::attentionCount() const {
+QString Situation::attentionText() const {
     const auto cameras =
         std::count_if(m_Inventory.cameras.begin(), m_Inventory.cameras.end(),
                       [this](const Camera &one) { return needsAttention(QString::fromStdString(one.mac), QString()); });
     const auto adapters =
         std::count_if(m_Inventory.adapters.begin(), m_Inventory.adapters.end(),
                       [this](const auto &one) { return needsAttention(QString(), QString::fromStdString(one.name)); });
-    return static_cast<int>(cameras + adapters);
+    if (cameras + adapters == 0)
+        return {};
+    QStringList parts;
+    if (cameras > 0)
+        parts << (adapters > 0 ? counted(cameras, "camera") : QString::number(cameras));
+    if (adapters > 0)
+        parts << counted(adapters, "adapter");
+    return QStringLiteral(", %1 %2 attention")
+        .arg(parts.join(QStringLiteral(" and ")), QLatin1String(cameras + adapters == 1 ? "needs" : "need"));
 }
 
 QString Situation::summary() const {
@@ -118,11 +128,6 @@ QString Situation::summary() const {
         return {};
     const auto adapters =
         std::count_if(m_Inventory.adapters.begin(), m_Inventory.adapters.end(), commissioning::isUsable);
-    QString text = counted(static_cast<qint64>(m_Inventory.cameras.size()), "camera") + QStringLiteral(" on ") +
-                   counted(adapters, "adapter");
-    const int attention = attentionCount();
-    if (attention > 0)
-        text +=
-            QStringLiteral(", %1 %2 attention").arg(attention).arg(QLatin1String(attention == 1 ? "needs" : "need"));
-    return text;
+    return counted(static_cast<qint64>(m_Inventory.cameras.size()), "camera") + QStringLiteral(" on ") +
+           counted(adapters, "adapter") + attentionText();
 }

@@ -40,12 +40,11 @@ public:
 
     /// Of a row: a camera's, or an adapter's when there is no MAC.
     bool needsAttention(const QString &mac, const QString &adapter) const;
-    /// "12 cameras on 2 adapters, 3 need attention"; empty before the first search.
+    /// "12 cameras on 2 adapters, 3 need attention"; empty before the first search. Adapters in need are told apart.
     QString summary() const;
-    /// How many cameras and adapters need attention.
-    int attentionCount() const;
 
 private:
+    QString attentionText() const;
     void index();
     const commissioning::Camera *camera(const QString &mac) const;
 
