@@ -19,7 +19,7 @@ TEST(Survey, TellsOfEveryLink) {
     ip("link set other master br0");
     ip("tuntap add tun0 mode tun");
     std::map<std::string, std::string> seen;
-    for (const Adapter &adapter : surveyAdapters()) {
+    for (const commissioning::Adapter &adapter : surveyAdapters()) {
         std::string text = std::to_string(static_cast<int>(adapter.kind));
         for (const bool value : {adapter.isUp, adapter.hasCarrier, adapter.canBroadcast, adapter.isPort})
             text += value ? " yes" : " no";

@@ -13,7 +13,7 @@ using namespace GenApiTest;
 
 namespace {
 
-const char *const nodes =
+const char *const callbackNodes =
     "<IntReg Name='R'><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>"
     "<Integer Name='A'><pValue>R</pValue></Integer><Integer Name='B'><pValue>R</pValue></Integer>"
     "<IntSwissKnife Name='Twice'><pVariable Name='A'>A</pVariable><Formula>A * 2</Formula></IntSwissKnife>"
@@ -43,7 +43,7 @@ protected:
     std::string TakeCalls() { return std::exchange(calls, ""); }
     void Set(const char *name, int64_t value) { CIntegerPtr(camera[name])->SetValue(value); }
 
-    Camera camera{nodes};
+    Camera camera{callbackNodes};
     std::string calls;
 };
 
@@ -130,7 +130,7 @@ TEST_F(GenApiCallbacks, ACommandThatIsDoneNotifiesOnce) {
 }
 
 TEST(GenApiThreads, OperationsCallbacksAndDeregistrationMix) {
-    Camera camera(nodes);
+    Camera camera(callbackNodes);
     std::atomic<bool> stop{false};
     std::atomic<int> calls{0};
     std::vector<std::thread> threads;

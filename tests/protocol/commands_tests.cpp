@@ -11,7 +11,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::uint8_t Mac[] = {0x02, 0x5A, 0xE3, 0x01, 0x02, 0x03};
+constexpr std::uint8_t CameraMac[] = {0x02, 0x5A, 0xE3, 0x01, 0x02, 0x03};
 
 Bytes bytesOf(const GXBUF &request) {
     const auto *begin = static_cast<const std::uint8_t *>(request.iov_base);
@@ -28,7 +28,7 @@ TEST(Commands, Discovery) {
 
 TEST(Commands, ForceIp) {
     ForceIpCommand command;
-    EXPECT_EQ(command.FormatRequest(Mac, SocketAddress("192.168.1.10"), SocketAddress("255.255.255.0"),
+    EXPECT_EQ(command.FormatRequest(CameraMac, SocketAddress("192.168.1.10"), SocketAddress("255.255.255.0"),
                                     SocketAddress("192.168.1.1")),
               0u);
     const Bytes expected = {
@@ -50,7 +50,7 @@ TEST(Commands, SetIpConfiguration) {
     persistentAndDhcp.DHCP = 1;
     char name[17] = "Left Cam";
     SetIpConfigurationCommand command;
-    EXPECT_EQ(command.FormatRequest(Mac, persistentAndDhcp, SocketAddress("10.1.2.3"), SocketAddress("255.0.0.0"),
+    EXPECT_EQ(command.FormatRequest(CameraMac, persistentAndDhcp, SocketAddress("10.1.2.3"), SocketAddress("255.0.0.0"),
                                     nullptr, name, true),
               0u);
     const Bytes expected = {
@@ -71,7 +71,7 @@ TEST(Commands, SetIpConfigurationCutsTheName) {
     for (const char *name : {"0123456789ABCDEF", "0123456789ABCDEFGHIJ"}) {
         SetIpConfigurationCommand command;
         TraceLog traces;
-        EXPECT_EQ(command.FormatRequest(Mac, linkLocal, nullptr, nullptr, nullptr, name, false), 0u);
+        EXPECT_EQ(command.FormatRequest(CameraMac, linkLocal, nullptr, nullptr, nullptr, name, false), 0u);
         EXPECT_EQ(traces.contains("Truncating user defined name"), name[16] != 0);
         const Bytes request = bytesOf(command.GetRequest());
         EXPECT_EQ(request[1], 0x01);

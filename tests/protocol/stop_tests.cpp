@@ -15,7 +15,7 @@ using Gx::CStopToken;
 namespace {
 
 const SocketAddress Address("10.0.0.50");
-constexpr std::uint8_t Mac[6] = {};
+constexpr std::uint8_t NoMac[6] = {};
 
 GXSTATUS discover() {
     return Gx::Enumerator::Discover(nullptr, 5000, Gx::Enumerator::FlagBroadcastAcknowledge, nullptr);
@@ -37,8 +37,8 @@ std::uint64_t stopped(ScriptedNetwork &network, GXSTATUS status, const std::func
 
 TEST(Stop, EndsBroadcastCommandsFloodedOrNot) {
     const std::function<GXSTATUS()> commands[] = {
-        discover, [] { return Gx::ForceIp(Mac, Address, Address, Address, 0); },
-        [] { return Gx::SetIpConfiguration(Mac, {}, Address, Address, nullptr, nullptr, true, 3000); }};
+        discover, [] { return Gx::ForceIp(NoMac, Address, Address, Address, 0); },
+        [] { return Gx::SetIpConfiguration(NoMac, {}, Address, Address, nullptr, nullptr, true, 3000); }};
     for (const auto &command : commands) {
         for (const bool isFlooded : {false, true}) {
             ScriptedNetwork network([&](const Bytes &) {

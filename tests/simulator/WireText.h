@@ -10,6 +10,9 @@
 /// Messages as hexadecimal text, so that tests show the very bytes of the wire.
 namespace wire {
 
+constexpr const char *discovery = "42 01 0002 0000 FFFF";
+constexpr const char *discoveryBroadcastAck = "42 19 0002 0000 FFFF";
+
 inline std::vector<std::uint8_t> bytes(const std::string &hex) {
     std::string digits;
     for (const char c : hex)

@@ -10,8 +10,6 @@ using namespace std::chrono_literals;
 namespace {
 
 const char mac[] = "025AE3010203";
-const char discovery[] = "42 01 0002 0000 FFFF";
-const char discoveryBroadcastAck[] = "42 19 0002 0000 FFFF";
 
 /// A camera at 192.168.1.10/24 but for what the settings, each behind a comma, say.
 CameraConfig cameraWith(const std::string &settings = "") {
@@ -24,7 +22,7 @@ TEST(CameraDiscovery, AcknowledgesWithTheDiscoveryBlock) {
     // Model and serial number fill their fields: no terminator.
     Conversation talk(cameraWith(",manufacturer=Maker,version=V1,info=I,serial=1234567890123456,name=left,model=" +
                                  std::string(32, 'M')));
-    const auto replies = talk.send(discovery);
+    const auto replies = talk.send(wire::discovery);
     ASSERT_EQ(replies.size(), 1u);
     EXPECT_EQ(replies[0].source.toString(), "192.168.1.10");
     EXPECT_EQ(replies[0].destination, talk.application);
@@ -56,18 +54,23 @@ TEST(CameraDiscovery, AnswersWhereACameraCan) {
         const char *what, *requester, *destination, *command, *settings;
         std::vector<std::string> answers; ///< destination, "via" gateway
     } cases[] = {
-        {"local", "192.168.1.1", all, discovery, "", {"192.168.1.1"}},
-        {"directed", "192.168.1.1", "192.168.1.255", discovery, "", {"192.168.1.1"}},
-        {"unicast", "192.168.1.1", "192.168.1.10", discovery, "", {"192.168.1.1"}},
-        {"other unicast", "192.168.1.1", "192.168.1.11", discovery, "", {}},
-        {"other subnet's broadcast", "192.168.1.1", "192.168.255.255", discovery, ",broadcast-ack=always", {}},
-        {"foreign", "10.0.0.1", all, discovery, ",ip=192.168.1.10/24,broadcast-ack=always", {}},
-        {"foreign, gateway", "10.0.0.1", all, discovery, "", {"10.0.0.1 via 192.168.1.254"}},
-        {"foreign, useless gateway", "10.0.0.1", all, discovery, ",ip=192.168.1.10/24 via 10.0.0.9", {}},
-        {"flag, not needed", "192.168.1.1", all, discoveryBroadcastAck, "", {"192.168.1.1"}},
-        {"flag, needed", "10.0.0.1", all, discoveryBroadcastAck, ",ip=192.168.1.10/24", {all}},
-        {"flag, unsupported", "10.0.0.1", all, discoveryBroadcastAck, ",ip=192.168.1.10/24,broadcast-ack=never", {}},
-        {"flag, both", "192.168.1.1", all, discoveryBroadcastAck, ",broadcast-ack=always", {all, "192.168.1.1"}},
+        {"local", "192.168.1.1", all, wire::discovery, "", {"192.168.1.1"}},
+        {"directed", "192.168.1.1", "192.168.1.255", wire::discovery, "", {"192.168.1.1"}},
+        {"unicast", "192.168.1.1", "192.168.1.10", wire::discovery, "", {"192.168.1.1"}},
+        {"other unicast", "192.168.1.1", "192.168.1.11", wire::discovery, "", {}},
+        {"other subnet's broadcast", "192.168.1.1", "192.168.255.255", wire::discovery, ",broadcast-ack=always", {}},
+        {"foreign", "10.0.0.1", all, wire::discovery, ",ip=192.168.1.10/24,broadcast-ack=always", {}},
+        {"foreign, gateway", "10.0.0.1", all, wire::discovery, "", {"10.0.0.1 via 192.168.1.254"}},
+        {"foreign, useless gateway", "10.0.0.1", all, wire::discovery, ",ip=192.168.1.10/24 via 10.0.0.9", {}},
+        {"flag, not needed", "192.168.1.1", all, wire::discoveryBroadcastAck, "", {"192.168.1.1"}},
+        {"flag, needed", "10.0.0.1", all, wire::discoveryBroadcastAck, ",ip=192.168.1.10/24", {all}},
+        {"flag, unsupported",
+         "10.0.0.1",
+         all,
+         wire::discoveryBroadcastAck,
+         ",ip=192.168.1.10/24,broadcast-ack=never",
+         {}},
+        {"flag, both", "192.168.1.1", all, wire::discoveryBroadcastAck, ",broadcast-ack=always", {all, "192.168.1.1"}},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
@@ -158,7 +161,7 @@ TEST(CameraIpCycle, IsSilentThenTakesTheFirstEnabledSource) {
         EXPECT_TRUE(talk.send(wire::forceIp(mac, "00000000", "00000000")).empty());
         talk.pass(199ms);
         EXPECT_EQ(addressOf(talk.camera), "none");
-        EXPECT_TRUE(talk.send(discoveryBroadcastAck).empty());
+        EXPECT_TRUE(talk.send(wire::discoveryBroadcastAck).empty());
         EXPECT_EQ(talk.camera.nextDeadline(), talk.now + 1ms);
         talk.pass(1ms);
         EXPECT_EQ(addressOf(talk.camera), c.address);

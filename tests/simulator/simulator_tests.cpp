@@ -22,7 +22,6 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-const char discovery[] = "42 01 0002 0000 FFFF";
 const char readHeartbeat[] = "42 01 0080 0004 0102 00000938";
 const char readHeartbeatAck[] = "00 00 00 81 00 04 01 02 00 00 0B B8";
 
@@ -92,7 +91,7 @@ protected:
 
 TEST_F(RunningSimulator, ServesEachCameraAtItsAddressAndAllByBroadcast) {
     ASSERT_NE(simulator.port(), 0);
-    const auto acks = exchange(discovery, "127.255.255.255");
+    const auto acks = exchange(wire::discovery, "127.255.255.255");
     ASSERT_EQ(acks.size(), 2u);
     std::set<std::uint8_t> hosts;
     for (const Bytes &ack : acks) {
@@ -115,14 +114,14 @@ TEST_F(RunningSimulator, ServesEachCameraAtItsAddressAndAllByBroadcast) {
     EXPECT_EQ(requests[0].command(), TAG_READREG_CMD);
     EXPECT_EQ(requests[0].requestId(), 0x0102);
     EXPECT_GE(requests[0].time, before);
-    EXPECT_TRUE(exchange(discovery, "127.0.0.12").empty());
+    EXPECT_TRUE(exchange(wire::discovery, "127.0.0.12").empty());
 }
 
 TEST_F(RunningSimulator, ChangesAreEffectiveWhenTheCallReturns) {
     simulator.setReachable(macOf(1), false);
     EXPECT_TRUE(exchange(readHeartbeat, "127.0.0.10").empty());
     simulator.removeCamera(macOf(2));
-    EXPECT_EQ(exchange(discovery, "127.255.255.255").size(), 1u);
+    EXPECT_EQ(exchange(wire::discovery, "127.255.255.255").size(), 1u);
     EXPECT_THROW(simulator.status(macOf(2)), std::out_of_range);
     EXPECT_THROW(simulator.addCamera(cameraAt(1, "127.0.0.13")), std::invalid_argument);
     simulator.addCamera(cameraAt(3, "127.0.0.13"));
@@ -173,9 +172,9 @@ TEST_F(RunningSimulator, AnOutageComesOnceAndGoes) {
     simulator.setFaults(macOf(1), parseFaults("deaf-after=2,outage=60,commands=readreg"));
     EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 1u);
     EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 1u);
-    EXPECT_EQ(exchange(discovery, "127.0.0.10").size(), 1u); // does not count
+    EXPECT_EQ(exchange(wire::discovery, "127.0.0.10").size(), 1u); // does not count
     EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 0u);
-    EXPECT_EQ(exchange(discovery, "127.0.0.10").size(), 0u);
+    EXPECT_EQ(exchange(wire::discovery, "127.0.0.10").size(), 0u);
     EXPECT_TRUE(eventually([this] { return exchange(readHeartbeat, "127.0.0.10").size() == 1; }));
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(exchange(readHeartbeat, "127.0.0.10").size(), 1u);
@@ -195,7 +194,7 @@ TEST_F(RunningSimulator, FaultsOfLengthTimeAndOrder) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, 60ms);
     simulator.setFaults({});
     simulator.setFaults(macOf(1), parseFaults("reorder=100"));
-    const auto acks = exchange(discovery, "127.255.255.255"); // camera 2 answers after camera 1
+    const auto acks = exchange(wire::discovery, "127.255.255.255"); // camera 2 answers after camera 1
     ASSERT_EQ(acks.size(), 2u);
     EXPECT_EQ(acks[0].at(8 + 39), 11);
     EXPECT_EQ(acks[1].at(8 + 39), 10);
@@ -241,7 +240,7 @@ TEST(SimulatorLife, StartsStopsAndStartsAgain) {
     for (int round = 0; round < 2; ++round) {
         simulator.start();
         EXPECT_THROW(simulator.start(), std::logic_error);
-        application.send(discovery, "127.0.0.10", simulator.port());
+        application.send(wire::discovery, "127.0.0.10", simulator.port());
         EXPECT_EQ(application.receive(1, 2000).size(), 1u);
         simulator.stop();
         simulator.stop();
@@ -283,7 +282,7 @@ TEST(SimulatorThreads, InspectionAndChangesMeetTrafficAndStop) {
     std::thread traffic([&] {
         Application application;
         while (!done) {
-            application.send(discovery, "127.255.255.255", simulator.port());
+            application.send(wire::discovery, "127.255.255.255", simulator.port());
             application.receive(5, 2);
         }
     });

@@ -23,7 +23,7 @@ struct BootstrapRegister {
 };
 
 // What says who streams to whom is left out, as nobody asks for images here.
-constexpr BootstrapRegister Registers[] = {
+constexpr BootstrapRegister BootstrapRegisters[] = {
     {"Version", GEV_REG_VERSION, 4},
     {"Device Mode", GEV_REG_DEVICE_MODE, 4},
     {"Device MAC address - High", GEV_REG_DEVICE_MAC_HIGH, 4},
@@ -67,7 +67,7 @@ std::vector<RegisterDump> readRegisters(const Corvo::CQuorelGigEDeviceInfo &devi
     std::vector<RegisterDump> dump;
     if (Corvo::OpenControlChannel(device, 0, &channel, Lifetime_ms) != GX_SUCCESS)
         return dump;
-    for (const BootstrapRegister &one : Registers) {
+    for (const BootstrapRegister &one : BootstrapRegisters) {
         std::vector<std::uint8_t> bytes(one.bytes);
         std::uint32_t value = 0;
         GXSTATUS status = GX_SUCCESS;

@@ -20,7 +20,7 @@ namespace commissioning {
 
 namespace {
 
-constexpr std::size_t MaxLine = 1024;
+constexpr std::size_t MaxLineBytes = 1024;
 constexpr std::size_t MaxAcknowledges = 16384;
 
 /// Takes the first word off a line.
@@ -104,7 +104,7 @@ void ListenerLines::add(std::string_view text) {
     while (!text.empty()) {
         const std::size_t end = text.find('\n');
         m_Rest += text.substr(0, end);
-        m_IsSkipping = m_IsSkipping || m_Rest.size() > MaxLine;
+        m_IsSkipping = m_IsSkipping || m_Rest.size() > MaxLineBytes;
         if (m_IsSkipping)
             m_Rest.clear();
         if (end == std::string_view::npos)

@@ -16,7 +16,6 @@ namespace commissioning {
 namespace {
 
 constexpr std::size_t MaxCellBytes = 256; // more than any value takes
-constexpr std::size_t MaxProblems = 200;
 constexpr const char *ColumnNames[PlanColumns] = {"camera", "mode", "address", "mask", "gateway", "name"};
 
 std::size_t indexOf(PlanColumn column) { return static_cast<std::size_t>(column); }
@@ -81,7 +80,7 @@ private:
     void takeRow(const std::vector<CsvCell> &cells) {
         if (m_IsGivenUp || std::all_of(cells.begin(), cells.end(), isEmpty) || isComment(cells))
             return;
-        if (m_Plan.problems.size() >= MaxProblems) {
+        if (m_Plan.problems.size() >= MaxPlanProblems) {
             m_IsGivenUp = true;
             m_Plan.problems.push_back({cells.front().place.line, 0, "From here on the file was not read."});
         } else if (m_HasHeader)
@@ -147,7 +146,7 @@ private:
     }
 
     void report(const CsvCell &cell, const std::string &text) {
-        if (m_Plan.problems.size() <= MaxProblems)
+        if (m_Plan.problems.size() <= MaxPlanProblems)
             m_Plan.problems.push_back({cell.place.line, cell.place.character, text});
     }
 

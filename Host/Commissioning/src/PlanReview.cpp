@@ -13,8 +13,6 @@ namespace commissioning {
 
 namespace {
 
-constexpr std::size_t MaxProblems = 200;
-
 bool namesAddresses(const PlanEntry &entry) { return entry.address || entry.mask || entry.gateway; }
 
 /// A mode that needs no change leaves the word as it is, whatever else is enabled in it.
@@ -191,10 +189,10 @@ private:
         std::stable_sort(problems.begin(), problems.end(), [](const PlanProblem &a, const PlanProblem &b) {
             return std::pair(a.line, a.character) < std::pair(b.line, b.character);
         });
-        if (problems.size() <= MaxProblems)
+        if (problems.size() <= MaxPlanProblems)
             return;
-        const std::size_t more = problems.size() - MaxProblems;
-        problems.resize(MaxProblems);
+        const std::size_t more = problems.size() - MaxPlanProblems;
+        problems.resize(MaxPlanProblems);
         problems.push_back({problems.back().line, 0, "And " + std::to_string(more) + " more problems."});
     }
 

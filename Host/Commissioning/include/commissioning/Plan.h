@@ -37,6 +37,10 @@ struct PlanEntry {
     bool isBroken = false;                          ///< some cell of it makes no sense; the plan's problems say which
 };
 
+/// So many problems are told of a file, and so many of a plan held against the cameras; of the rest only that there are
+/// more.
+inline constexpr std::size_t MaxPlanProblems = 200;
+
 /// Something wrong with a plan.
 struct PlanProblem {
     int line = 0;      ///< as in PlanPlace; 0 when it is about the plan as a whole

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr const char *SettingsGroup = "MainWindow";
+constexpr const char *SettingsGroup = IpConfigurationWidget::SettingsGroup;
 /// Stage of the build, for instance "beta"; empty for a release.
 constexpr const char *BuildStageTag = "";
 

@@ -39,8 +39,6 @@ using namespace Corvo;
 
 namespace {
 
-constexpr const char *SettingsGroup = "MainWindow";
-
 /// Starts the first refresh once the window is there.
 class DeferredInitialRefreshEvent : public QEvent {
 public:

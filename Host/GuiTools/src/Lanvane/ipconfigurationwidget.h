@@ -38,6 +38,9 @@ class IpConfigurationWidget : public QWidget {
     Q_OBJECT
 
 public:
+    /// The group of the settings in which the window and its content keep what is to be found again.
+    static constexpr const char *SettingsGroup = "MainWindow";
+
     explicit IpConfigurationWidget(QWidget *parent = nullptr);
     ~IpConfigurationWidget() override;
 

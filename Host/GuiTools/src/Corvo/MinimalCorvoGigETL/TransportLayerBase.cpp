@@ -14,7 +14,7 @@ namespace Corvo {
 
 namespace {
 
-unsigned long TraceCategory() {
+unsigned long TLTraceCategory() {
     static const unsigned long category = tracelog::LogGetCatID("corvo.base.TL");
     return category;
 }
@@ -75,7 +75,7 @@ template <class Interface> bool CTransportLayerBase<Interface>::IsComparable(con
         StringList_t names;
         return entry.GetPropertyNames(names) > 0 && InternalIsSubset(entry, entry);
     } catch (const GenICam::RuntimeException &error) {
-        tracelog::LogTrace(TraceCategory(), tracelog::lvWarning, "Device filter: %s", error.GetDescription());
+        tracelog::LogTrace(TLTraceCategory(), tracelog::lvWarning, "Device filter: %s", error.GetDescription());
         return false;
     }
 }
@@ -101,7 +101,7 @@ int CTransportLayerBase<Interface>::InternalApplyFilter(const DeviceInfoList &so
     std::copy(passed.begin(), passed.end(), std::back_inserter(out));
     const int count = CountFrom(passed, 0);
     if (!source.empty())
-        tracelog::LogTrace(TraceCategory(), tracelog::lvDebug,
+        tracelog::LogTrace(TLTraceCategory(), tracelog::lvDebug,
                            "Filter applied to device list, count of devices before filter step = %d, after filter step "
                            "= %d.",
                            CountFrom(source, 0), count);
@@ -116,7 +116,7 @@ bool CTransportLayerBase<Interface>::InternalMatchDeviceClass(const CDeviceInfo 
 template <class Interface> void CTransportLayerBase<Interface>::CheckDeviceClass(const CDeviceInfo &info) const {
     if (!InternalMatchDeviceClass(info))
         TraceAndThrow(
-            TraceCategory(),
+            TLTraceCategory(),
             RUNTIME_EXCEPTION("The device class %s is not supported by this transport layer. This transport layer "
                               "supports %s.",
                               info.GetDeviceClass().c_str(), InternalGetDeviceClass().c_str()));
@@ -159,11 +159,11 @@ void CTransportLayerBase<Interface>::FindDevice(const CDeviceInfo &info, CDevice
     const int count = EnumerateDevices(matches, filter);
     if (count == 0)
         TraceAndThrow(
-            TraceCategory(),
+            TLTraceCategory(),
             RUNTIME_EXCEPTION("No device is available or no device contains the provided device info properties"));
     if (count > 1 && !firstOnly)
         TraceAndThrow(
-            TraceCategory(),
+            TLTraceCategory(),
             RUNTIME_EXCEPTION("Too many devices (%d) match the provided device info properties, don't know which "
                               "device to use.",
                               count));
