@@ -69,7 +69,7 @@ std::string page(const Arguments &arguments, const Outcome &outcome, const Sessi
     case Command::Undo:
         return outcome.text.empty() && outcome.plan ? planPage(outcome, terminal) : outcome.text;
     case Command::PlanLog:
-        return logPage(*outcome.log, terminal);
+        return outcome.log ? logPage(*outcome.log, terminal) : ""; // none when it was interrupted
     default:
         return changesPage(outcome, inventory, terminal);
     }

@@ -72,6 +72,8 @@ TEST_F(Program, RefusesAndPredicts) {
         {"name 192.168.10.21 other --dry-run", 11, ""},
         {"rescue 192.168.10.21 --dry-run", 11, ""},
         {"rescue --all", 0, ""},
+        {"restart 192.168.10.21 --timeout nan", 2, "not in [1 - 3600]"},
+        {"watch --interval nan", 2, "not in [1 - 86400]"},
     };
     for (const auto &row : rows) {
         const Finished done = run(std::string(row.arguments) + " --json");
