@@ -174,6 +174,8 @@ TEST_F(Program, FinishesForAReaderThatIsGone) {
     start({cameraAt(1, "192.168.10.21/24")});
     EXPECT_EQ(0, std::system(LANVANECTL " set 192.168.10.21 static 192.168.10.31 | true"));
     EXPECT_EQ("192.168.10.31", site->addressOf(1));
+    EXPECT_EQ(0, std::system(LANVANECTL " list >&-")); // nor does a file get what it prints
+    EXPECT_THAT(TestFolder::Read(folder / "state/ostra-lanvane/trace.log"), Not(HasSubstr("ADAPTER")));
 }
 
 /// Cameras whose answers the kernel drops are seen by the listener and rescued, with the host's settings as they are.
