@@ -201,6 +201,10 @@ TEST_F(Program, RescuesWhatTheHostHides) {
     const Finished seen = run("list --json");
     ASSERT_EQ(1U, seen.json["cameras"].size());
     EXPECT_TRUE(seen.json["cameras"][0]["hidden"]);
+    std::ofstream(folder / "plan.csv") << "camera,mode,address\n025AE3000001,static,192.168.10.31\n";
+    const Finished planned = run("plan apply --yes --json " + (folder / "plan.csv").string());
+    EXPECT_EQ(4, planned.exitCode);
+    EXPECT_THAT(planned.json["changes"].dump(), HasSubstr("must be rescued first"));
     const Finished rescued = run("rescue --all --yes --json");
     EXPECT_EQ(0, rescued.exitCode) << rescued.out;
     EXPECT_EQ("192.168.10.21", site->addressOf(1));
