@@ -94,7 +94,7 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
         m_App.add_flag("--no-color", m_Arguments.noColor, "No colours, as with NO_COLOR in the environment");
         m_App.add_option("--timeout", m_Arguments.timeout_s, "Seconds that a camera may take to come back")
             ->type_name("S")
-            ->check(CLI::Range(1.0, 3600.0))
+            ->check(secondsUpTo(3600))
             ->capture_default_str();
     }
 
@@ -102,6 +102,17 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
         add(Command::List, "list", "List all adapters and cameras", "list --adapter eth1");
         addCamera(add(Command::Show, "show", "Show everything known of one camera", "show 02:5A:E3:01:00:01"));
         add(Command::Doctor, "doctor", "Find out why cameras are missing or cannot be used", "doctor --json");
+    }
+
+    /// What is no number is in no range; CLI::Range lets it pass.
+    static CLI::Validator secondsUpTo(int most) {
+        const std::string range = "in [1 - " + std::to_string(most) + "]";
+        return {[=](const std::string &text) {
+                    double seconds = 0;
+                    const bool isFine = CLI::detail::lexical_cast(text, seconds) && seconds >= 1 && seconds <= most;
+                    return isFine ? "" : "Value " + text + " not " + range;
+                },
+                range, "seconds"};
     }
 
     static CLI::Validator notEmpty() {
@@ -169,10 +180,10 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
     void addWatch() {
         CLI::App *watch = add(Command::Watch, "watch", "Search again and again and tell what has happened",
                               "watch --interval 10 --json");
-        constexpr double Day_s = 86400;
+        constexpr int Day_s = 86400;
         watch->add_option("--interval", m_Arguments.interval_s, "Seconds from the begin of a search to the next")
             ->type_name("S")
-            ->check(CLI::Range(1.0, Day_s))
+            ->check(secondsUpTo(Day_s))
             ->capture_default_str();
         watch->add_option("--plan", m_Arguments.plan, "Tell which cameras differ from this plan")
             ->type_name("FILE")

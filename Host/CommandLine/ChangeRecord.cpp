@@ -13,8 +13,6 @@ namespace commandline {
 
 namespace {
 
-Json addressJson(Address address) { return address == 0 ? Json() : Json(toText(address)); }
-
 Json verificationJson(Verification verification) {
     switch (verification) {
     case Verification::StoredRead:

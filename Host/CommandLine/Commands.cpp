@@ -357,10 +357,10 @@ Outcome carryOut(const Arguments &arguments, Session &session, const Terminal &t
     case Command::PlanExport:
         return exportPlan(arguments, session, terminal);
     case Command::PlanCheck:
-        return checkedFile(arguments, session).outcome;
+        return checkedFile(arguments, session, terminal).outcome;
     case Command::PlanApply:
         noteOpenChanges(session, terminal);
-        return applyPlan(checkedFile(arguments, session), {}, arguments, session, terminal);
+        return applyPlan(checkedFile(arguments, session, terminal), {}, arguments, session, terminal);
     case Command::PlanUndo:
         return undoPlan(arguments, session, terminal);
     case Command::PlanLog:

@@ -9,6 +9,8 @@ namespace commandline {
 
 Json textOrNull(const std::string &text) { return text.empty() ? Json() : Json(text); }
 
+Json addressJson(Address address) { return address == 0 ? Json() : Json(toText(address)); }
+
 Json numberOrNull(int number) { return number == 0 ? Json() : Json(number); }
 
 Json storedJson(const StoredAddresses &stored) {
@@ -18,9 +20,6 @@ Json storedJson(const StoredAddresses &stored) {
 namespace {
 
 constexpr int Format = 1;
-
-/// null for none
-Json addressJson(Address address) { return address == 0 ? Json() : Json(toText(address)); }
 
 template <typename Value> Json orNull(const std::optional<Value> &value) { return value ? Json(*value) : Json(); }
 

@@ -13,6 +13,7 @@ using Json = nlohmann::ordered_json;
 /// null for an empty one
 Json textOrNull(const std::string &text);
 /// null for 0
+Json addressJson(commissioning::Address address);
 Json numberOrNull(int number);
 Json storedJson(const commissioning::StoredAddresses &stored);
 

@@ -22,10 +22,6 @@ std::string joined(const std::vector<std::string> &texts) {
     return all;
 }
 
-std::string counted(std::size_t count, const std::string &what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 std::string modeText(const std::optional<Mode> &mode) { return mode ? toText(*mode) : "-"; }
 
 std::string statusText(const Camera &camera) { return camera.hidden ? "hidden" : toText(camera.status); }

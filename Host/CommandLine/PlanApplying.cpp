@@ -3,8 +3,6 @@
 #include "PlanPage.h"
 #include "commissioning/PlanApplication.h"
 
-#include <algorithm>
-
 using namespace commissioning;
 
 namespace commandline {

@@ -72,8 +72,8 @@ std::string planPage(const Outcome &outcome, const Terminal &terminal) {
     }
     const auto unchanged = std::count_if(outcome.changes.begin(), outcome.changes.end(), isUnchanged);
     if (unchanged != 0)
-        text +=
-            std::to_string(unchanged) + " of " + std::to_string(outcome.changes.size()) + " cameras need no change.\n";
+        text += std::to_string(unchanged) + " of " + counted(outcome.changes.size(), "camera") +
+                (unchanged == 1 ? " needs" : " need") + " no change.\n";
     const PlanReport plan = outcome.plan.value_or(PlanReport{});
     for (const PlanProblem &problem : plan.problems)
         text += problemText(plan, problem);

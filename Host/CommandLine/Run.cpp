@@ -17,8 +17,10 @@
 
 #include <cstdlib>
 #include <exception>
+#include <fcntl.h>
 #include <iostream>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace commandline {
 
@@ -32,6 +34,14 @@ void allowManyDescriptors() {
         return;
     limit.rlim_cur = limit.rlim_max;
     setrlimit(RLIMIT_NOFILE, &limit); // without it some cameras of a very long plan are not begun
+}
+
+/// Where the caller has closed a standard stream, the journal or a socket would get its number, and what is printed.
+void openStandardStreams() {
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        if (fcntl(stream, F_GETFD) < 0)
+            (void)open("/dev/null", O_RDWR); // the lowest number that is free
+    }
 }
 
 /// The library for the length of a scope.
@@ -69,7 +79,7 @@ std::string page(const Arguments &arguments, const Outcome &outcome, const Sessi
     case Command::Undo:
         return outcome.text.empty() && outcome.plan ? planPage(outcome, terminal) : outcome.text;
     case Command::PlanLog:
-        return logPage(*outcome.log, terminal);
+        return outcome.log ? logPage(*outcome.log, terminal) : ""; // none when it was interrupted
     default:
         return changesPage(outcome, inventory, terminal);
     }
@@ -139,6 +149,7 @@ int carryOut(const Arguments &arguments, const Terminal &terminal) {
 } // namespace
 
 int run(int argc, const char *const *argv) {
+    openStandardStreams();
     const Parsed parsed = parseArguments(argc, argv, std::cout, std::cerr);
     if (!parsed.arguments)
         return parsed.exitCode;

@@ -33,6 +33,10 @@ std::string harmless(const std::string &text) {
     return result;
 }
 
+std::string counted(std::size_t count, const std::string &what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 int displayWidth(const std::string &text) {
     int width = 0;
     forEachCharacter(text, [&](wchar_t character, std::string_view) { width += std::max(wcwidth(character), 0); });

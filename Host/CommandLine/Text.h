@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace commandline {
@@ -10,5 +11,8 @@ std::string harmless(const std::string &text);
 
 /// Columns that a text takes on a terminal.
 int displayWidth(const std::string &text);
+
+/// "1 camera", "2 cameras"
+std::string counted(std::size_t count, const std::string &what);
 
 } // namespace commandline

@@ -32,7 +32,10 @@ protected:
         }
     }
 
-    void start(const std::vector<camsim::CameraConfig> &cameras) { site.emplace("nic0", "192.168.10.1/24", cameras); }
+    void start(const std::vector<camsim::CameraConfig> &cameras) {
+        site.emplace("nic0", "192.168.10.1/24", cameras);
+        std::ofstream("/proc/sys/net/ipv4/neigh/nic0/retrans_time_ms") << 100; // nobody has an address: known sooner
+    }
 
     pid_t begin(const std::string &arguments) {
         const std::string command = "exec " LANVANECTL " </dev/null " + arguments + " >" + (folder / "out").string() +

@@ -2,6 +2,10 @@
 
 #include "support/SocketAddress.h"
 
+#include <sys/file.h>
+#include <thread>
+#include <unistd.h>
+
 using namespace testnet;
 using testing::HasSubstr;
 
@@ -58,6 +62,15 @@ TEST_F(Undoing, TakesChangesBack) {
     EXPECT_EQ("set done undo done plan done plan done name done undo done undo done ", whats);
     EXPECT_THAT(run("plan log").out, HasSubstr("plan " + swap + "  "));
     EXPECT_THAT(run("plan log").out, HasSubstr("2 cameras          2"));
+
+    const int held = open(journal().c_str(), O_RDONLY | O_CLOEXEC);
+    EXPECT_EQ(0, flock(held, LOCK_EX));
+    const pid_t waiting = begin("plan log");
+    std::this_thread::sleep_for(std::chrono::milliseconds(1200));
+    kill(waiting, SIGTERM);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    close(held);
+    EXPECT_EQ(130, end(waiting).exitCode);
 }
 
 TEST_F(Undoing, RefusesWhatCannotBeJournalled) {

@@ -72,6 +72,8 @@ TEST_F(Program, RefusesAndPredicts) {
         {"name 192.168.10.21 other --dry-run", 11, ""},
         {"rescue 192.168.10.21 --dry-run", 11, ""},
         {"rescue --all", 0, ""},
+        {"restart 192.168.10.21 --timeout nan", 2, "not in [1 - 3600]"},
+        {"watch --interval nan", 2, "not in [1 - 86400]"},
     };
     for (const auto &row : rows) {
         const Finished done = run(std::string(row.arguments) + " --json");
@@ -172,6 +174,8 @@ TEST_F(Program, FinishesForAReaderThatIsGone) {
     start({cameraAt(1, "192.168.10.21/24")});
     EXPECT_EQ(0, std::system(LANVANECTL " set 192.168.10.21 static 192.168.10.31 | true"));
     EXPECT_EQ("192.168.10.31", site->addressOf(1));
+    EXPECT_EQ(0, std::system(LANVANECTL " list >&-")); // nor does a file get what it prints
+    EXPECT_THAT(TestFolder::Read(folder / "state/ostra-lanvane/trace.log"), Not(HasSubstr("ADAPTER")));
 }
 
 /// Cameras whose answers the kernel drops are seen by the listener and rescued, with the host's settings as they are.
@@ -197,6 +201,10 @@ TEST_F(Program, RescuesWhatTheHostHides) {
     const Finished seen = run("list --json");
     ASSERT_EQ(1U, seen.json["cameras"].size());
     EXPECT_TRUE(seen.json["cameras"][0]["hidden"]);
+    std::ofstream(folder / "plan.csv") << "camera,mode,address\n025AE3000001,static,192.168.10.31\n";
+    const Finished planned = run("plan apply --yes --json " + (folder / "plan.csv").string());
+    EXPECT_EQ(4, planned.exitCode);
+    EXPECT_THAT(planned.json["changes"].dump(), HasSubstr("must be rescued first"));
     const Finished rescued = run("rescue --all --yes --json");
     EXPECT_EQ(0, rescued.exitCode) << rescued.out;
     EXPECT_EQ("192.168.10.21", site->addressOf(1));

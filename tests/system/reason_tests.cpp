@@ -62,7 +62,7 @@ TEST_F(Reason, ReversePathFilter) {
     click("btnSummary");
     EXPECT_EQ("nic1", tree().currentItem()->text(Name));
     EXPECT_THAT(said(), HasSubstr("<b>No camera answered here</b></p><p><b>Error:</b> "));
-    EXPECT_THAT(said(), HasSubstr("datagrams were dropped by reverse path filtering"));
+    EXPECT_THAT(said(), HasSubstr("Reverse path filtering hides cameras"));
     EXPECT_THAT(tree().currentItem()->toolTip(Name).toStdString(), HasSubstr("<b>Error:</b>"));
     picture("filter");
     EXPECT_EQ("sysctl -w net.ipv4.conf.all.rp_filter=0 net.ipv4.conf.nic1.rp_filter=0", copyAndRun());

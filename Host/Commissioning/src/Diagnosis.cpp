@@ -6,7 +6,6 @@
 #include "gxapi/Enumerator.h"
 #include "gxapi/StopToken.h"
 
-#include <algorithm>
 #include <set>
 #include <thread>
 

@@ -67,10 +67,13 @@ std::string macOf(const GEV_MAC_ADDRESS &mac) {
     return text;
 }
 
-std::vector<Mode> modesOf(const GEV_IP_CONFIG &config) {
+std::uint32_t wordIn(const GEV_IP_CONFIG &config) {
     std::uint32_t word = 0;
     std::memcpy(&word, &config, sizeof word);
-    word = ntohl(word);
+    return ntohl(word);
+}
+
+std::vector<Mode> modesOf(std::uint32_t word) {
     std::vector<Mode> modes;
     for (const auto &[bit, mode] :
          {std::pair(GEV_IP_CONFIG_PERSISTENT_IP, Mode::Static), std::pair(GEV_IP_CONFIG_DHCP, Mode::Dhcp),
@@ -91,8 +94,9 @@ Camera cameraOf(const GEV_DISCOVERY_INFO &info) {
     camera.address = ntohl(info.CurrentIP.IPv4.Address);
     camera.mask = ntohl(info.CurrentSubnetMask.IPv4.Address);
     camera.gateway = ntohl(info.DefaultGateway.IPv4.Address);
-    camera.modes = modesOf(info.IPConfigOptions);
-    const std::vector<Mode> enabled = modesOf(info.IPConfigCurrent);
+    camera.modes = modesOf(wordIn(info.IPConfigOptions));
+    camera.word = wordIn(info.IPConfigCurrent);
+    const std::vector<Mode> enabled = modesOf(camera.word);
     if (!enabled.empty())
         camera.mode = enabled.front();
     return camera;

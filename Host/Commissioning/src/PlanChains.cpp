@@ -1,7 +1,5 @@
 #include "PlanChains.h"
 
-#include <algorithm>
-
 namespace commissioning {
 
 std::vector<bool> entangled(const std::vector<Place> &places, std::vector<bool> marked) {

@@ -96,7 +96,8 @@ private:
         if (isTwin(planned.camera.mac))
             return "Another camera has the same MAC address: a change could reach either.";
         if (!device)
-            return "The camera does not answer any more.";
+            return planned.camera.hidden ? "This host drops the camera's answers. It must be rescued first."
+                                         : "The camera does not answer any more.";
         if (std::string held = refusalOfHolder(*device); !held.empty())
             return held;
         if (hasChanged(planned.camera, cameraOf(*device)))

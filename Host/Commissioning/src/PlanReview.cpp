@@ -24,7 +24,8 @@ std::uint32_t wordAfter(const PlanEntry &entry, const Camera &camera) {
 
 class Reviewer {
 public:
-    Reviewer(const Plan &plan, const Inventory &inventory) : m_Plan(plan), m_Inventory(inventory) {
+    Reviewer(const Plan &plan, const Inventory &inventory, const std::map<Address, std::string> &taken)
+        : m_Plan(plan), m_Inventory(inventory), m_Taken(taken) {
         m_Review.problems = plan.problems;
         m_Around.allowsForeignSubnet = plan.allowsForeignSubnets;
         for (const Adapter &adapter : inventory.adapters)
@@ -173,7 +174,9 @@ private:
         const Adapter *adapter = adapterOf(change.camera, m_Inventory);
         m_Around.adapter = adapter ? adapter->addresses : std::vector<AdapterAddress>();
         m_Around.adapterName = change.adapter;
-        const std::string reason = refusalOfAddress(after.address, after.mask, change.camera.mac, m_Around);
+        std::string reason = refusalOfAddress(after.address, after.mask, change.camera.mac, m_Around);
+        if (reason.empty())
+            reason = refusalByOthers(after.address, change.camera.mac);
         if (!reason.empty())
             return report(
                 entry,
@@ -182,6 +185,13 @@ private:
         const std::string refusal = refusalOfGateway(after.gateway, after.address, after.mask);
         if (!refusal.empty())
             report(entry, {PlanColumn::Gateway, PlanColumn::IpAddress, PlanColumn::Mode}, refusal);
+    }
+
+    std::string refusalByOthers(Address address, const std::string &mac) const {
+        const auto taken = m_Taken.find(address);
+        return taken == m_Taken.end() || taken->second == mac
+                   ? ""
+                   : "Another device, " + macText(taken->second) + ", has the address " + toText(address) + ".";
     }
 
     void sortProblems() {
@@ -193,11 +203,12 @@ private:
             return;
         const std::size_t more = problems.size() - MaxPlanProblems;
         problems.resize(MaxPlanProblems);
-        problems.push_back({problems.back().line, 0, "And " + std::to_string(more) + " more problems."});
+        problems.push_back({problems.back().line, 0, "And " + std::to_string(more) + " more."});
     }
 
     const Plan &m_Plan;
     const Inventory &m_Inventory;
+    const std::map<Address, std::string> &m_Taken;
     PlanReview m_Review;
     std::vector<const PlanEntry *> m_Entries; ///< of the changes, in their order
     std::map<const Camera *, const PlanEntry *> m_ByCamera;
@@ -211,6 +222,8 @@ bool PlanReview::wouldChange() const {
     return std::any_of(changes.begin(), changes.end(), [](const PlannedChange &change) { return change.differs(); });
 }
 
-PlanReview review(const Plan &plan, const Inventory &inventory) { return Reviewer(plan, inventory).review(); }
+PlanReview review(const Plan &plan, const Inventory &inventory, const std::map<Address, std::string> &taken) {
+    return Reviewer(plan, inventory, taken).review();
+}
 
 } // namespace commissioning

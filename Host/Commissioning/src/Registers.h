@@ -17,7 +17,6 @@ public:
     /// the other one answers. Takes up to 0.6 s when nobody answers.
     explicit Registers(const Corvo::CQuorelGigEDeviceInfo &device);
 
-    bool isConnected() const { return m_Channel != nullptr; }
     std::optional<std::uint32_t> read(std::uint32_t address);
     template <std::size_t Count>
     std::optional<std::array<std::uint32_t, Count>> read(const std::array<std::uint32_t, Count> &addresses) {

@@ -11,7 +11,8 @@ namespace commissioning {
 namespace {
 
 std::string failureText(const Journal &journal, const std::exception &error) {
-    return "The journal of changes " + journal.path() + " cannot be written (" + error.what() + ")";
+    const std::string path = journal.path().empty() ? "" : " " + journal.path();
+    return "The journal of changes" + path + " cannot be written (" + error.what() + ")";
 }
 
 Snapshot afterOf(const Result &result) {

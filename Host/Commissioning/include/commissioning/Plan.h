@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -106,6 +107,7 @@ struct PlanReview {
 /// adapter's subnets, unknown or ambiguous cameras, modes a camera lacks, cameras that somebody holds, cameras that
 /// share their MAC with another. Cameras that the plan does not change are not judged. Asks nobody.
 /// \param inventory of all adapters: what is behind others counts, too.
-PlanReview review(const Plan &plan, const Inventory &inventory);
+/// \param taken addresses of others than cameras, with the MAC of who has them: no other camera can get them.
+PlanReview review(const Plan &plan, const Inventory &inventory, const std::map<Address, std::string> &taken = {});
 
 } // namespace commissioning

@@ -8,51 +8,42 @@
 #include "PortNode.h"
 #include "RegisterNode.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace GenApi {
 
+namespace {
+
+using Maker = std::unique_ptr<CNodeImpl> (*)(CNodeMapImpl &map, int32_t index);
+
+template <class Node> std::unique_ptr<CNodeImpl> Make(CNodeMapImpl &map, int32_t index) {
+    return std::make_unique<Node>(map, index);
+}
+
+struct Kind {
+    ENodeType type;
+    Maker make;
+};
+
+constexpr Kind Kinds[] = {
+    {ENodeType::Category, Make<CCategoryNode>},         {ENodeType::Port, Make<CPortNode>},
+    {ENodeType::Integer, Make<CIntegerNode>},           {ENodeType::IntReg, Make<CIntRegNode>},
+    {ENodeType::MaskedIntReg, Make<CIntRegNode>},       {ENodeType::IntSwissKnife, Make<CIntSwissKnifeNode>},
+    {ENodeType::IntConverter, Make<CIntConverterNode>}, {ENodeType::Float, Make<CFloatNode>},
+    {ENodeType::FloatReg, Make<CFloatRegNode>},         {ENodeType::SwissKnife, Make<CSwissKnifeNode>},
+    {ENodeType::Converter, Make<CConverterNode>},       {ENodeType::Boolean, Make<CBooleanNode>},
+    {ENodeType::Command, Make<CCommandNode>},           {ENodeType::Enumeration, Make<CEnumerationNode>},
+    {ENodeType::EnumEntry, Make<CEnumEntryNode>},       {ENodeType::String, Make<CStringNode>},
+    {ENodeType::StringReg, Make<CStringRegNode>},       {ENodeType::Register, Make<CRegisterNode>},
+    {ENodeType::Unavailable, Make<CUnavailableNode>}}; // any other is a plain one
+
+} // namespace
+
 std::unique_ptr<CNodeImpl> MakeNode(CNodeMapImpl &map, int32_t index, ENodeType type) {
-    switch (type) {
-    case ENodeType::Category:
-        return std::make_unique<CCategoryNode>(map, index);
-    case ENodeType::Port:
-        return std::make_unique<CPortNode>(map, index);
-    case ENodeType::Integer:
-        return std::make_unique<CIntegerNode>(map, index);
-    case ENodeType::IntReg:
-    case ENodeType::MaskedIntReg:
-        return std::make_unique<CIntRegNode>(map, index);
-    case ENodeType::IntSwissKnife:
-        return std::make_unique<CIntSwissKnifeNode>(map, index);
-    case ENodeType::IntConverter:
-        return std::make_unique<CIntConverterNode>(map, index);
-    case ENodeType::Float:
-        return std::make_unique<CFloatNode>(map, index);
-    case ENodeType::FloatReg:
-        return std::make_unique<CFloatRegNode>(map, index);
-    case ENodeType::SwissKnife:
-        return std::make_unique<CSwissKnifeNode>(map, index);
-    case ENodeType::Converter:
-        return std::make_unique<CConverterNode>(map, index);
-    case ENodeType::Boolean:
-        return std::make_unique<CBooleanNode>(map, index);
-    case ENodeType::Command:
-        return std::make_unique<CCommandNode>(map, index);
-    case ENodeType::Enumeration:
-        return std::make_unique<CEnumerationNode>(map, index);
-    case ENodeType::EnumEntry:
-        return std::make_unique<CEnumEntryNode>(map, index);
-    case ENodeType::String:
-        return std::make_unique<CStringNode>(map, index);
-    case ENodeType::StringReg:
-        return std::make_unique<CStringRegNode>(map, index);
-    case ENodeType::Register:
-        return std::make_unique<CRegisterNode>(map, index);
-    case ENodeType::Unavailable:
-        return std::make_unique<CUnavailableNode>(map, index);
-    case ENodeType::Node:
-        break;
-    }
-    return std::make_unique<CNodeImpl>(map, index);
+    const auto kind =
+        std::find_if(std::begin(Kinds), std::end(Kinds), [&](const Kind &each) { return each.type == type; });
+    return kind == std::end(Kinds) ? std::make_unique<CNodeImpl>(map, index) : kind->make(map, index);
 }
 
 } // namespace GenApi

@@ -305,29 +305,6 @@ std::optional<Address> PlanTable::suggestedStart() const {
     return nextFree(subnet.address & subnet.mask, subnet.mask, takenAddresses(true));
 }
 
-std::vector<PlanTable::Neighbours> PlanTable::newAddresses(const std::set<Address> &free) const {
-    std::set<Address> known = free; // or judged by the review
-    for (const Camera &camera : m_Inventory.cameras)
-        known.insert(camera.address);
-    std::map<const AdapterAddress *, Neighbours> bySubnet;
-    for (const PlannedChange &change : m_Review.changes) {
-        const Address address = change.after.address;
-        const Adapter *adapter = commissioning::adapterOf(change.camera, m_Inventory);
-        const AdapterAddress *subnet = subnetOf(adapter, address);
-        if (!change.addressing || !subnet || known.count(address) != 0)
-            continue;
-        Neighbours &there = bySubnet[subnet];
-        there.adapter = adapter;
-        there.subnet = subnet;
-        there.addresses.push_back(address);
-    }
-    std::vector<Neighbours> all;
-    all.reserve(bySubnet.size());
-    for (auto &[subnet, neighbours] : bySubnet)
-        all.push_back(std::move(neighbours));
-    return all;
-}
-
 void PlanTable::exclude(const std::map<Address, std::string> &taken) {
     const bool isAsFilled = m_Filled && m_Filled->second == addressTexts();
     m_Excluded.insert(taken.begin(), taken.end());
@@ -399,16 +376,6 @@ void PlanTable::place(const PlanProblem &problem) {
         row->problems[column] = shown(problem.text);
 }
 
-void PlanTable::judgeExcluded() {
-    for (const PlannedChange &change : m_Review.changes) {
-        const auto taken = m_Excluded.find(change.after.address);
-        if (change.addressing && taken != m_Excluded.end() && taken->second != change.camera.mac)
-            m_Review.problems.push_back({change.line, static_cast<int>(indexOf(PlanColumn::IpAddress)) + 1,
-                                         "Another device, " + commissioning::macText(taken->second) +
-                                             ", has the address " + toText(taken->first) + "."});
-    }
-}
-
 void PlanTable::judge() {
     Plan plan;
     plan.allowsForeignSubnets = m_allowsForeignSubnets;
@@ -419,8 +386,7 @@ void PlanTable::judge() {
             readTexts(row, &plan);
         plan.entries.push_back(row.entry);
     }
-    m_Review = commissioning::review(plan, m_Inventory);
-    judgeExcluded();
+    m_Review = commissioning::review(plan, m_Inventory, m_Excluded);
     m_GeneralProblems.clear();
     for (const PlanProblem &problem : m_FileProblems)
         m_GeneralProblems += placeText(problem) + shown(problem.text) + QLatin1Char('\n');

@@ -77,14 +77,6 @@ public:
     std::optional<Address> suggestedStart() const;
     /// The adapter of the first camera that is behind one which cameras can be used behind; null when none is.
     const commissioning::Adapter *adapter() const;
-    /// New addresses of one subnet.
-    struct Neighbours {
-        const commissioning::Adapter *adapter = nullptr;
-        const commissioning::AdapterAddress *subnet = nullptr;
-        std::vector<Address> addresses;
-    };
-    /// The addresses that the plan gives to cameras and that no camera has now, without those known to be free.
-    std::vector<Neighbours> newAddresses(const std::set<Address> &free) const;
     /// Addresses of others than cameras, with the MAC of who has them: no camera can get them. What fill() has made is
     /// made anew, past them.
     void exclude(const std::map<Address, std::string> &taken);
@@ -117,7 +109,6 @@ private:
     std::set<Address> takenAddresses(bool byEveryone) const;
     void readTexts(Row &row, commissioning::Plan *pPlan) const;
     void judge();
-    void judgeExcluded();
     QStringList addressTexts() const;
     void place(const commissioning::PlanProblem &problem);
 

@@ -7,6 +7,7 @@
 #include "commissioning/FreeAddresses.h"
 #include "commissioning/Interaction.h"
 #include "commissioning/Search.h"
+#include "commissioning/TakenAddresses.h"
 #include "commissioning/WantedAddresses.h"
 #include "commissioning/Words.h"
 
@@ -351,18 +352,6 @@ void PlanWindow::carryOut() {
     m_Tools.operation.onGui([&] { takeOutcome(outcome, std::move(now)); });
 }
 
-std::map<Address, std::string> PlanWindow::findTaken() {
-    std::map<Address, std::string> taken;
-    const auto isCancelled = [this] { return m_Tools.operation.isCancelled(); };
-    for (const auto &[adapter, subnet, addresses] : m_pModel->table().newAddresses(m_Known.free)) {
-        const Neighbourhood found = neighbourhoodOf(*adapter, *subnet, addresses, isCancelled);
-        m_Known.free.insert(found.free.begin(), found.free.end());
-        taken.insert(found.taken.begin(), found.taken.end());
-    }
-    m_Tools.operation.throwIfCancelled();
-    return taken;
-}
-
 void PlanWindow::apply() {
     if (m_isRunning || !m_pApply->isEnabled())
         return;
@@ -373,7 +362,10 @@ void PlanWindow::apply() {
     try {
         m_Tools.operation.run([&] {
             m_Tools.prepare();
-            taken = findTaken();
+            const PlanTable &table = m_pModel->table();
+            taken = findTaken(table.review(), table.inventory(), &m_Known.free,
+                              [this] { return m_Tools.operation.isCancelled(); });
+            m_Tools.operation.throwIfCancelled();
             if (taken.empty())
                 carryOut();
         });

@@ -78,9 +78,7 @@ private:
     QString rowText() const;
     void setRunning(bool isRunning);
     void showProgress(commissioning::PlanPhase phase, std::size_t done, std::size_t all);
-    // On the operation's thread.
-    /// \returns those of the addresses which cameras shall get that others turn out to have.
-    std::map<commissioning::Address, std::string> findTaken();
+    /// On the operation's thread.
     void carryOut();
     void showTaken(const std::map<commissioning::Address, std::string> &taken);
     void takeOutcome(const commissioning::PlanOutcome &outcome, commissioning::Inventory now);
