@@ -51,9 +51,11 @@ _lanvanectl() {
     elif [ "$command" = plan ]; then
         if [ -z "$deed" ]; then
             mapfile -t COMPREPLY < <(compgen -W "export check apply undo log" -- "$current")
-        else
+        elif [ "$position" = 1 ] && [[ $deed == @(export|check|apply) ]]; then
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
         fi
+    elif [ "$command" = report ]; then
+        mapfile -t COMPREPLY < <(compgen -f -- "$current")
     elif [ "$command" = set ] && [ "$position" = 1 ]; then
         mapfile -t COMPREPLY < <(compgen -W "static dhcp auto" -- "$current")
     fi
