@@ -86,7 +86,11 @@ TEST_F(Listing, NamesAreShownAndEdited) {
     };
     rename("new <b>");
     EXPECT_THAT(info().toStdString(), HasSubstr("new &lt;b&gt;"));
+    tree().editItem(row(2), UserName);
+    QTest::keyClicks(tree().viewport()->findChild<QLineEdit *>(), "typed");
     refresh();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return status(2).userName == "typed"; })); // what was typed is not lost
+    EXPECT_TRUE(QTest::qWaitFor([&] { return row(2)->text(UserName) == "typed"; }));
     EXPECT_EQ("new <b>", row(1)->text(UserName)); // the camera has it
     rename("");
     type("editIpAddress", "192.168.10.101");

@@ -334,6 +334,14 @@ void DeviceTree::applyFilter(QTreeWidgetItem &item) const {
     item.setHidden(!isShown);
 }
 
+void DeviceTree::finishEditing() {
+    QWidget *const editor = isEditing() ? viewport()->findChild<QLineEdit *>() : nullptr;
+    if (!editor)
+        return;
+    commitData(editor);
+    closeEditor(editor, QAbstractItemDelegate::NoHint);
+}
+
 // Selection
 
 std::vector<const QTreeWidgetItem *> DeviceTree::selectedDevices() const {

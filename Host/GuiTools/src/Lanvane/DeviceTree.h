@@ -109,6 +109,8 @@ public:
     void keep(const View &view);
     /// Whether the user is entering a name.
     bool isEditing() const { return state() == EditingState; }
+    /// Takes the name that is being entered, if one is, as when the user goes on to something else.
+    void finishEditing();
 
     void restoreHeader(const QSettings &settings);
     void saveHeader(QSettings &settings) const;
