@@ -74,7 +74,7 @@ TEST_F(Listing, FilterSortAndCopy) {
 
 TEST_F(Listing, NamesAreShownAndEdited) {
     select(1);
-    EXPECT_EQ("left Name: left", row(1)->text(UserName) + " " + row(1)->toolTip(Name));
+    EXPECT_EQ("left <span>Name: left</span>", row(1)->text(UserName) + " " + row(1)->toolTip(Name));
     EXPECT_THAT(info().toStdString(), HasSubstr("Name: left"));
     const auto rename = [this](const QString &name) {
         tree().editItem(row(1), UserName);

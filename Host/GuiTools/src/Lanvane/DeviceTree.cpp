@@ -240,7 +240,7 @@ bool DeviceTree::needsAttention(const QTreeWidgetItem *item) const {
 QString DeviceTree::tipOf(const RowKey &key) const {
     const QTreeWidgetItem *item = key.mac.isEmpty() ? nullptr : findDevice(key.mac);
     const QString name = item ? item->text(ColUserName) : QString();
-    QString tip = name.isEmpty() ? QString() : QStringLiteral("Name: %1").arg(name.toHtmlEscaped());
+    QString tip = name.isEmpty() ? QString() : deviceTip(QStringLiteral("Name: %1").arg(name));
     if (!m_Situation)
         return tip;
     return tip + findingsTip(item ? m_Situation->ofCamera(key.mac) : m_Situation->ofAdapter(key.adapterName));

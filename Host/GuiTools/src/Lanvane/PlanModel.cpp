@@ -105,7 +105,7 @@ QVariant PlanModel::data(const QModelIndex &index, int role) const {
     case Qt::EditRole:
         return cell ? m_Table.text(index.row(), *cell) : QVariant();
     case Qt::ToolTipRole:
-        return hint(index.row(), index.column()).toHtmlEscaped();
+        return deviceTip(hint(index.row(), index.column()));
     case Qt::DecorationRole:
         return icon(index.row(), index.column());
     case Qt::ForegroundRole: // what the camera keeps or what is decided for it
