@@ -58,6 +58,21 @@ TEST_F(Listing, FilterSortAndCopy) {
     EXPECT_EQ(QStringList{"1"}, shown());
     press(Qt::Key_Escape);
 
+    select(3); // what the editor is for is never hidden
+    type("editFilter", "left");
+    EXPECT_EQ((QStringList{"1", "3"}), shown());
+    refresh();
+    EXPECT_EQ((QStringList{"1", "3", "3"}), shown() << selected());
+    select(1);
+    QTest::mouseClick(tree().viewport(), Qt::LeftButton, Qt::ControlModifier, tree().visualItemRect(row(3)).center());
+    type("editFilter", "left"); // of several, those that are hidden are none any more
+    EXPECT_EQ((QStringList{"1", "1"}), shown() << selected());
+    EXPECT_FALSE(row(3)->isSelected());
+    tree().topLevelItem(0)->setExpanded(false);
+    EXPECT_EQ("", selected());
+    press(Qt::Key_Escape);
+    refresh();
+
     clickHeader(IpAddress);
     EXPECT_EQ((QStringList{"2", "3", "1"}), shown()); // as numbers
     clickHeader(IpAddress);

@@ -88,6 +88,7 @@ DeviceTree::DeviceTree(QWidget *parent) : QTreeWidget(parent) {
     header()->setResizeContentsPrecision(100); // rows, as thousands would take their time
     setUsualColumnWidths();
     connect(&m_Disposal, &QTimer::timeout, this, &DeviceTree::freeDiscarded);
+    connect(this, &QTreeWidget::itemCollapsed, this, &DeviceTree::leaveCollapsed);
 }
 
 DeviceTree::~DeviceTree() { qDeleteAll(m_Discarded); }
@@ -207,12 +208,13 @@ void DeviceTree::freeDiscarded() {
 
 void DeviceTree::showAdapter(QTreeWidgetItem &item, const CNetworkAdapter &adapter) {
     const QString reason = idleReason(m_Situation ? m_Situation->adapter(adapter.name()) : nullptr);
+    if (item.text(ColName).isEmpty()) // later it is the user's
+        item.setExpanded(true);
     item.setText(ColName, reason.isEmpty() ? adapter.displayName()
                                            : QStringLiteral("%1 (%2)").arg(adapter.displayName(), reason));
     item.setForeground(ColName, reason.isEmpty() ? QBrush() : palette().brush(QPalette::Disabled, QPalette::Text));
     item.setIcon(ColName, m_Icons.adapter());
     item.setFirstColumnSpanned(true);
-    item.setExpanded(true);
     item.setChildIndicatorPolicy(QTreeWidgetItem::ShowIndicator);
 }
 
@@ -320,11 +322,13 @@ void DeviceTree::keep(const View &view) {
 
 void DeviceTree::setFilter(const QString &text) {
     m_Filter = text.trimmed();
-    const QList<QTreeWidgetItem *> selected = selectedItems();
+    const QList<QTreeWidgetItem *> selected = selectedItems(); // later without those that are hidden
     for (QTreeWidgetItem *item : qAsConst(m_DeviceRows))
         applyFilter(*item);
-    for (QTreeWidgetItem *item : selected) // nobody sees that a hidden one is one of several
-        item->setSelected(selected.size() == 1 || !item->isHidden());
+    if (selected.size() > 1)
+        leaveOut(selected, [](const QTreeWidgetItem &row) { return row.isHidden(); });
+    if (currentItem()) // what the editor and the menus are about is seen
+        currentItem()->setHidden(false);
 }
 
 void DeviceTree::applyFilter(QTreeWidgetItem &item) const {
@@ -332,6 +336,28 @@ void DeviceTree::applyFilter(QTreeWidgetItem &item) const {
     for (int column = ColName; column <= ColUserName && !isShown; ++column)
         isShown = item.text(column).contains(m_Filter, Qt::CaseInsensitive);
     item.setHidden(!isShown);
+}
+
+void DeviceTree::currentChanged(const QModelIndex &current, const QModelIndex &previous) {
+    if (QTreeWidgetItem *row = itemFromIndex(current))
+        row->setHidden(false);
+    QTreeWidget::currentChanged(current, previous);
+}
+
+/// Nobody sees that such a row is one of several.
+void DeviceTree::leaveOut(const QList<QTreeWidgetItem *> &selected,
+                          const std::function<bool(const QTreeWidgetItem &row)> &isUnseen) {
+    for (QTreeWidgetItem *item : selected)
+        item->setSelected(!isUnseen(*item));
+    const QList<QTreeWidgetItem *> rest = selectedItems();
+    if (currentItem() && isUnseen(*currentItem()) && !rest.isEmpty())
+        setCurrentItem(rest.first(), std::max(currentColumn(), 0), QItemSelectionModel::NoUpdate);
+}
+
+void DeviceTree::leaveCollapsed(QTreeWidgetItem *adapter) {
+    leaveOut(selectedItems(), [adapter](const QTreeWidgetItem &row) { return row.parent() == adapter; });
+    if (currentItem() && currentItem()->parent() == adapter)
+        setCurrentItem(adapter);
 }
 
 void DeviceTree::finishEditing() {
