@@ -139,6 +139,7 @@ TEST_F(Listing, EveryStopHasANameAndF1Helps) {
     nic0->cameras.setReachable(camera(1).mac, false);
     refresh();
     select(1);
+    window().setAttribute(Qt::WA_KeyboardFocusChange); // as the Tab key does
     int stops = 0;
     for (QWidget *stop : window().findChildren<QWidget *>()) {
         if (!(stop->focusPolicy() & Qt::TabFocus) || !stop->isVisible())
@@ -146,8 +147,14 @@ TEST_F(Listing, EveryStopHasANameAndF1Helps) {
         ++stops;
         EXPECT_NE("", QAccessible::queryAccessibleInterface(stop)->text(QAccessible::Name))
             << stop->objectName().toStdString();
+        if (!stop->isEnabled())
+            continue;
+        stop->setFocus(Qt::TabFocusReason);
+        const QImage focused = window().grab().toImage();
+        stop->clearFocus();
+        EXPECT_NE(focused, window().grab().toImage()) << stop->objectName().toStdString();
     }
-    EXPECT_GE(stops, 9);
+    EXPECT_GE(stops, 10);
     EXPECT_THAT(
         QAccessible::queryAccessibleInterface(&the<QWidget>("selectionInfo"))->text(QAccessible::Name).toStdString(),
         HasSubstr("The device is unreachable!"));
