@@ -49,7 +49,8 @@ TEST(AddressMap, TellsWhoHasAnAddress) {
         const QModelIndex index = model.indexOf(each.address);
         EXPECT_EQ(each.address, model.addressAt(index));
         EXPECT_EQ(QString::fromUtf8(each.cell), model.data(index, Qt::DisplayRole).toString()) << each.tip;
-        EXPECT_EQ(QString("<span>%1</span>").arg(each.tip), model.data(index, Qt::ToolTipRole).toString());
+        const QString tip = *each.tip ? QString("<span>%1</span>").arg(each.tip) : QString();
+        EXPECT_EQ(tip, model.data(index, Qt::ToolTipRole).toString());
     }
     model.turnTo(0x0A000000);
     EXPECT_EQ("0 1 249", QString("%1 %2 %3")

@@ -4,6 +4,7 @@
 #include "commissioning/AddressRules.h"
 #include "commissioning/AddressText.h"
 
+#include <ctime>
 #include <gmock/gmock.h>
 
 using namespace commissioning;
@@ -81,6 +82,11 @@ TEST(PlanTable, CountsUpPastWhatIsTaken) {
     table.setText(0, PlanColumn::IpAddress, "192.168.10.50");
     EXPECT_EQ("OL 1|DHCP 192.168.10.140|Set to Static IP 192.168.10.50/24",
               table.cameraText(0) + "|" + table.nowText(0) + "|" + table.deed(0));
+    table.setAll(PlanColumn::Mask, "255.255.0.0"); // what is entered for all stays
+    table.setAll(PlanColumn::Gateway, "192.168.10.254");
+    table.setAll(PlanColumn::Mode, "dhcp");
+    table.fill(*addressFrom("192.168.10.50"));
+    EXPECT_EQ("Set to Static IP 192.168.10.50/16, gateway 192.168.10.254", table.deed(0));
     table.setText(0, PlanColumn::Mode, "dhcp");
     EXPECT_EQ(" |Nothing", addresses(table).section(';', 0, 0) + "|" + table.deed(0));
 }
@@ -123,9 +129,33 @@ TEST(PlanTable, SaysOfEachCellWhatIsWrong) {
     EXPECT_EQ("There is no camera 'nobody'.", table.problem(1, PlanColumn::Camera));
     EXPECT_EQ("02:5A:E3:00:00:02 nobody 3",
               table.text(2, PlanColumn::Camera) + " " + table.cameraText(1) + " " + QString::number(table.number(1)));
-    table.removeRow(1);
+    table.removeRows({1});
     table.setText(1, PlanColumn::Mode, "dhcp");
     EXPECT_FALSE(table.canBeApplied()); // the file must be right
+}
+
+TEST(PlanTable, FollowsEachKeyWithThousandsOfRows) {
+    constexpr int Count = 2000;
+    Inventory many{{adapter("nic0", "10.0.0.1")}, {}, {}};
+    many.adapters[0].addresses[0].mask = 0xFFFF0000;
+    std::vector<std::string> macs;
+    for (int i = 0; i < 2 * Count; ++i) { // half of them stay as they are
+        many.cameras.push_back(camera(i, "nic0", "10.0.0.2", Mode::Dhcp));
+        many.cameras.back().address += static_cast<Address>(i);
+        many.cameras.back().mac = QString("025AE3%1").arg(i, 6, 16, QChar('0')).toUpper().toStdString();
+        if (i < Count)
+            macs.push_back(many.cameras.back().mac);
+    }
+    PlanTable table(macs, many);
+    table.fill(*addressFrom("10.0.20.1"));
+    const std::clock_t start = std::clock();
+    table.setText(Count - 1, PlanColumn::IpAddress, "10.0.40.1");
+    EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 2) << "a debug build takes several times as long as the others";
+    EXPECT_EQ("", table.problem(Count - 1, PlanColumn::IpAddress));
+    table.setText(Count - 1, PlanColumn::IpAddress, "10.0.15.160");
+    EXPECT_NE("", table.problem(Count - 1, PlanColumn::IpAddress)); // of one that stays
+    table.setAll(PlanColumn::Mask, "255.255.255.x");
+    EXPECT_EQ("'255.255.255.x' is not a subnet mask.", table.deed(199)); // however many more there are
 }
 
 TEST(PlanTable, WhatFailedIsTriedAgainAndOnlyThat) {

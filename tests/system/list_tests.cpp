@@ -58,6 +58,21 @@ TEST_F(Listing, FilterSortAndCopy) {
     EXPECT_EQ(QStringList{"1"}, shown());
     press(Qt::Key_Escape);
 
+    select(3); // what the editor is for is never hidden
+    type("editFilter", "left");
+    EXPECT_EQ((QStringList{"1", "3"}), shown());
+    refresh();
+    EXPECT_EQ((QStringList{"1", "3", "3"}), shown() << selected());
+    select(1);
+    QTest::mouseClick(tree().viewport(), Qt::LeftButton, Qt::ControlModifier, tree().visualItemRect(row(3)).center());
+    type("editFilter", "left"); // of several, those that are hidden are none any more
+    EXPECT_EQ((QStringList{"1", "1"}), shown() << selected());
+    EXPECT_FALSE(row(3)->isSelected());
+    tree().topLevelItem(0)->setExpanded(false);
+    EXPECT_EQ("", selected());
+    press(Qt::Key_Escape);
+    refresh();
+
     clickHeader(IpAddress);
     EXPECT_EQ((QStringList{"2", "3", "1"}), shown()); // as numbers
     clickHeader(IpAddress);
@@ -74,7 +89,7 @@ TEST_F(Listing, FilterSortAndCopy) {
 
 TEST_F(Listing, NamesAreShownAndEdited) {
     select(1);
-    EXPECT_EQ("left Name: left", row(1)->text(UserName) + " " + row(1)->toolTip(Name));
+    EXPECT_EQ("left <span>Name: left</span>", row(1)->text(UserName) + " " + row(1)->toolTip(Name));
     EXPECT_THAT(info().toStdString(), HasSubstr("Name: left"));
     const auto rename = [this](const QString &name) {
         tree().editItem(row(1), UserName);
@@ -86,7 +101,11 @@ TEST_F(Listing, NamesAreShownAndEdited) {
     };
     rename("new <b>");
     EXPECT_THAT(info().toStdString(), HasSubstr("new &lt;b&gt;"));
+    tree().editItem(row(2), UserName);
+    QTest::keyClicks(tree().viewport()->findChild<QLineEdit *>(), "typed");
     refresh();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return status(2).userName == "typed"; })); // what was typed is not lost
+    EXPECT_TRUE(QTest::qWaitFor([&] { return row(2)->text(UserName) == "typed"; }));
     EXPECT_EQ("new <b>", row(1)->text(UserName)); // the camera has it
     rename("");
     type("editIpAddress", "192.168.10.101");
@@ -120,6 +139,7 @@ TEST_F(Listing, EveryStopHasANameAndF1Helps) {
     nic0->cameras.setReachable(camera(1).mac, false);
     refresh();
     select(1);
+    window().setAttribute(Qt::WA_KeyboardFocusChange); // as the Tab key does
     int stops = 0;
     for (QWidget *stop : window().findChildren<QWidget *>()) {
         if (!(stop->focusPolicy() & Qt::TabFocus) || !stop->isVisible())
@@ -127,8 +147,14 @@ TEST_F(Listing, EveryStopHasANameAndF1Helps) {
         ++stops;
         EXPECT_NE("", QAccessible::queryAccessibleInterface(stop)->text(QAccessible::Name))
             << stop->objectName().toStdString();
+        if (!stop->isEnabled())
+            continue;
+        stop->setFocus(Qt::TabFocusReason);
+        const QImage focused = window().grab().toImage();
+        stop->clearFocus();
+        EXPECT_NE(focused, window().grab().toImage()) << stop->objectName().toStdString();
     }
-    EXPECT_GE(stops, 9);
+    EXPECT_GE(stops, 10);
     EXPECT_THAT(
         QAccessible::queryAccessibleInterface(&the<QWidget>("selectionInfo"))->text(QAccessible::Name).toStdString(),
         HasSubstr("The device is unreachable!"));

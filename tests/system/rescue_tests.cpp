@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QTableView>
 #include <QWindow>
 #include <QtTest>
@@ -20,12 +21,12 @@ using testing::HasSubstr;
 
 namespace {
 
-/// Cameras 1 and 3 in a foreign subnet, camera 2 in order.
+/// Cameras 1 and 3 in a foreign subnet, camera 2 in order, camera 4 but for its mask.
 class Rescuing : public Desktop {
 protected:
     Rescuing() {
         open({cameraAt(1, "172.16.0.2/16", ",dhcp=192.168.10.150/24"), cameraAt(2, "192.168.10.3/24"),
-              cameraAt(3, "172.16.0.9/16", ",silence=3600000,vendor-config=silent")});
+              cameraAt(3, "172.16.0.9/16", ",silence=3600000,vendor-config=silent"), cameraAt(4, "192.168.10.30/16")});
         nic0->adapter.cameraSide().ip("address add 192.168.10.4/24 dev cam"); // a neighbour that is no camera
         QCoreApplication::instance()->installEventFilter(&m_Presses);
     }
@@ -44,15 +45,27 @@ protected:
         clickAt(*ok, ok->rect().center());
     }
     static QString address(QWidget &dialog) { return dialog.findChild<QLineEdit *>("editIpAddress")->text(); }
-    void expectDialog(Act act, unsigned camera = 1) {
-        expect(QString("Make Usable: <p>Virtual Camera, %1, 025AE300000%1</p><p>It has the address 172.16.0.%2 and is "
-                       "behind nic0 (192.168.10.1/24).</p>")
+    void expectDialog(Act act, unsigned camera = 1, const char *address = "172.16.0.2") {
+        expect(QString("Make Usable: <p>Virtual Camera, %1, 025AE300000%1</p><p>It has the address %2 and is behind "
+                       "nic0 (192.168.10.1/24).</p>")
                    .arg(camera)
-                   .arg(camera == 1 ? 2 : 9),
+                   .arg(address),
                std::move(act));
     }
-    void useLink() { // which has no place of its own to click at
-        emit the<QLabel>("selectionInfo").linkActivated("#make-usable");
+    void useLink() {
+        auto &label = the<QLabel>("selectionInfo");
+        QString under;
+        const auto connection =
+            QObject::connect(&label, &QLabel::linkHovered, [&](const QString &link) { under = link; });
+        QPoint place(label.margin() + 10, label.height());
+        while (under != "#make-usable" && place.y() > 0) {
+            place -= QPoint(0, 4);
+            QMouseEvent move(QEvent::MouseMove, place, Qt::NoButton, {}, {});
+            QApplication::sendEvent(&label, &move);
+        }
+        QObject::disconnect(connection);
+        the<QScrollArea>("selectionInfoArea").ensureVisible(place.x(), place.y());
+        clickAt(label, place);
     }
     /// "MODES ADDRESS/PREFIX" that camera 1 has stored, and what its row tells.
     std::string outcome() {
@@ -152,6 +165,19 @@ TEST_F(Rescuing, LooksAgainWhetherATypedAddressIsFreeAndThenTakesDhcp) {
     EXPECT_EQ("6 172.16.0.2 OK 192.168.10.150", outcome());
 }
 
+TEST_F(Rescuing, OffersTheAddressThatLacksTheRightMaskOnly) {
+    select(4);
+    expectDialog(
+        [](QWidget &dialog) {
+            EXPECT_EQ("192.168.10.30", address(dialog));
+            clickOk(dialog);
+        },
+        4, "192.168.10.30");
+    useLink();
+    EXPECT_EQ("192.168.10.30 255.255.255.0 OK", cell(4, IpAddress) + " " + cell(4, SubnetMask) + " " + cell(4, Status));
+    EXPECT_EQ("192.168.10.30", status(4).persistent.address.toString());
+}
+
 TEST_F(Rescuing, SaysWhatWasSentWhenItIsCancelled) {
     const auto cancel = [](QWidget &box) { QTest::keyClick(&box, Qt::Key_Escape); };
     select(1);
@@ -168,7 +194,7 @@ TEST_F(Rescuing, SaysWhatWasSentWhenItIsCancelled) {
                                                 "does not answer the search. Nothing was stored."));
 
     select(3);
-    expectDialog(&clickOk, 3);
+    expectDialog(&clickOk, 3, "172.16.0.9");
     expectWait("Sending the configuration to the device...", [](QWidget &) {}); // and not before that
     expectWait("Camera restarts its IP configuration cycle.\nWaiting until the device has been discovered again...",
                cancel);

@@ -143,6 +143,8 @@ TEST_F(Waiting, CancelEndsASearch) {
     refresh();
     EXPECT_EQ("192.168.10.21 Not checked yet", cell(1, IpAddress) + " " + cell(1, Status));
     EXPECT_THAT(info().toStdString(), HasSubstr("<b>Cancelled.</b> The search was cancelled"));
+    select(1);
+    EXPECT_THAT(info().toStdString(), HasSubstr("The device has not been checked yet"));
     EXPECT_THAT(reports, ElementsAre());
 }
 

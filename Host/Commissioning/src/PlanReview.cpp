@@ -25,11 +25,12 @@ std::uint32_t wordAfter(const PlanEntry &entry, const Camera &camera) {
 class Reviewer {
 public:
     Reviewer(const Plan &plan, const Inventory &inventory, const std::map<Address, std::string> &taken)
-        : m_Plan(plan), m_Inventory(inventory), m_Taken(taken) {
+        : m_Plan(plan), m_Inventory(inventory), m_Taken(taken), m_Names(inventory) {
         m_Review.problems = plan.problems;
         m_Around.allowsForeignSubnet = plan.allowsForeignSubnets;
         for (const Adapter &adapter : inventory.adapters)
             m_Around.own.insert(m_Around.own.end(), adapter.addresses.begin(), adapter.addresses.end());
+        std::copy_if(inventory.findings.begin(), inventory.findings.end(), std::back_inserter(m_Twins), &tellsOfTwin);
     }
 
     PlanReview review() {
@@ -57,7 +58,7 @@ private:
     void lookUp(const PlanEntry &entry) {
         if (entry.camera.empty()) // which its reader has reported
             return;
-        const std::vector<const Camera *> cameras = camerasNamed(entry.camera, m_Inventory);
+        const std::vector<const Camera *> cameras = m_Names.find(entry.camera);
         if (cameras.empty())
             return report(entry, {}, "There is no camera '" + entry.camera + "'.");
         if (cameras.size() > 1)
@@ -135,9 +136,13 @@ private:
             if (change.addressing || m_Entries[i]->isBroken)
                 moving.insert(change.camera.mac);
         }
-        const auto &cameras = m_Inventory.cameras;
-        std::copy_if(cameras.begin(), cameras.end(), std::back_inserter(m_Around.hidden),
-                     [&](const Camera &camera) { return moving.count(camera.mac) == 0; });
+        for (const Camera &camera : m_Inventory.cameras) {
+            if (moving.count(camera.mac) != 0)
+                continue;
+            m_Keepers.emplace(camera.address, &camera);
+            if (camera.stored && camera.stored->address != camera.address)
+                m_Keepers.emplace(camera.stored->address, &camera);
+        }
     }
 
     void judge(const PlanEntry &entry, const PlannedChange &change) {
@@ -155,7 +160,7 @@ private:
                 report(entry, std::move(columns), reason);
         };
         reportAny({}, refusalOfHolder(change.camera));
-        reportAny({}, refusalOfTwin(change.camera.mac, m_Inventory.findings));
+        reportAny({}, refusalOfTwin(change.camera.mac, m_Twins));
         if (change.addressing && change.after.mode)
             reportAny({PlanColumn::Mode}, refusalOfMode(change.camera, *change.after.mode));
         if (change.addressing && isStatic && change.stored)
@@ -174,6 +179,9 @@ private:
         const Adapter *adapter = adapterOf(change.camera, m_Inventory);
         m_Around.adapter = adapter ? adapter->addresses : std::vector<AdapterAddress>();
         m_Around.adapterName = change.adapter;
+        m_Around.hidden.clear();
+        const auto [keeper, end] = m_Keepers.equal_range(after.address);
+        std::for_each(keeper, end, [this](const auto &each) { m_Around.hidden.push_back(*each.second); });
         std::string reason = refusalOfAddress(after.address, after.mask, change.camera.mac, m_Around);
         if (reason.empty())
             reason = refusalByOthers(after.address, change.camera.mac);
@@ -209,10 +217,13 @@ private:
     const Plan &m_Plan;
     const Inventory &m_Inventory;
     const std::map<Address, std::string> &m_Taken;
+    const CameraNames m_Names;
+    std::vector<Finding> m_Twins; ///< there may be a finding for each camera
     PlanReview m_Review;
     std::vector<const PlanEntry *> m_Entries; ///< of the changes, in their order
     std::map<const Camera *, const PlanEntry *> m_ByCamera;
     std::map<Address, const PlannedChange *> m_ByAddress; ///< those that the plan gives
+    std::multimap<Address, const Camera *> m_Keepers;     ///< by each address that they keep
     AddressSurroundings m_Around;
 };
 

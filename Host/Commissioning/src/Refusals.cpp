@@ -42,8 +42,7 @@ bool isTaken(const Camera &camera, Address address) {
 }
 
 std::string refusalByCamera(const Camera &camera, Address address, const std::string &mac) {
-    const bool isOther = strcasecmp(camera.mac.c_str(), mac.c_str()) != 0;
-    return isOther && isTaken(camera, address)
+    return isTaken(camera, address) && strcasecmp(camera.mac.c_str(), mac.c_str()) != 0
                ? "The camera with the MAC address " + macText(camera.mac) + " has the address " + toText(address) + "."
                : "";
 }
@@ -113,9 +112,11 @@ std::string refusalOfMode(const Camera &camera, Mode mode) {
 
 std::string refusalOfMode(const CDeviceInfo &device, Mode mode) { return refusalOfMode(cameraOf(device), mode); }
 
+bool tellsOfTwin(const Finding &finding) { return finding.code == "duplicate-mac"; }
+
 std::string refusalOfTwin(const std::string &mac, const std::vector<Finding> &findings) {
     const bool hasTwin = std::any_of(findings.begin(), findings.end(), [&](const Finding &finding) {
-        return finding.code == "duplicate-mac" && finding.camera == mac;
+        return tellsOfTwin(finding) && finding.camera == mac;
     });
     return hasTwin ? "Another camera has the same MAC address: a change could reach either." : "";
 }

@@ -3,22 +3,50 @@
 #include "commissioning/AddressRules.h"
 #include "commissioning/Parsing.h"
 
+#include <algorithm>
+#include <iterator>
+#include <optional>
+
 namespace commissioning {
 
-std::vector<const Camera *> camerasNamed(const std::string &text, const Inventory &inventory) {
-    const std::string mac = macFrom(text);
-    const std::optional<Address> address = addressFrom(text);
-    std::vector<const Camera *> byMac;
-    std::vector<const Camera *> others;
-    if (text.empty()) // which is what many cameras have for a name
-        return {};
+namespace {
+
+template <class Index, class Name>
+void append(const Index &index, const Name &name, std::vector<const Camera *> *pCameras) {
+    const auto [begin, end] = index.equal_range(name);
+    std::transform(begin, end, std::back_inserter(*pCameras), [](const auto &entry) { return entry.second; });
+}
+
+} // namespace
+
+CameraNames::CameraNames(const Inventory &inventory) {
     for (const Camera &camera : inventory.cameras) {
-        if (!mac.empty() && camera.mac == mac)
-            byMac.push_back(&camera);
-        else if (camera.serial == text || camera.name == text || (address && camera.address == *address))
-            others.push_back(&camera);
+        m_ByMac.emplace(camera.mac, &camera);
+        m_ByText.emplace(camera.serial, &camera);
+        if (camera.name != camera.serial)
+            m_ByText.emplace(camera.name, &camera);
+        m_ByAddress.emplace(camera.address, &camera);
     }
-    return byMac.empty() ? others : byMac;
+}
+
+std::vector<const Camera *> CameraNames::find(const std::string &text) const {
+    std::vector<const Camera *> cameras;
+    if (text.empty()) // which is what many cameras have for a name
+        return cameras;
+    if (const std::string mac = macFrom(text); !mac.empty())
+        append(m_ByMac, mac, &cameras);
+    if (!cameras.empty())
+        return cameras;
+    append(m_ByText, text, &cameras);
+    if (const std::optional<Address> address = addressFrom(text))
+        append(m_ByAddress, *address, &cameras);
+    std::sort(cameras.begin(), cameras.end());
+    cameras.erase(std::unique(cameras.begin(), cameras.end()), cameras.end());
+    return cameras;
+}
+
+std::vector<const Camera *> camerasNamed(const std::string &text, const Inventory &inventory) {
+    return CameraNames(inventory).find(text);
 }
 
 const Adapter *adapterOf(const Camera &camera, const Inventory &inventory) {

@@ -32,6 +32,8 @@ std::string refusalOfHolder(const Corvo::CDeviceInfo &device);
 std::string refusalOfMode(const Camera &camera, Mode mode);
 std::string refusalOfMode(const Corvo::CDeviceInfo &device, Mode mode);
 
+/// Whether a finding says that several cameras have the same MAC.
+bool tellsOfTwin(const Finding &finding);
 /// A camera whose MAC another one has as well, as the findings of the search tell.
 std::string refusalOfTwin(const std::string &mac, const std::vector<Finding> &findings);
 

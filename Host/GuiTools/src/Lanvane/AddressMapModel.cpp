@@ -159,8 +159,8 @@ QVariant AddressMapModel::data(const QModelIndex &index, int role) const {
     switch (role) {
     case Qt::DisplayRole:
         return textOf(address);
-    case Qt::ToolTipRole: // names come from cameras, and a tool tip guesses whether it is given mark-up
-        return QStringLiteral("<span>%1</span>").arg(describe(address).toHtmlEscaped());
+    case Qt::ToolTipRole:
+        return deviceTip(describe(address));
     case Qt::AccessibleTextRole:
         return describe(address);
     case Qt::BackgroundRole:

@@ -188,6 +188,9 @@ QString searchFailedText(const QString &reason) {
 }
 
 QString diagnosisText(const CQuorelGigEDeviceInfo &device, const CNetworkAdapter *adapter) {
+    if (!device.GetPropertyAvailable(PropAccessible))
+        return QStringLiteral("<p>The device has not been checked yet: the search ended before it was its turn.</p>"
+                              "Click <b>Refresh</b> to check it.");
     switch (GetAccessibility(device)) {
     case Accessibility_Unknown:
         return QLatin1String(ErrorImage) +

@@ -5,13 +5,11 @@
 #include "Lanvane/FindingText.h"
 #include "commissioning/DeviceInfos.h"
 
-#include <QAction>
 #include <QEvent>
 #include <QHeaderView>
 #include <QHostAddress>
 #include <QLineEdit>
 #include <QScrollBar>
-#include <QSettings>
 #include <QStyledItemDelegate>
 #include <QTreeWidgetItemIterator>
 
@@ -23,12 +21,8 @@ using namespace Corvo;
 namespace {
 
 constexpr int IndexRole = Qt::UserRole;
-constexpr int KeyRole = Qt::UserRole + 1; // an adapter's name or a device's MAC address
-constexpr int HeaderVersion = 2;
-
+constexpr int KeyRole = Qt::UserRole + 1;   // an adapter's name or a device's MAC address
 constexpr int OrderRole = Qt::UserRole + 2; // of a device's row: what the prescribed order compares
-constexpr int MinNameChars = 8;             // of a model, that a column makes room for
-constexpr int MaxNameChars = 24;
 
 /// Compares addresses as numbers, and shows signs and tool tips without keeping them.
 class Row : public QTreeWidgetItem {
@@ -94,6 +88,7 @@ DeviceTree::DeviceTree(QWidget *parent) : QTreeWidget(parent) {
     header()->setResizeContentsPrecision(100); // rows, as thousands would take their time
     setUsualColumnWidths();
     connect(&m_Disposal, &QTimer::timeout, this, &DeviceTree::freeDiscarded);
+    connect(this, &QTreeWidget::itemCollapsed, this, &DeviceTree::leaveCollapsed);
 }
 
 DeviceTree::~DeviceTree() { qDeleteAll(m_Discarded); }
@@ -213,12 +208,13 @@ void DeviceTree::freeDiscarded() {
 
 void DeviceTree::showAdapter(QTreeWidgetItem &item, const CNetworkAdapter &adapter) {
     const QString reason = idleReason(m_Situation ? m_Situation->adapter(adapter.name()) : nullptr);
+    if (item.text(ColName).isEmpty()) // later it is the user's
+        item.setExpanded(true);
     item.setText(ColName, reason.isEmpty() ? adapter.displayName()
                                            : QStringLiteral("%1 (%2)").arg(adapter.displayName(), reason));
     item.setForeground(ColName, reason.isEmpty() ? QBrush() : palette().brush(QPalette::Disabled, QPalette::Text));
     item.setIcon(ColName, m_Icons.adapter());
     item.setFirstColumnSpanned(true);
-    item.setExpanded(true);
     item.setChildIndicatorPolicy(QTreeWidgetItem::ShowIndicator);
 }
 
@@ -246,7 +242,7 @@ bool DeviceTree::needsAttention(const QTreeWidgetItem *item) const {
 QString DeviceTree::tipOf(const RowKey &key) const {
     const QTreeWidgetItem *item = key.mac.isEmpty() ? nullptr : findDevice(key.mac);
     const QString name = item ? item->text(ColUserName) : QString();
-    QString tip = name.isEmpty() ? QString() : QStringLiteral("Name: %1").arg(name.toHtmlEscaped());
+    QString tip = name.isEmpty() ? QString() : deviceTip(QStringLiteral("Name: %1").arg(name));
     if (!m_Situation)
         return tip;
     return tip + findingsTip(item ? m_Situation->ofCamera(key.mac) : m_Situation->ofAdapter(key.adapterName));
@@ -326,11 +322,13 @@ void DeviceTree::keep(const View &view) {
 
 void DeviceTree::setFilter(const QString &text) {
     m_Filter = text.trimmed();
-    const QList<QTreeWidgetItem *> selected = selectedItems();
+    const QList<QTreeWidgetItem *> selected = selectedItems(); // later without those that are hidden
     for (QTreeWidgetItem *item : qAsConst(m_DeviceRows))
         applyFilter(*item);
-    for (QTreeWidgetItem *item : selected) // nobody sees that a hidden one is one of several
-        item->setSelected(selected.size() == 1 || !item->isHidden());
+    if (selected.size() > 1)
+        leaveOut(selected, [](const QTreeWidgetItem &row) { return row.isHidden(); });
+    if (currentItem()) // what the editor and the menus are about is seen
+        currentItem()->setHidden(false);
 }
 
 void DeviceTree::applyFilter(QTreeWidgetItem &item) const {
@@ -338,6 +336,36 @@ void DeviceTree::applyFilter(QTreeWidgetItem &item) const {
     for (int column = ColName; column <= ColUserName && !isShown; ++column)
         isShown = item.text(column).contains(m_Filter, Qt::CaseInsensitive);
     item.setHidden(!isShown);
+}
+
+void DeviceTree::currentChanged(const QModelIndex &current, const QModelIndex &previous) {
+    if (QTreeWidgetItem *row = itemFromIndex(current))
+        row->setHidden(false);
+    QTreeWidget::currentChanged(current, previous);
+}
+
+/// Nobody sees that such a row is one of several.
+void DeviceTree::leaveOut(const QList<QTreeWidgetItem *> &selected,
+                          const std::function<bool(const QTreeWidgetItem &row)> &isUnseen) {
+    for (QTreeWidgetItem *item : selected)
+        item->setSelected(!isUnseen(*item));
+    const QList<QTreeWidgetItem *> rest = selectedItems();
+    if (currentItem() && isUnseen(*currentItem()) && !rest.isEmpty())
+        setCurrentItem(rest.first(), std::max(currentColumn(), 0), QItemSelectionModel::NoUpdate);
+}
+
+void DeviceTree::leaveCollapsed(QTreeWidgetItem *adapter) {
+    leaveOut(selectedItems(), [adapter](const QTreeWidgetItem &row) { return row.parent() == adapter; });
+    if (currentItem() && currentItem()->parent() == adapter)
+        setCurrentItem(adapter);
+}
+
+void DeviceTree::finishEditing() {
+    QWidget *const editor = isEditing() ? viewport()->findChild<QLineEdit *>() : nullptr;
+    if (!editor)
+        return;
+    commitData(editor);
+    closeEditor(editor, QAbstractItemDelegate::NoHint);
 }
 
 // Selection
@@ -421,84 +449,4 @@ void DeviceTree::sortRows() {
     m_wasSorted = isSorted;
     for (int i = 0; i < topLevelItemCount(); ++i)
         topLevelItem(i)->sortChildren(std::max(m_SortColumn, 0), isSorted ? m_SortOrder : Qt::AscendingOrder);
-}
-
-// Header
-
-void DeviceTree::setUpHeader() {
-    header()->setSectionsClickable(true);
-    connect(header(), &QHeaderView::sectionClicked, this, &DeviceTree::sortBy);
-    header()->setContextMenuPolicy(Qt::ActionsContextMenu);
-    auto *showName = new QAction(QStringLiteral("&Name"), header());
-    showName->setCheckable(true);
-    connect(showName, &QAction::triggered, this, [this](bool isShown) { setColumnHidden(ColUserName, !isShown); });
-    header()->addAction(showName);
-    showName->setChecked(true);
-}
-
-bool DeviceTree::areColumnWidthsUsual() const {
-    const int last = header()->logicalIndex(columnCount() - 1); // fills the rest
-    for (int column = 0; column < columnCount(); ++column) {
-        if (column != last && columnWidth(column) != m_UsualWidths[static_cast<std::size_t>(column)])
-            return false;
-    }
-    return true;
-}
-
-void DeviceTree::setUsualColumnWidths() {
-    // Until there are devices to go by.
-    const char *const usual[] = {"Model Name",         "00000000",        "025AE3000000",  "Not Reachable",
-                                 "Static IP, Auto IP", "192.168.100.100", "255.255.255.0", "Camera 1"};
-    for (int column = ColName; column <= ColUserName; ++column) {
-        const int textWidth = fontMetrics().horizontalAdvance(QLatin1String(usual[column]));
-        const int iconWidth = 2 * iconSize().width();
-        m_UsualWidths.push_back(std::max(textWidth + iconWidth, header()->sectionSizeHint(column)));
-        setColumnWidth(column, m_UsualWidths.back());
-    }
-}
-
-void DeviceTree::restoreHeader(const QSettings &settings) {
-    if (settings.value("headerver").toInt() == HeaderVersion)
-        m_areColumnsSized = header()->restoreState(settings.value("header").toByteArray()) &&
-                            settings.value("headersized", true).toBool();
-    header()->setSortIndicatorShown(false); // the order is not kept
-    header()->actions().first()->setChecked(!isColumnHidden(ColUserName));
-}
-
-void DeviceTree::saveHeader(QSettings &settings) const {
-    settings.setValue("headerver", HeaderVersion);
-    settings.setValue("header", header()->saveState());
-    settings.setValue("headersized", m_areColumnsSized || !areColumnWidthsUsual());
-}
-
-bool DeviceTree::sizeColumnsOnce() {
-    if (m_areColumnsSized || !areColumnWidthsUsual())
-        return false;
-    constexpr int Gap = 8; // between the texts of neighbouring columns
-    const int most = nameWidth(MaxNameChars);
-    for (int column = 0; column < columnCount(); ++column) {
-        resizeColumnToContents(column);
-        const int width = columnWidth(column) + Gap;
-        setColumnWidth(column, column == ColName ? std::min(width, most) : width);
-    }
-    m_areColumnsSized = true;
-    return true;
-}
-
-int DeviceTree::nameWidth(int characters) const {
-    return characters * fontMetrics().horizontalAdvance(QLatin1Char('0')) + 2 * indentation() + 2 * iconSize().width();
-}
-
-void DeviceTree::bringAddressesForward() {
-    header()->moveSection(header()->visualIndex(ColIpAddress), 1);
-    header()->moveSection(header()->visualIndex(ColSubnetMask), 2);
-    const int left = viewport()->width() - columnWidth(ColIpAddress) - columnWidth(ColSubnetMask);
-    setColumnWidth(ColName, std::min(columnWidth(ColName), std::max(left, nameWidth(MinNameChars))));
-}
-
-int DeviceTree::missingWidth() const {
-    int wanted = 0;
-    for (int column = 0; column < columnCount(); ++column)
-        wanted += isColumnHidden(column) ? 0 : columnWidth(column);
-    return std::max(0, wanted - viewport()->width());
 }

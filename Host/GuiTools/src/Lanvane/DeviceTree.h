@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <QTreeWidget>
 
+#include <functional>
 #include <vector>
 
 class QSettings;
@@ -74,7 +75,8 @@ public:
     void showAdapter(QTreeWidgetItem &item, const CNetworkAdapter &adapter);
     void showDevice(QTreeWidgetItem &item, const Corvo::CQuorelGigEDeviceInfo &device);
 
-    /// Hides the devices that have this text in none of their columns. Empty: shows all.
+    /// Hides the devices that have this text in none of their columns, but never the current row, which is what the
+    /// user changes. Empty: shows all.
     void setFilter(const QString &text);
     /// Sorts within the adapters; the same column again: the other way round, then as at first, by model and MAC.
     void sortBy(int column);
@@ -109,6 +111,8 @@ public:
     void keep(const View &view);
     /// Whether the user is entering a name.
     bool isEditing() const { return state() == EditingState; }
+    /// Takes the name that is being entered, if one is, as when the user goes on to something else.
+    void finishEditing();
 
     void restoreHeader(const QSettings &settings);
     void saveHeader(QSettings &settings) const;
@@ -122,6 +126,7 @@ public:
 
 protected:
     QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex &index, const QEvent *event) const override;
+    void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
 
 signals:
     /// The user has entered a name for a device.
@@ -135,6 +140,9 @@ private:
     void setUpHeader();
     void setUsualColumnWidths();
     void applyFilter(QTreeWidgetItem &item) const;
+    void leaveOut(const QList<QTreeWidgetItem *> &selected,
+                  const std::function<bool(const QTreeWidgetItem &row)> &isUnseen);
+    void leaveCollapsed(QTreeWidgetItem *adapter);
     std::vector<const QTreeWidgetItem *> selectedDevices() const;
     std::vector<int> visualColumns() const;
     QString textOf(const std::vector<int> &columns) const;

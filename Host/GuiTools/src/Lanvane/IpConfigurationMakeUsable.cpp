@@ -40,8 +40,14 @@ void IpConfigurationWidget::addMakeUsable(QMenu &menu) {
 
 QString IpConfigurationWidget::makeUsableText(const QString &mac) const {
     const auto &cameras = inventory().cameras;
+    const auto findings = m_Situation.ofCamera(mac);
+    const auto hasOtherMask = [&](const commissioning::Camera &camera) {
+        return camera.status != commissioning::Status::InUse &&
+               std::any_of(findings.begin(), findings.end(),
+                           [](const commissioning::Finding *finding) { return finding->code == "mask-differs"; });
+    };
     const bool isNeeded = std::any_of(cameras.begin(), cameras.end(), [&](const commissioning::Camera &camera) {
-        return camera.mac == mac.toStdString() && needsRescue(camera, inventory());
+        return camera.mac == mac.toStdString() && (needsRescue(camera, inventory()) || hasOtherMask(camera));
     });
     return isNeeded
                ? QStringLiteral("<p><a href='%1'>Make this camera usable...</a></p>").arg(QLatin1String(MakeUsableLink))

@@ -41,6 +41,7 @@ void IpConfigurationWidget::refresh() {
 void IpConfigurationWidget::on_btnRefresh_clicked() { refresh(); }
 
 void IpConfigurationWidget::doRefresh() {
+    ui->deviceTree->finishEditing(); // its row goes
     if (checkSaveChanges() && !saveEdited()) {
         showFailure(QStringLiteral("The configuration could not be saved.\nThe Refresh operation has been canceled."),
                     QMessageBox::Ok);

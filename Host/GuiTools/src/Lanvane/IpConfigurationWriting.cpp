@@ -5,6 +5,8 @@
 #include "commissioning/Saving.h"
 #include "commissioning/SmallChanges.h"
 
+#include <QTimer>
+
 using namespace Corvo;
 
 commissioning::Context IpConfigurationWidget::operationContext() {
@@ -50,8 +52,11 @@ bool IpConfigurationWidget::waitForDevice(const QString &mac) {
 }
 
 void IpConfigurationWidget::renameDevice(const QString &mac, const QString &name) {
-    if (m_BusyDepth > 0) // the list is the operation's
+    constexpr int Retry_ms = 100;
+    if (m_BusyDepth > 0) { // the list is the operation's
+        QTimer::singleShot(Retry_ms, this, [=] { renameDevice(mac, name); });
         return;
+    }
     const OptionalDevice device = deviceOf(mac);
     if (!device)
         return;

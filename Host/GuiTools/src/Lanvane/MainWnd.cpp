@@ -74,6 +74,8 @@ void MainWnd::setUpStatusBar() {
     auto *summary = new QPushButton(this);
     summary->setObjectName(QStringLiteral("btnSummary"));
     summary->setFlat(true);
+    summary->setStyleSheet(QStringLiteral("QPushButton { border: 1px solid transparent; padding: 2px 4px; }"
+                                          "QPushButton:focus { border-color: palette(highlight); }"));
     summary->setToolTip(QStringLiteral("Select the next row that needs attention"));
     summary->hide(); // until there is something to say
     statusBar()->addWidget(summary);

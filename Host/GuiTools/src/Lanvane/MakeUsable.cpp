@@ -5,6 +5,7 @@
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/FreeAddresses.h"
 #include "commissioning/SmallChanges.h"
+#include "commissioning/WantedAddresses.h"
 
 #include <QWidget>
 
@@ -39,14 +40,42 @@ bool MakeUsable::findAddress(const Survey &survey) {
         const Adapter *const home = adapter();
         if (!home)
             return;
-        const auto isCancelled = [this] { return m_Interaction.isCancelled(); };
+        const Address present = commissioning::currentAddressOf(m_Plan.device);
+        if (needsOnlyMask(*home)) {
+            m_Plan.address = present;
+            return;
+        }
         const auto found =
-            commissioning::FreeAddresses(m_Inventory)
-                .take(*home, *homeSubnet(*home), {commissioning::currentAddressOf(m_Plan.device)}, isCancelled);
+            commissioning::FreeAddresses(m_Inventory).take(*home, *homeSubnet(*home), {present}, cancellation());
         m_Plan.address = found.front().value_or(0);
         if (found.front())
             m_Known.free.insert(*found.front());
     });
+}
+
+std::function<bool()> MakeUsable::cancellation() const {
+    return [this] { return m_Interaction.isCancelled(); };
+}
+
+commissioning::AddressSurroundings MakeUsable::surroundings() {
+    commissioning::AddressSurroundings around = surroundingsOn(m_Inventory.adapters, adapter());
+    around.hidden = m_Inventory.cameras;
+    return around;
+}
+
+bool MakeUsable::needsOnlyMask(const Adapter &home) {
+    const commissioning::Camera camera = commissioning::cameraOf(m_Plan.device);
+    const commissioning::AdapterAddress *const subnet = subnetOf(&home, camera.address);
+    if (subnet == nullptr || subnet->mask == camera.mask ||
+        !refusalOfAddress(camera.address, subnet->mask, camera.mac, surroundings()).empty())
+        return false;
+    if (camera.status == commissioning::Status::Ok) // so it is the camera that answers there
+        return true;
+    commissioning::Neighbourhood found = neighbourhoodOf(home, *subnet, {camera.address}, cancellation());
+    if (const auto taken = found.taken.find(camera.address); taken != found.taken.end() && taken->second == camera.mac)
+        found.taken.erase(taken); // which is its own answer
+    m_Known.taken.insert(found.taken.begin(), found.taken.end());
+    return found.taken.empty();
 }
 
 bool MakeUsable::propose(const Survey &survey) {
@@ -76,8 +105,7 @@ bool MakeUsable::ask() {
 
 bool MakeUsable::look() {
     return m_Interaction.run(QStringLiteral("Looking whether the address is free..."), [&] {
-        const auto isCancelled = [this] { return m_Interaction.isCancelled(); };
-        const auto found = neighbourhoodOf(*adapter(), *homeSubnet(*adapter()), {m_Plan.address}, isCancelled);
+        const auto found = neighbourhoodOf(*adapter(), *homeSubnet(*adapter()), {m_Plan.address}, cancellation());
         m_Known.free.insert(found.free.begin(), found.free.end());
         m_Known.taken.insert(found.taken.begin(), found.taken.end());
     });
@@ -88,8 +116,7 @@ Result MakeUsable::carryOut(const commissioning::Context &context) {
     result.text = "It is not known what was sent."; // until it has ended, however that may be
     const std::string mac = m_Plan.device.GetMacAddress().c_str();
     const commissioning::TemporaryAddress address{mac, m_Plan.address, m_Plan.mask, 0};
-    commissioning::AddressSurroundings around = surroundingsOn(m_Inventory.adapters, adapter());
-    around.hidden = m_Inventory.cameras;
+    const commissioning::AddressSurroundings around = surroundings();
     m_Interaction.runUnattended(address, [&] {
         result = m_IsKept ? rescue(context, m_Plan, around) : forceAddressTo(context, m_Plan.device, address);
     });

@@ -2,6 +2,7 @@
 
 #include "commissioning/Context.h"
 #include "commissioning/Neighbourhood.h"
+#include "commissioning/Refusals.h"
 #include "commissioning/Rescue.h"
 #include "commissioning/Result.h"
 
@@ -36,6 +37,10 @@ private:
     /// Null when there is none, which is then the problem.
     const commissioning::Adapter *adapter();
     bool findAddress(const Survey &survey);
+    /// Whether nothing but its mask keeps the camera from being used at the address it has.
+    bool needsOnlyMask(const commissioning::Adapter &home);
+    commissioning::AddressSurroundings surroundings();
+    std::function<bool()> cancellation() const;
     bool ask();
     /// \returns whether the user has cancelled it.
     bool look();

@@ -49,11 +49,11 @@ QString modeText(const QString &word) {
 
 PlanModel::PlanModel(PlanTable table, QObject *parent) : QAbstractTableModel(parent), m_Table(std::move(table)) {}
 
-void PlanModel::removeRow(int row) {
-    beginRemoveRows({}, row, row);
-    m_Table.removeRow(row);
-    endRemoveRows();
-    change([](PlanTable &) {}); // what was wrong with others because of it no longer is
+void PlanModel::leaveOut(const std::set<int> &rows) {
+    beginResetModel(); // what was wrong with others because of them no longer is
+    m_Table.removeRows(rows);
+    endResetModel();
+    emit changed();
 }
 
 int PlanModel::rowCount(const QModelIndex &parent) const { return parent.isValid() ? 0 : m_Table.rowCount(); }
@@ -105,7 +105,7 @@ QVariant PlanModel::data(const QModelIndex &index, int role) const {
     case Qt::EditRole:
         return cell ? m_Table.text(index.row(), *cell) : QVariant();
     case Qt::ToolTipRole:
-        return hint(index.row(), index.column()).toHtmlEscaped();
+        return deviceTip(hint(index.row(), index.column()));
     case Qt::DecorationRole:
         return icon(index.row(), index.column());
     case Qt::ForegroundRole: // what the camera keeps or what is decided for it

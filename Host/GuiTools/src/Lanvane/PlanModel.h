@@ -5,6 +5,8 @@
 #include <QAbstractTableModel>
 #include <QStyledItemDelegate>
 
+#include <set>
+
 /// Shows a PlanTable in a view and lets the user edit it there.
 class PlanModel : public QAbstractTableModel {
     Q_OBJECT
@@ -22,7 +24,7 @@ public:
         emit headerDataChanged(Qt::Vertical, 0, rowCount() - 1);
         emit changed();
     }
-    void removeRow(int row);
+    void leaveOut(const std::set<int> &rows);
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;

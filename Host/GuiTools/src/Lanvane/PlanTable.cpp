@@ -5,7 +5,6 @@
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/FreeAddresses.h"
-#include "commissioning/Selection.h"
 #include "commissioning/WantedAddresses.h"
 #include "commissioning/Words.h"
 
@@ -95,12 +94,16 @@ QString placeText(const PlanProblem &problem) {
 }
 
 PlanTable::PlanTable(const std::vector<std::string> &macs, Inventory inventory) : m_Inventory(std::move(inventory)) {
+    const CameraNames names(m_Inventory);
     for (const std::string &mac : macs) {
         PlanEntry entry;
         entry.camera = commissioning::macText(mac);
-        addRow(entry, rowCount() + 1);
-        if (const Camera *camera = cameraOf(m_Rows.back()); camera && camera->mode)
-            write(m_Rows.back(), PlanColumn::Mode, toText(*camera->mode));
+        addRow(entry, rowCount() + 1, names);
+    }
+    findCameras();
+    for (Row &row : m_Rows) {
+        if (const Camera *camera = cameraOf(row); camera && camera->mode)
+            write(row, PlanColumn::Mode, toText(*camera->mode));
     }
     judge();
 }
@@ -108,17 +111,19 @@ PlanTable::PlanTable(const std::vector<std::string> &macs, Inventory inventory) 
 PlanTable::PlanTable(Plan plan, Inventory inventory, bool isEditable)
     : m_Inventory(std::move(inventory)), m_FileProblems(std::move(plan.problems)),
       m_allowsForeignSubnets(plan.allowsForeignSubnets), m_isEditable(isEditable) {
+    const CameraNames names(m_Inventory);
     for (PlanEntry &entry : plan.entries) {
         const int number = entry.line != 0 ? entry.line : rowCount() + 1;
-        addRow(std::move(entry), number);
+        addRow(std::move(entry), number, names);
     }
+    findCameras();
     judge();
 }
 
-void PlanTable::addRow(PlanEntry entry, int number) {
+void PlanTable::addRow(PlanEntry entry, int number, const CameraNames &names) {
     Row row;
     row.number = number;
-    const auto cameras = camerasNamed(entry.camera, m_Inventory);
+    const auto cameras = names.find(entry.camera);
     if (cameras.size() == 1) { // what it goes by now may be another camera's when the plan is done
         row.mac = cameras.front()->mac;
         entry.camera = commissioning::macText(row.mac);
@@ -129,11 +134,18 @@ void PlanTable::addRow(PlanEntry entry, int number) {
     m_Rows.push_back(std::move(row));
 }
 
+void PlanTable::findCameras() {
+    std::map<std::string, std::size_t> places;
+    for (std::size_t i = 0; i < m_Inventory.cameras.size(); ++i)
+        places.emplace(m_Inventory.cameras[i].mac, i);
+    for (Row &row : m_Rows) {
+        const auto found = row.mac.empty() ? places.end() : places.find(row.mac);
+        row.camera = found == places.end() ? std::nullopt : std::optional(found->second);
+    }
+}
+
 const Camera *PlanTable::cameraOf(const Row &row) const {
-    const auto &cameras = m_Inventory.cameras;
-    const auto found =
-        std::find_if(cameras.begin(), cameras.end(), [&](const Camera &camera) { return camera.mac == row.mac; });
-    return found == cameras.end() || row.mac.empty() ? nullptr : &*found;
+    return row.camera ? &m_Inventory.cameras[*row.camera] : nullptr;
 }
 
 const PlannedChange *PlanTable::changeOf(const Row &row) const {
@@ -234,6 +246,7 @@ void PlanTable::setText(int row, PlanColumn column, const QString &text) {
 }
 
 void PlanTable::setAll(PlanColumn column, const QString &text) {
+    m_ForAll[column] = text;
     for (Row &row : m_Rows)
         write(row, column, text);
     judge();
@@ -280,8 +293,12 @@ void PlanTable::fill(Address start) {
         next[network] = address + 1;
         write(row, PlanColumn::Mode, toText(Mode::Static));
         write(row, PlanColumn::IpAddress, addressText(address));
-        if (subnet)
+        if (!m_ForAll[PlanColumn::Mask].isEmpty())
+            write(row, PlanColumn::Mask, m_ForAll[PlanColumn::Mask]);
+        else if (subnet)
             write(row, PlanColumn::Mask, addressText(mask));
+        if (row.texts[indexOf(PlanColumn::Gateway)].isEmpty()) // another mode has emptied it
+            write(row, PlanColumn::Gateway, m_ForAll[PlanColumn::Gateway]);
     }
     m_Filled = {start, addressTexts()};
     judge();
@@ -321,13 +338,19 @@ QStringList PlanTable::addressTexts() const {
     return all;
 }
 
-void PlanTable::removeRow(int row) {
-    m_Rows.erase(m_Rows.begin() + row);
+void PlanTable::removeRows(const std::set<int> &rows) {
+    std::vector<Row> rest;
+    for (int row = 0; row < rowCount(); ++row) {
+        if (rows.count(row) == 0)
+            rest.push_back(std::move(m_Rows[static_cast<std::size_t>(row)]));
+    }
+    m_Rows = std::move(rest);
     judge();
 }
 
 void PlanTable::take(const PlanOutcome &outcome, Inventory now) {
     m_Inventory = std::move(now);
+    findCameras();
     std::map<std::string, const PlanRecord *> records;
     for (const PlanRecord &record : outcome.records)
         records.emplace(record.change.camera.mac, &record);
@@ -365,6 +388,8 @@ void PlanTable::readTexts(Row &row, Plan *pPlan) const {
 }
 
 void PlanTable::place(const PlanProblem &problem) {
+    if (m_isEditable && problem.character == 0) // that there are more of them
+        return;
     const auto row = std::find_if(m_Rows.begin(), m_Rows.end(),
                                   [&](const Row &each) { return each.number == problem.line && m_isEditable; });
     if (row == m_Rows.end()) {

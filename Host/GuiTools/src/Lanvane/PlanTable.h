@@ -3,6 +3,7 @@
 #include "commissioning/Inventory.h"
 #include "commissioning/Plan.h"
 #include "commissioning/PlanApplication.h"
+#include "commissioning/Selection.h"
 
 #include <QString>
 #include <QStringList>
@@ -67,7 +68,7 @@ public:
 
     /// Another mode than a static one empties the addresses.
     void setText(int row, PlanColumn column, const QString &text);
-    /// The same in all rows.
+    /// The same in all rows. fill() keeps such a mask and gateway.
     void setAll(PlanColumn column, const QString &text);
     /// Makes all cameras static, with addresses counting up from one, past those that anybody has or that no camera can
     /// have. Cameras behind an adapter with another subnet get the same host numbers in theirs.
@@ -80,7 +81,7 @@ public:
     /// Addresses of others than cameras, with the MAC of who has them: no camera can get them. What fill() has made is
     /// made anew, past them.
     void exclude(const std::map<Address, std::string> &taken);
-    void removeRow(int row);
+    void removeRows(const std::set<int> &rows);
 
     const commissioning::PlanReview &review() const { return m_Review; }
     const Inventory &inventory() const { return m_Inventory; }
@@ -94,13 +95,15 @@ private:
         std::array<QString, commissioning::PlanColumns> problems;
         int number = 0;
         std::string mac;                   ///< empty when the plan names no camera that is there
+        std::optional<std::size_t> camera; ///< in the inventory
         std::optional<std::size_t> change; ///< of the review
         QString outcome;
         bool hasFailed = false;
     };
 
     const Row &at(int row) const { return m_Rows[static_cast<std::size_t>(row)]; }
-    void addRow(commissioning::PlanEntry entry, int number);
+    void addRow(commissioning::PlanEntry entry, int number, const commissioning::CameraNames &names);
+    void findCameras();
     void write(Row &row, PlanColumn column, const QString &text);
     const commissioning::PlannedChange *changeOf(const Row &row) const;
     const commissioning::Camera *cameraOf(const Row &row) const;
@@ -117,6 +120,7 @@ private:
     std::vector<commissioning::PlanProblem> m_FileProblems;
     QString m_GeneralProblems;
     commissioning::PlanReview m_Review;
+    std::map<PlanColumn, QString> m_ForAll;                  ///< as the user has entered them last
     std::map<Address, std::string> m_Excluded;               ///< by address, who has it
     std::optional<std::pair<Address, QStringList>> m_Filled; ///< the start, and the addresses that came of it
     bool m_allowsForeignSubnets = false;

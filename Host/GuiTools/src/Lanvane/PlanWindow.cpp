@@ -251,11 +251,10 @@ void PlanWindow::openMap() {
 }
 
 void PlanWindow::removeSelectedRows() {
-    std::set<int, std::greater<>> rows; // from below, so that the others keep their numbers
+    std::set<int> rows;
     for (const QModelIndex &index : m_pView->selectionModel()->selectedRows())
         rows.insert(index.row());
-    for (const int row : rows)
-        m_pModel->removeRow(row);
+    m_pModel->leaveOut(rows);
 }
 
 void PlanWindow::reject() {

@@ -57,7 +57,6 @@ public:
 
 private:
     bool run(const std::function<void()> &work, const QString &step, int boxAfter_ms);
-    void showStep(const QString &text);
     /// Has the GUI thread ask something, with neither wait box nor wait cursor. Nothing is asked once it is cancelled.
     void ask(const std::function<void()> &question);
     void openAddressDialog(const commissioning::AddressQuestion &question);

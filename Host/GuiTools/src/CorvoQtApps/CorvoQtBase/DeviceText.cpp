@@ -28,3 +28,7 @@ QString plainDeviceText(const QString &text) {
 }
 
 QString richDeviceText(const QString &text) { return plainDeviceText(text).toHtmlEscaped(); }
+
+QString deviceTip(const QString &text) {
+    return text.isEmpty() ? text : QStringLiteral("<span>%1</span>").arg(richDeviceText(text));
+}

@@ -12,3 +12,6 @@ QString plainDeviceText(const QString &text);
 /// For rich-text displays (labels, tool tips, message boxes): plainDeviceText with the characters of HTML escaped, so
 /// that the text shows as it is and brings in no mark-up, picture or link.
 QString richDeviceText(const QString &text);
+
+/// For tool tips, which guess whether they are given mark-up: the text as it is. Empty for an empty text.
+QString deviceTip(const QString &text);
