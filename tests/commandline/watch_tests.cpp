@@ -58,7 +58,7 @@ TEST_F(Watching, TellsWhatHappensUntilItIsStopped) {
     prints("\"back-on-plan\"");
     std::filesystem::remove(plan);
     ASSERT_EQ(0, mkfifo(plan.c_str(), 0600)); // which nobody writes
-    prints("\"plan-problem\"");
+    prints("plan.csv cannot be read.");       // a plan-problem
     ip("address flush dev nic0");
     prints("\"finding-came\"");
     EXPECT_TRUE(eventually([&] { return TestFolder::Read(metrics).find("\"ok\"} 0") != std::string::npos; }, 20000));

@@ -1,5 +1,6 @@
 #include "Operations.h"
 #include "commissioning/Saving.h"
+#include "support/Leaks.h"
 
 using namespace commissioning;
 using namespace testnet;
@@ -136,6 +137,27 @@ TEST_F(SavedChanges, TellsWhatACameraThatDiesHasStored) {
         EXPECT_EQ(row.returns ? site->addressOf(1) : known("IpAddress"), known("IpAddress"));
         EXPECT_FALSE(connection.isOpen());
     }
+}
+
+/// Another camera takes its address while its description is read.
+TEST_F(SavedChanges, WritesToNoOtherCamera) {
+    start({cameraAt(1, "192.168.10.21/24", ",vendor-config=error"), cameraAt(2, "192.168.10.22/24")});
+    site->cameras.setFaults(camsim::parseFaults("delay=10-10"));
+    std::thread other;
+    onStep = [&](Step step) {
+        if (step != Step::Connect || other.joinable())
+            return;
+        other = std::thread([&] {
+            eventually([&] { return status().requests[TAG_READMEM_CMD] > 2; });
+            for (const unsigned number : {1, 2})
+                site->cameras.removeCamera(camera(number).mac);
+            site->cameras.addCamera(cameraAt(2, "192.168.10.22/24", ",forced=192.168.10.21/24"));
+        });
+    };
+    EXPECT_FALSE(configure(context(), change(Mode::Static)).success);
+    other.join();
+    EXPECT_EQ("192.168.10.22", status(2).persistent.address.toString());
+    EXPECT_FALSE(status(2).holder);
 }
 
 TEST_F(SavedChanges, OneThatDoesNotComeBackIsKnownByWhatItWasSent) {

@@ -74,10 +74,12 @@ const Case cases[] = {
      "port -> r60:4, High=1 -> AccessException, Own -> 0, X=1, Own -> 0, Y=1, Own -> 0, Own -> 0, "
      "port -> r60:4 r60:4 r60:4"},
     {"PortMaySwapBytes",
-     "<Port Name='Other'><SwapEndianess>Yes</SwapEndianess></Port>"
+     "<Port Name='Swapping'><SwapEndianess>Yes</SwapEndianess></Port><Port Name='Other'/>"
      "<IntReg Name='A'><Address>0</Address><Length>2</Length><Endianess>BigEndian</Endianess><pPort>Other</pPort>"
+     "</IntReg>"
+     "<IntReg Name='B'><Address>0</Address><Length>2</Length><Endianess>BigEndian</Endianess><pPort>Swapping</pPort>"
      "</IntReg>",
-     "", "A.access -> NI, A -> AccessException"},
+     "0 0102", "A.access -> NI, A -> AccessException, B -> 513"},
     {"AddressesAddUp",
      "<Integer Name='I'><Value>2</Value></Integer><Integer Name='Step'><Value>0x100</Value></Integer>"
      "<Integer Name='Base'><Value>0x1000</Value></Integer>"

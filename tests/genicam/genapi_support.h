@@ -69,6 +69,8 @@ public:
     explicit Camera(const std::string &nodes) : map("Device") {
         map._LoadXMLFromString(Document(nodes));
         map._Connect(&port);
+        if (map._GetNode("Swapping") != nullptr)
+            map._Connect(&port, "Swapping");
     }
     GenApi::INode *operator[](const char *name) const { return map._GetNode(name); }
 

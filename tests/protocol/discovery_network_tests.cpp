@@ -57,7 +57,8 @@ TEST_F(TwoAdapters, AdapterWithSeveralAddressesIsReportedByTheFittingOne) {
     // for each of the three requests.
     auto found = discover(Enumerator::FlagBroadcastAcknowledge);
     EXPECT_EQ(std::count(found.begin(), found.end(), "4 172.16.0.9 172.16.0.9 172.16.0.1"), 3);
-    ip("route delete 172.16.0.0/16 dev nic1"); // then the kernel prefers none
+    ip("route delete 172.16.0.0/16 dev nic1"); // then the kernel prefers that of the default route
+    ip("route add default via 192.168.1.1 dev nic0");
     found = discover(Enumerator::FlagBroadcastAcknowledge);
     EXPECT_EQ(std::count(found.begin(), found.end(), "4 172.16.0.9 172.16.0.9 172.16.0.1"), 3);
     EXPECT_EQ(std::count(found.begin(), found.end(), near1), 1);
@@ -115,15 +116,15 @@ TEST_F(TwoAdapters, FailedSendLeavesTheOtherAdapter) {
 TEST(Adapters, UnusableOnesAreLeftOut) {
     TraceLog traces;
     FoundList found;
-    EXPECT_TRUE(GxFailed(Enumerator::Discover(&found, 10, Enumerator::FlagDefault, nullptr))); // only loopback
+    Site down("nic2", "10.2.0.1/24", {cameraAt(3, "10.2.0.9/24")});
+    ip("link set nic2 down");
+    EXPECT_TRUE(GxFailed(Enumerator::Discover(&found, 10, Enumerator::FlagDefault, nullptr))); // else only loopback
     EXPECT_TRUE(traces.contains("Failed create socket collection"));
     EXPECT_EQ(Enumerator::Discover(&found, 10, Enumerator::FlagBroadcastAcknowledge, nullptr), 0xE1020000u | ENODEV);
 
     Site noAddress("nic0", "", {cameraAt(1, "192.168.1.20/24")});
     Site noBroadcast("nic1", "", {cameraAt(2, "10.0.0.9/24")});
-    Site down("nic2", "10.2.0.1/24", {cameraAt(3, "10.2.0.9/24")});
     ip("address add 10.0.0.1/24 dev nic1"); // without brd
-    ip("link set nic2 down");
     const std::string near = "2 10.0.0.9 10.0.0.9 10.0.0.1";
     EXPECT_THAT(discover(Enumerator::FlagDefault), ElementsAre(near));
     EXPECT_THAT(discover(Enumerator::FlagBroadcastAcknowledge), ElementsAre(near));

@@ -128,6 +128,10 @@ void Desktop::awaitAdapters(int count) {
 void Desktop::useContextMenu() {
     m_Expected.push_front(
         {"&Assign Temporary IP Address...", [](QWidget &menu) { QTest::keyClick(&menu, Qt::Key_A); }});
+    openContextMenu();
+}
+
+void Desktop::openContextMenu() {
     // As the menu key does: sent to the tree, with a place in the current row.
     const QPoint place = tree().visualItemRect(tree().currentItem()).center();
     QContextMenuEvent event(QContextMenuEvent::Keyboard, place, tree().viewport()->mapToGlobal(place));

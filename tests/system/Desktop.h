@@ -66,6 +66,7 @@ protected:
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     /// Assigns a temporary address to the current row's device.
     void useContextMenu();
+    void openContextMenu();
     void refresh() { press(Qt::Key_F5); }
     /// Leaves a picture of the window, or of a dialog, in the folder LANVANE_PICTURES, when there is one in the
     /// environment (scripts/pictures).

@@ -185,6 +185,13 @@ TEST_F(KeptUpToDate, RowsChangeInPlaceAndNothingElse) {
     waits.clear();
     tree().topLevelItem(1)->setExpanded(false);
 
+    nic0->cameras.setFaults(camera(3).mac, camsim::parseFaults("loss-from-camera=100,limit=1,commands=discovery"));
+    const auto searches = [this] { return status(3).requests[TAG_DISCOVERY_CMD]; };
+    EXPECT_TRUE(eventually([&, end = searches() + 3] {
+        EXPECT_NE("Gone", cell(3, Status)); // for one lost answer
+        return searches() >= end;
+    }));
+
     nic0->cameras.addCamera(cameraAt(1, "192.168.10.99/24", ",model=A"));
     nic0->cameras.removeCamera(camera(39).mac);
     EXPECT_TRUE(eventually([&] { return row(1) != nullptr && row(39) == nullptr; }));

@@ -214,6 +214,11 @@ TEST_F(Several, NothingIsHalfEditedWhenSeveralAreSelected) {
     open({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24"), cameraAt(3, "192.168.10.23/24")},
          {cameraAt(4, "192.168.20.21/24")});
     select(1);
+    type("editIpAddress", "192.168.10.53");
+    expectSaveQuestion(QMessageBox::No);
+    expect("Configure Cameras: ", [&](QWidget &dialog) { clickIn(dialog, "planClose"); });
+    trigger("actionConfigureSelected");
+    EXPECT_EQ("192.168.10.21", text("editIpAddress"));
     type("editIpAddress", "192.168.10.51");
     expectSaveQuestion(QMessageBox::No);
     QTest::keyClick(&tree(), Qt::Key_A, Qt::ControlModifier);

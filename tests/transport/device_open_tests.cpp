@@ -215,7 +215,7 @@ TEST_F(DeviceTest, PortUsesRegisterAndMemoryCommands) {
     port.Write(bytes, 0xA008, 8);
     EXPECT_THAT(Requests(), ElementsAre("82 0000a00012345678", "80 0000a004", "84 0000a00000000008",
                                         "86 0000a00812345678000004b0"));
-    for (const std::int64_t address : {0x100000000L, -4L, 0xFFFFFFFCL})
+    for (const std::int64_t address : {0x100000000L, -7L, 0xFFFFFFFCL})
         EXPECT_THAT(thrownBy([&] { port.Read(bytes, address, 8); }), HasSubstr("(0xE1000006)"));
     Silence(); // so that a transfer takes three times 200 ms
     std::thread reader([&] { thrownBy([&] { port.Read(bytes, 0xA000, 4); }); });

@@ -86,8 +86,13 @@ void Connection::createAndOpen(const CQuorelGigEDeviceInfo &target) {
         m_pLayer->DestroyDevice(created);
         throw LOGICAL_ERROR_EXCEPTION("The device must be a GEV Camera.");
     }
-    m_Heartbeat_ms = Registers{CQuorelGigEDeviceInfo(m_pDevice->GetDeviceInfo())}.read(GEV_REG_HEARTBEAT_TIMEOUT);
+    const CQuorelGigEDeviceInfo found(m_pDevice->GetDeviceInfo());
+    m_Heartbeat_ms = Registers{found}.read(GEV_REG_HEARTBEAT_TIMEOUT);
     m_pDevice->Open(Control | Stream | Event);
+    // While its description was read the address may have gone to another camera. From now on the channel writes to
+    // nobody but who gave control.
+    if (!Registers{found}.read(GEV_REG_DEVICE_MAC_HIGH))
+        throw RUNTIME_EXCEPTION("The camera cannot be seen at its address any more.");
 }
 
 /// Through the feature, as the channel would overwrite the register with its next heartbeat. A camera that crashed
