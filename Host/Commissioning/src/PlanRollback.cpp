@@ -231,8 +231,10 @@ void PlanRollback::stay(PlanMember &member) {
     again = whereLent(again);
     again.temporary.reset();
     again.isWritten = isStored(again).value_or(false);
-    if (!again.isWritten)
+    if (!again.isWritten) {
         write(m_Layer, &again);
+        again.isWritten = again.isWritten && isStored(again).value_or(false); // nobody looks at it again
+    }
     member.back.isWritten = false;
     if (again.isWritten && member.back.temporary)
         m_Lent.push_back(&member);
