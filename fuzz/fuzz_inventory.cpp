@@ -12,7 +12,7 @@
 #include "commissioning/Search.h"
 #include "commissioning/Selection.h"
 
-#include <cstring>
+#include <algorithm>
 
 using namespace commissioning;
 
@@ -21,7 +21,7 @@ namespace {
 Corvo::CQuorelGigEDeviceInfo deviceOf(FuzzInput &input) {
     GEV_DISCOVERY_INFO record{};
     const Bytes bytes = input.Take(sizeof record);
-    std::memcpy(&record, bytes.data(), bytes.size());
+    std::copy(bytes.begin(), bytes.end(), reinterpret_cast<std::uint8_t *>(&record));
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(0xC0A80A15);

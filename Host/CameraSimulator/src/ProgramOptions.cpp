@@ -161,7 +161,7 @@ private:
         else if (option == "--faults")
             faults_ = parseFaults(reader.value("key=value,..."));
         else if (option == "--seed")
-            options_.simulator.seed = toNumber(reader.value("a number"), FaultConfig::forever);
+            options_.simulator.seed = toNumber(reader.value("a number"), FaultConfig::unlimited);
         else if (option == "--port")
             setPort(toNumber(reader.value("a port number"), 65535));
         else

@@ -209,13 +209,13 @@ const FaultKey faultKeys[] = {
          f.delayMax = dash == std::string::npos ? f.delayMin : toMilliseconds(v.substr(dash + 1));
      }},
     {"silent-after", "N", "silence for good after N commands",
-     [](FaultConfig &f, Text v) { f.silentAfter = toNumber(v, FaultConfig::forever); }},
+     [](FaultConfig &f, Text v) { f.silentAfter = toNumber(v, FaultConfig::unlimited); }},
     {"deaf-after", "N", "an outage starts with the command after N of them",
-     [](FaultConfig &f, Text v) { f.deafAfter = toNumber(v, FaultConfig::forever); }},
+     [](FaultConfig &f, Text v) { f.deafAfter = toNumber(v, FaultConfig::unlimited); }},
     {"outage", "MS", "its length; nothing is heard meanwhile",
      [](FaultConfig &f, Text v) { f.outage = toMilliseconds(v); }},
     {"limit", "N", "only the first N commands are exposed to faults",
-     [](FaultConfig &f, Text v) { f.limit = toNumber(v, FaultConfig::forever); }},
+     [](FaultConfig &f, Text v) { f.limit = toNumber(v, FaultConfig::unlimited); }},
     {"commands", "NAME[+NAME...]", "only these: discovery, forceip, readreg, writereg, readmem, writemem, setipconfig",
      [](FaultConfig &f, Text v) {
          f.commands.clear();

@@ -24,16 +24,16 @@ struct FaultConfig {
     std::chrono::milliseconds delayMin{0}; ///< Every acknowledge is delayed by a random time in delayMin..delayMax.
     std::chrono::milliseconds delayMax{0};
 
-    static constexpr std::uint64_t forever = std::numeric_limits<std::uint64_t>::max();
+    static constexpr std::uint64_t unlimited = std::numeric_limits<std::uint64_t>::max();
     /// The camera is silent for good after this many commands that reached it, counted from the setting of the faults.
-    std::uint64_t silentAfter = forever;
+    std::uint64_t silentAfter = unlimited;
     /// After this many commands that reached the camera (of those in `commands`) the next one starts an outage: the
     /// camera hears nothing for `outage`. It happens once after the setting of the faults.
-    std::uint64_t deafAfter = forever;
+    std::uint64_t deafAfter = unlimited;
     std::chrono::milliseconds outage{0};
     /// Faults happen to the first `limit` commands they can happen to, then the traffic is clean. With a chance of
     /// 100 this loses exactly the first n acknowledges. Delay, silence and outage are not limited.
-    std::uint64_t limit = forever;
+    std::uint64_t limit = unlimited;
     /// Command codes that faults happen to; empty means all.
     std::vector<std::uint16_t> commands;
 
