@@ -33,7 +33,7 @@ QString troubleshootingPage(const QString &findings) {
         "<h2>When a camera does not show up or cannot be used</h2><p>Check cable and power first: the camera's link "
         "light is on. Select the camera's row, or its adapter's, to read what is wrong with it. <code>lanvanectl "
         "doctor</code> looks at this computer and its cameras and prints which of the following apply, with evidence "
-        "and with commands that help.</p>");
+        "and with commands that help; in those below, <code>eth1</code> stands for the adapter.</p>");
     for (const QString &line : findings.split(QLatin1Char('\n'))) {
         const QStringList cells = line.split(QLatin1Char('|'));
         if (line.startsWith(QLatin1String("| `")) && cells.size() == 7)
