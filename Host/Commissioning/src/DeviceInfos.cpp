@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <string_view>
 #include <strings.h>
 
 namespace commissioning {
@@ -15,12 +16,15 @@ using namespace Corvo;
 
 namespace {
 
-std::optional<std::uint32_t> numberOf(const IProperties &properties, const char *name) {
-    const String_t text = propertyOf(properties, name);
-    std::uint32_t number = 0;
-    const char *const end = text.c_str() + text.size();
-    const auto [last, error] = std::from_chars(text.c_str(), end, number);
+template <class Number> std::optional<Number> numberFrom(std::string_view text) {
+    Number number = 0;
+    const char *const end = text.data() + text.size();
+    const auto [last, error] = std::from_chars(text.data(), end, number);
     return error == std::errc() && last == end ? std::optional(number) : std::nullopt;
+}
+
+std::optional<std::uint32_t> numberOf(const IProperties &properties, const char *name) {
+    return numberFrom<std::uint32_t>(propertyOf(properties, name).c_str());
 }
 
 std::vector<std::string> partsOf(const String_t &text, const String_t &separator) {
@@ -64,9 +68,10 @@ Status statusOf(EDeviceAccessiblityInfo verdict) {
 
 std::optional<Holder> holderOf(const CDeviceInfo &device) {
     const std::vector<std::string> parts = partsOf(propertyOf(device, PropertyHolder), ":");
-    if (parts.size() != 2)
+    const auto port = parts.size() == 2 ? numberFrom<std::uint16_t>(parts[1]) : std::nullopt;
+    if (!port)
         return std::nullopt;
-    return Holder{addressFrom(parts[0]).value_or(0), static_cast<std::uint16_t>(std::stoul(parts[1])), std::nullopt};
+    return Holder{addressFrom(parts[0]).value_or(0), *port, std::nullopt};
 }
 
 } // namespace

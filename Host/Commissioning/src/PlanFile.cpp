@@ -122,8 +122,8 @@ private:
         for (std::size_t i = 0; i < cells.size(); ++i)
             takeCell(cells[i], i < m_Columns.size() ? m_Columns[i] : std::nullopt, &entry);
         if (entry.camera.empty() && m_Plan.problems.size() == problems) {
-            const int character = entry.places[indexOf(PlanColumn::Camera)].character;
-            m_Plan.problems.push_back({entry.line, character, "This line names no camera."});
+            const PlanPlace &cell = entry.places[indexOf(PlanColumn::Camera)]; // below the line, where a cell has two
+            m_Plan.problems.push_back({std::max(entry.line, cell.line), cell.character, "This line names no camera."});
         }
         entry.isBroken = m_Plan.problems.size() != problems;
         m_Plan.entries.push_back(std::move(entry));
