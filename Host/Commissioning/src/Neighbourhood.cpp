@@ -3,6 +3,7 @@
 #include "Descriptor.h"
 #include "commissioning/Survey.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <linux/neighbour.h>
@@ -17,6 +18,7 @@ namespace {
 
 /// What waits for an answer counts against the socket's buffer, which has room for some 270 datagrams at least.
 constexpr std::size_t AddressesPerSocket = 128;
+constexpr std::chrono::seconds Patience(5); // the kernel asks three times, once a second
 
 sockaddr_in socketAddress(Address address, std::uint16_t port) {
     sockaddr_in result{};
@@ -37,7 +39,7 @@ Descriptor openSocket(const Adapter &adapter, Address source) {
     return result;
 }
 
-/// A failed entry becomes an incomplete one before this returns.
+/// A failed entry becomes an incomplete one before this returns. A table that is full takes none, and nobody says so.
 bool ask(const Descriptor &from, Address address) {
     constexpr std::uint16_t DiscardPort = 9;
     const sockaddr_in target = socketAddress(address, DiscardPort);
@@ -46,7 +48,9 @@ bool ask(const Descriptor &from, Address address) {
                   sizeof target) >= 0;
 }
 
-void decide(const Neighbour &neighbour, std::set<Address> *pOpen, Neighbourhood *pResult) {
+using Open = std::map<Address, std::size_t>; ///< to the number of the socket that asks
+
+void decide(const Neighbour &neighbour, Open *pOpen, Neighbourhood *pResult) {
     if (neighbour.state == NUD_INCOMPLETE || neighbour.state == NUD_NONE || pOpen->erase(neighbour.address) == 0)
         return;
     if (neighbour.state == NUD_FAILED)
@@ -62,19 +66,30 @@ Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subn
     Neighbourhood result;
     if (!isUsable(adapter))
         return result;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    const auto start = std::chrono::steady_clock::now();
+    auto lastAsked = start;
     std::vector<Descriptor> sockets;
-    std::set<Address> open;
+    Open open;
     for (std::size_t i = 0; i < addresses.size(); ++i) {
         if (i % AddressesPerSocket == 0)
             sockets.push_back(openSocket(adapter, subnet.address));
         if (ask(sockets.back(), addresses[i]))
-            open.insert(addresses[i]);
+            open.emplace(addresses[i], sockets.size() - 1);
     }
-    while (!open.empty() && std::chrono::steady_clock::now() < deadline && !(isCancelled && isCancelled())) {
+    const auto hasTime = [&] {
+        return std::chrono::steady_clock::now() < std::min(lastAsked + Patience, start + 2 * Patience);
+    };
+    while (!open.empty() && hasTime() && !(isCancelled && isCancelled())) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        for (const Neighbour &neighbour : neighboursOf(adapter.index))
+        Open forgotten = open; // a crowded table makes room at the cost of failed entries
+        for (const Neighbour &neighbour : neighboursOf(adapter.index)) {
+            forgotten.erase(neighbour.address);
             decide(neighbour, &open, &result);
+        }
+        for (const auto &[address, socket] : forgotten) {
+            ask(sockets[socket], address);
+            lastAsked = std::chrono::steady_clock::now();
+        }
     }
     return result;
 }

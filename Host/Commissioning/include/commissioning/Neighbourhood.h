@@ -17,8 +17,8 @@ struct Neighbourhood {
 };
 
 /// Has the kernel look who is behind an adapter: each address is sent one datagram to the discard port, for which the
-/// kernel asks up to three times by ARP. Takes 3 to 5 s when one of them is free, however many there are. Any thread
-/// may call.
+/// kernel asks up to three times by ARP. Takes 3 to 5 s when one of them is free, however many there are, and up
+/// to 10 s while the kernel's table is crowded, which all adapters share. Any thread may call.
 ///
 /// \param subnet one of the adapter's. \param addresses in it, and none of this host's.
 /// \param isCancelled polled every 50 ms; what is known by then is returned.
