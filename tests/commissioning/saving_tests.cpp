@@ -149,7 +149,7 @@ TEST_F(SavedChanges, WritesToNoOtherCamera) {
             return;
         other = std::thread([&] {
             eventually([&] { return status().requests[TAG_READMEM_CMD] > 2; });
-            for (const unsigned number : {1, 2})
+            for (const unsigned number : {1U, 2U})
                 site->cameras.removeCamera(camera(number).mac);
             site->cameras.addCamera(cameraAt(2, "192.168.10.22/24", ",forced=192.168.10.21/24"));
         });

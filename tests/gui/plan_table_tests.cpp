@@ -188,7 +188,7 @@ TEST(PlanProgress, GrowsThroughBothGroups) {
     };
     take(PlanPhase::Reading, 0, 10);
     EXPECT_EQ("Reading the cameras again...", progress.text());
-    for (const std::size_t group : {1, 9}) {
+    for (const std::size_t group : {1U, 9U}) {
         for (const PlanPhase phase : {PlanPhase::Writing, PlanPhase::Restarting, PlanPhase::Verifying})
             take(phase, group, group);
         EXPECT_NEAR(group == 1 ? 9 : 90, last, 1);

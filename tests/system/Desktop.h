@@ -125,6 +125,8 @@ constexpr const char *ConnectHeader =
     "A connection to the device must be established in order to change the configuration.<br>To do this, a temporary "
     "IP address needs to be assigned to the device.<br>This temporary address will only be used to update the "
     "configuration and will not be stored on the device.<br>Valid addresses are:<br>192.168.10.1 - 192.168.10.254<br>";
+constexpr const char *Rediscovering =
+    "Camera restarts its IP configuration cycle.\nWaiting until the device has been discovered again...";
 constexpr const char *NotSaved = "The configuration could not be saved.";
 constexpr const char *AccessDenied = "Access denied\nThe device is controlled by another application.\nClose the "
                                      "connection before changing the IP configuration.";

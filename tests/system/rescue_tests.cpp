@@ -123,7 +123,7 @@ TEST_F(Rescuing, TheMapTellsWhoHasWhat) {
             EXPECT_EQ("192.168.10.1: this computer (nic0)", describe(1));
             EXPECT_EQ("192.168.10.3: camera Virtual Camera, 02:5A:E3:00:00:02", describe(3));
             EXPECT_THAT(describe(4), HasSubstr("192.168.10.4: another device, MAC "));
-            for (const unsigned taken : {1, 3, 4, 255})
+            for (const unsigned taken : {1U, 3U, 4U, 255U})
                 click(taken);
             EXPECT_TRUE(map.isVisible());
             picture("address-map", &map);

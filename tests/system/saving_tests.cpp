@@ -12,9 +12,6 @@ namespace {
 
 using Saving = Desktop;
 
-const char *const Rediscovering =
-    "Camera restarts its IP configuration cycle.\nWaiting until the device has been discovered again...";
-
 TEST_F(Saving, EachModeByBroadcast) {
     // In a foreign subnet, which does not matter.
     open({cameraAt(1, "172.16.0.9/16", ",dhcp=192.168.10.140/24")}, {cameraAt(2, "192.168.20.22/24")});

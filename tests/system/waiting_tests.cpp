@@ -17,8 +17,6 @@ using testing::HasSubstr;
 namespace {
 
 constexpr const char *Searching = "Searching for devices...";
-constexpr const char *Rediscovering =
-    "Camera restarts its IP configuration cycle.\nWaiting until the device has been discovered again...";
 
 /// The payload of an answer to a discovery.
 Bytes discovered(unsigned number) {

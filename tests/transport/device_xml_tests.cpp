@@ -133,9 +133,9 @@ TEST_F(DeviceXml, IsReadToItsEndAndNotBeyondOrGivenUp) {
             return std::vector<Bytes>(1001, acknowledge(request, 0, 0x0085, {}, -1));
         if (request[3] == 0x80)
             return {acknowledge(request, 0, 0x0081, Bytes(request.size() - 8))};
-        const std::size_t offset = request[10] << 8 | request[11];
+        const auto offset = static_cast<std::size_t>(request[10] << 8 | request[11]);
         const std::string file = request[9] == 1 ? plain.substr(offset) : std::string(url, sizeof url);
-        const std::size_t count = request[14] << 8 | request[15];
+        const auto count = static_cast<std::size_t>(request[14] << 8 | request[15]);
         if (count > file.size())
             return {acknowledge(request, refusal, 0x0085, {})};
         const std::string payload = "addr" + file.substr(0, count);

@@ -11,9 +11,9 @@
 namespace camsim {
 namespace {
 
-constexpr std::size_t batchSize = 64; // the answers to a batch must fit into the socket's receive buffer
+constexpr std::size_t messagesPerBatch = 64; // the answers to a batch must fit into the socket's receive buffer
 
-[[noreturn]] void fail(const std::string &what, int error = errno) {
+[[noreturn]] void failRequest(const std::string &what, int error = errno) {
     throw std::system_error(error, std::generic_category(), what);
 }
 
@@ -65,7 +65,7 @@ const std::vector<std::uint8_t> &NetlinkMessage::finish(std::uint32_t sequence) 
 
 Netlink::Netlink() : socket_(socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE)) {
     if (!socket_)
-        fail("cannot open a netlink socket");
+        failRequest("cannot open a netlink socket");
     const int on = 1; // answers without a copy of the request
     (void)setsockopt(socket_.get(), SOL_NETLINK, NETLINK_CAP_ACK, &on, sizeof on);
     const timeval patience{5, 0};
@@ -76,22 +76,22 @@ void Netlink::send(const std::vector<std::uint8_t> &bytes) {
     sockaddr_nl kernel{};
     kernel.nl_family = AF_NETLINK;
     if (sendto(socket_.get(), bytes.data(), bytes.size(), 0, reinterpret_cast<sockaddr *>(&kernel), sizeof kernel) < 0)
-        fail("cannot send a netlink request");
+        failRequest("cannot send a netlink request");
 }
 
 std::size_t Netlink::receive(std::vector<std::uint8_t> &buffer) {
     buffer.resize(32768);
     const ssize_t size = recv(socket_.get(), buffer.data(), buffer.size(), 0);
     if (size < 0)
-        fail("no answer to a netlink request");
+        failRequest("no answer to a netlink request");
     return static_cast<std::size_t>(size);
 }
 
 std::vector<int> Netlink::execute(std::vector<NetlinkMessage> &messages) {
     std::vector<int> results(messages.size());
     std::vector<std::uint8_t> buffer;
-    for (std::size_t start = 0; start < messages.size(); start += batchSize) {
-        const std::size_t count = std::min(batchSize, messages.size() - start);
+    for (std::size_t start = 0; start < messages.size(); start += messagesPerBatch) {
+        const std::size_t count = std::min(messagesPerBatch, messages.size() - start);
         const std::uint32_t firstSequence = sequence_ + 1;
         std::vector<std::uint8_t> batch;
         for (std::size_t i = 0; i < count; ++i) {
@@ -122,9 +122,9 @@ void Netlink::query(NetlinkMessage message, const std::string &what,
     auto left = static_cast<unsigned>(receive(buffer));
     const auto *header = reinterpret_cast<nlmsghdr *>(buffer.data());
     if (!NLMSG_OK(header, left) || header->nlmsg_seq != sequence_)
-        fail(what, EPROTO);
+        failRequest(what, EPROTO);
     if (header->nlmsg_type == NLMSG_ERROR)
-        fail(what, errorOf(*header));
+        failRequest(what, errorOf(*header));
     visit(*header);
 }
 

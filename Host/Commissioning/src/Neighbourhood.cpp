@@ -18,7 +18,7 @@ namespace {
 
 /// What waits for an answer counts against the socket's buffer, which has room for some 270 datagrams at least.
 constexpr std::size_t AddressesPerSocket = 128;
-constexpr std::chrono::seconds Patience(5); // the kernel asks three times, once a second
+constexpr std::chrono::seconds AskingTime(5); // the kernel asks three times, once a second
 
 sockaddr_in socketAddress(Address address, std::uint16_t port) {
     sockaddr_in result{};
@@ -77,7 +77,7 @@ Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subn
             open.emplace(addresses[i], sockets.size() - 1);
     }
     const auto hasTime = [&] {
-        return std::chrono::steady_clock::now() < std::min(lastAsked + Patience, start + 2 * Patience);
+        return std::chrono::steady_clock::now() < std::min(lastAsked + AskingTime, start + 2 * AskingTime);
     };
     while (!open.empty() && hasTime() && !(isCancelled && isCancelled())) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));

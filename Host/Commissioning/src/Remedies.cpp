@@ -10,7 +10,7 @@ namespace commissioning {
 namespace {
 
 /// For a POSIX shell.
-std::string quoted(const std::string &word) {
+std::string shellWord(const std::string &word) {
     const std::string harmless = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._-/:@+=";
     if (!word.empty() && word.find_first_not_of(harmless) == std::string::npos)
         return word;
@@ -24,12 +24,12 @@ std::string sudo(const Observation &host) { return host.isRoot ? "" : "sudo "; }
 
 /// Changes a setting of an adapter's connection, where NetworkManager manages it.
 Commands changeConnection(const Observation &host, const Adapter &adapter, const std::string &change) {
-    const std::string device = quoted(adapter.name);
+    const std::string device = shellWord(adapter.name);
     const std::string &connection = host.connections.at(adapter.name);
     if (connection.empty())
         return {sudo(host) + "nmcli connection add type ethernet ifname " + device + " con-name " + device +
                 " ipv4.method manual " + change.substr(change.find_first_not_of('+'))};
-    return {sudo(host) + "nmcli connection modify " + quoted(connection) + " " + change + " && " + sudo(host) +
+    return {sudo(host) + "nmcli connection modify " + shellWord(connection) + " " + change + " && " + sudo(host) +
             "nmcli device reapply " + device};
 }
 
@@ -50,8 +50,8 @@ Commands setKernel(const Observation &host, const std::vector<std::pair<std::str
     std::string now = sudo(host) + "sysctl -w";
     std::string lines;
     for (const auto &[name, value] : settings) {
-        now.append(" ").append(quoted(assignment(name, "=", value)));
-        lines.append(" ").append(quoted(assignment(name, " = ", value)));
+        now.append(" ").append(shellWord(assignment(name, "=", value)));
+        lines.append(" ").append(shellWord(assignment(name, " = ", value)));
     }
     return {now, "printf '%s\\n'" + lines + " | " + sudo(host) + "tee -a /etc/sysctl.d/60-lanvane.conf"};
 }
@@ -60,14 +60,14 @@ Commands setKernel(const Observation &host, const std::vector<std::pair<std::str
 
 Commands switchOn(const Observation &host, const Adapter &adapter) {
     if (isManaged(host, adapter))
-        return {sudo(host) + "nmcli device connect " + quoted(adapter.name)};
-    return {sudo(host) + "ip link set dev " + quoted(adapter.name) + " up"};
+        return {sudo(host) + "nmcli device connect " + shellWord(adapter.name)};
+    return {sudo(host) + "ip link set dev " + shellWord(adapter.name) + " up"};
 }
 
 Commands addAddress(const Observation &host, const Adapter &adapter, const AdapterAddress &added) {
     if (isManaged(host, adapter))
         return changeConnection(host, adapter, "+ipv4.addresses " + toText(added));
-    return {sudo(host) + "ip address add " + toText(added) + " brd + dev " + quoted(adapter.name)};
+    return {sudo(host) + "ip address add " + toText(added) + " brd + dev " + shellWord(adapter.name)};
 }
 
 Commands replaceAddress(const Observation &host, const Adapter &adapter, const AdapterAddress &old,
@@ -75,14 +75,14 @@ Commands replaceAddress(const Observation &host, const Adapter &adapter, const A
     if (isManaged(host, adapter))
         return changeConnection(host, adapter, "ipv4.method manual ipv4.addresses " + toText(replacement));
     return {addAddress(host, adapter, replacement)[0] + " && " + sudo(host) + "ip address delete " + toText(old) +
-            " dev " + quoted(adapter.name)};
+            " dev " + shellWord(adapter.name)};
 }
 
 Commands addRoute(const Observation &host, const Adapter &adapter, Address destination) {
     const std::string target = toText(destination) + "/32";
     if (isManaged(host, adapter))
         return changeConnection(host, adapter, "+ipv4.routes " + target);
-    return {sudo(host) + "ip route replace " + target + " dev " + quoted(adapter.name)};
+    return {sudo(host) + "ip route replace " + target + " dev " + shellWord(adapter.name)};
 }
 
 Commands stopFiltering(const Observation &host, const std::vector<const Adapter *> &adapters) {
@@ -111,7 +111,7 @@ Commands letAnswersIn(const Observation &host) {
 }
 
 Commands grantListening(const Observation &host, const std::string &program) {
-    return {sudo(host) + "setcap cap_net_raw=p " + quoted(program)};
+    return {sudo(host) + "setcap cap_net_raw=p " + shellWord(program)};
 }
 
 Commands enlargeBuffers(const Observation &host) {

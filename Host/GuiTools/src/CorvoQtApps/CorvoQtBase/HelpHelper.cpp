@@ -39,7 +39,7 @@ bool CHelpHelper::isHelpAvailable(HelpType type) { return !getHelpPath(type).isE
 
 QString CHelpHelper::getHelpPath(HelpType type) {
     init();
-    return isKnown(type) ? m_pathnames.at(type) : QString();
+    return isKnown(type) ? m_pathnames.at(static_cast<std::size_t>(type)) : QString();
 }
 
 QString CHelpHelper::GetHelpFilePath() { return QString(); }

@@ -9,7 +9,7 @@
 /// The documents are looked up once, on first use: one installed later is found by the next start of the program.
 class CHelpHelper {
 public:
-    enum HelpType {
+    enum HelpType : int {
         HelpType_ApplicationHelp = 0, ///< never available
         HelpType_CppProgGuide = 1,
         HelpType_CProgGuide = 2,
