@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <ostream>
 
@@ -104,13 +105,14 @@ Exit codes: 0 done, 1 failed, 2 wrong use, 3 camera not found or ambiguous, 4 re
         add(Command::Doctor, "doctor", "Find out why cameras are missing or cannot be used", "doctor --json");
     }
 
-    /// What is no number is in no range; CLI::Range lets it pass.
+    /// "nan" is in no range; CLI::Range lets it pass.
     static CLI::Validator secondsUpTo(int most) {
         const std::string range = "in [1 - " + std::to_string(most) + "]";
         return {[=](const std::string &text) {
                     double seconds = 0;
-                    const bool isFine = CLI::detail::lexical_cast(text, seconds) && seconds >= 1 && seconds <= most;
-                    return isFine ? "" : "Value " + text + " not " + range;
+                    const char *const end = text.data() + text.size();
+                    const bool isNumber = std::from_chars(text.data(), end, seconds).ptr == end;
+                    return isNumber && seconds >= 1 && seconds <= most ? "" : "Value " + text + " not " + range;
                 },
                 range, "seconds"};
     }

@@ -269,14 +269,24 @@ struct Rescue {
     std::optional<Address> address;
 };
 
+std::optional<AdapterAddress> ownSubnet(const Camera &camera, const Adapter &adapter, Session &session) {
+    Neighbourhood known;
+    return subnetToStayIn(camera, adapter, session.surroundingsOf(camera), &known,
+                          [&] { return session.interruption().isRequested(); });
+}
+
 std::vector<Rescue> planRescue(const std::vector<const Camera *> &cameras, Session &session) {
     std::vector<Rescue> rescues;
     std::map<const Adapter *, std::vector<std::size_t>> byAdapter;
     for (const Camera *camera : cameras) {
         const Adapter *adapter = session.adapterOf(*camera);
-        if (adapter && homeSubnet(*adapter))
-            byAdapter[adapter].push_back(rescues.size());
         rescues.push_back({camera, adapter, {}, {}});
+        if (!adapter || !homeSubnet(*adapter))
+            continue;
+        if (const auto subnet = ownSubnet(*camera, *adapter, session))
+            rescues.back() = {camera, adapter, *subnet, camera->address};
+        else
+            byAdapter[adapter].push_back(rescues.size() - 1);
     }
     FreeAddresses &free = session.freeAddresses();
     for (const auto &[adapter, indices] : byAdapter) {

@@ -88,7 +88,8 @@ TEST_F(Program, RefusesAndPredicts) {
 }
 
 TEST_F(Program, ChangesAndVerifies) {
-    start({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24", ",vendor-config=not-implemented")});
+    start({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24", ",vendor-config=not-implemented"),
+           cameraAt(3, "192.168.10.23/16")});
     const struct {
         const char *arguments, *after, *path;
     } rows[] = {
@@ -99,6 +100,7 @@ TEST_F(Program, ChangesAndVerifies) {
         {"set left auto", "auto", "broadcast"},
         {"force left 192.168.10.41", "auto 192.168.10.41", "force"},
         {"restart left", "auto", "force"},
+        {"rescue 192.168.10.23", "static 192.168.10.23 255.255.255.0", "broadcast"}, // only its mask is wrong
     };
     for (const auto &row : rows) {
         const Finished done = run(std::string(row.arguments) + " --json");

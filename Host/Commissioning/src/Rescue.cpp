@@ -5,6 +5,7 @@
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Saving.h"
 #include "commissioning/SmallChanges.h"
+#include "commissioning/WantedAddresses.h"
 
 #include <algorithm>
 #include <set>
@@ -52,6 +53,22 @@ bool needsRescue(const Camera &camera, const Inventory &inventory) {
            std::any_of(inventory.findings.begin(), inventory.findings.end(), [&](const Finding &finding) {
                return finding.camera == camera.mac && codes.count(finding.code) != 0;
            });
+}
+
+std::optional<AdapterAddress> subnetToStayIn(const Camera &camera, const Adapter &adapter,
+                                             const AddressSurroundings &around, Neighbourhood *pKnown,
+                                             const std::function<bool()> &isCancelled) {
+    const AdapterAddress *const subnet = subnetOf(&adapter, camera.address);
+    if (subnet == nullptr || subnet->mask == camera.mask ||
+        !refusalOfAddress(camera.address, subnet->mask, camera.mac, around).empty())
+        return std::nullopt;
+    if (camera.status == Status::Ok) // so it is the camera that answers there
+        return *subnet;
+    Neighbourhood found = neighbourhoodOf(adapter, *subnet, {camera.address}, isCancelled);
+    if (const auto taken = found.taken.find(camera.address); taken != found.taken.end() && taken->second == camera.mac)
+        found.taken.erase(taken); // which is its own answer
+    pKnown->taken.insert(found.taken.begin(), found.taken.end());
+    return found.taken.empty() ? std::optional(*subnet) : std::nullopt;
 }
 
 std::string refusalOf(const RescuePlan &plan, const AddressSurroundings &around) {

@@ -5,7 +5,6 @@
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/FreeAddresses.h"
 #include "commissioning/SmallChanges.h"
-#include "commissioning/WantedAddresses.h"
 
 #include <QWidget>
 
@@ -40,13 +39,13 @@ bool MakeUsable::findAddress(const Survey &survey) {
         const Adapter *const home = adapter();
         if (!home)
             return;
-        const Address present = commissioning::currentAddressOf(m_Plan.device);
-        if (needsOnlyMask(*home)) {
-            m_Plan.address = present;
+        const commissioning::Camera camera = commissioning::cameraOf(m_Plan.device);
+        if (subnetToStayIn(camera, *home, surroundings(), &m_Known, cancellation())) {
+            m_Plan.address = camera.address;
             return;
         }
         const auto found =
-            commissioning::FreeAddresses(m_Inventory).take(*home, *homeSubnet(*home), {present}, cancellation());
+            commissioning::FreeAddresses(m_Inventory).take(*home, *homeSubnet(*home), {camera.address}, cancellation());
         m_Plan.address = found.front().value_or(0);
         if (found.front())
             m_Known.free.insert(*found.front());
@@ -61,21 +60,6 @@ commissioning::AddressSurroundings MakeUsable::surroundings() {
     commissioning::AddressSurroundings around = surroundingsOn(m_Inventory.adapters, adapter());
     around.hidden = m_Inventory.cameras;
     return around;
-}
-
-bool MakeUsable::needsOnlyMask(const Adapter &home) {
-    const commissioning::Camera camera = commissioning::cameraOf(m_Plan.device);
-    const commissioning::AdapterAddress *const subnet = subnetOf(&home, camera.address);
-    if (subnet == nullptr || subnet->mask == camera.mask ||
-        !refusalOfAddress(camera.address, subnet->mask, camera.mac, surroundings()).empty())
-        return false;
-    if (camera.status == commissioning::Status::Ok) // so it is the camera that answers there
-        return true;
-    commissioning::Neighbourhood found = neighbourhoodOf(home, *subnet, {camera.address}, cancellation());
-    if (const auto taken = found.taken.find(camera.address); taken != found.taken.end() && taken->second == camera.mac)
-        found.taken.erase(taken); // which is its own answer
-    m_Known.taken.insert(found.taken.begin(), found.taken.end());
-    return found.taken.empty();
 }
 
 bool MakeUsable::propose(const Survey &survey) {

@@ -37,8 +37,6 @@ private:
     /// Null when there is none, which is then the problem.
     const commissioning::Adapter *adapter();
     bool findAddress(const Survey &survey);
-    /// Whether nothing but its mask keeps the camera from being used at the address it has.
-    bool needsOnlyMask(const commissioning::Adapter &home);
     commissioning::AddressSurroundings surroundings();
     std::function<bool()> cancellation() const;
     bool ask();
