@@ -115,8 +115,8 @@ TEST_F(Waiting, TheEventLoopGoesOnWith16384CamerasAndJunk) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "an instrumented program cannot read so many answers as fast as they come";
 #endif
-    constexpr unsigned CamerasEach = 4096;
-    forge(4, CamerasEach);
+    constexpr unsigned CamerasPerAdapter = 4096;
+    forge(4, CamerasPerAdapter);
     openWindow();
     m_IsForging = true;
     QTimer timer;
@@ -129,7 +129,7 @@ TEST_F(Waiting, TheEventLoopGoesOnWith16384CamerasAndJunk) {
     expectNoGap("16384 cameras", [&] { refresh(); });
     timer.stop();
     const QTreeWidgetItem &last = *tree().topLevelItem(3);
-    ASSERT_GT(last.childCount(), static_cast<int>(CamerasEach / 4));
+    ASSERT_GT(last.childCount(), static_cast<int>(CamerasPerAdapter / 4));
     EXPECT_EQ("Not checked yet", last.child(last.childCount() - 1)->text(Status));
     expectNoGap("their selection", [&] { select(tree().topLevelItem(0)->child(20)); });
 }
