@@ -1,6 +1,9 @@
+#include "MinimalCorvo/Container.h"
 #include "MinimalCorvo/DeviceInfo.h"
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
 
 namespace {
 
@@ -58,6 +61,19 @@ TEST(Info, CopiesOwnTheirPropertiesAndCarryTheFlags) {
     copy.SetPropertyValue("_h", "hidden ones count");
     assigned.SetPropertyValue("a", "2");
     EXPECT_FALSE(copy == source || assigned == source);
+}
+
+TEST(InfoList, SortsDevicesByClassThenSerialNumber) {
+    DeviceInfoList list;
+    list.push_back(CDeviceInfo().SetDeviceClass("QuorelGigE"));
+    for (const char *serial : {"21", "100", "abc", "007", "-5", "9999999999999999999", "", "12", "12"})
+        list.push_back(CDeviceInfo().SetDeviceClass("QuorelGigE").SetSerialNumber(serial));
+    list.push_back(CDeviceInfo().SetDeviceClass("QuorelUsb").SetSerialNumber("999"));
+    std::sort(list.begin(), list.end());
+    String_t serials;
+    for (const CDeviceInfo &info : list)
+        serials += info.GetSerialNumber() + " ";
+    EXPECT_EQ("999 007 12 12 21 100  -5 9999999999999999999 N/A abc ", serials);
 }
 
 } // namespace

@@ -56,7 +56,7 @@ private:
     }
 };
 
-inline Answers good(const Bytes &request) { return {Device().answer(request)}; }
+inline Answers good(const Bytes &request, std::size_t = 0) { return {Device().answer(request)}; }
 
 inline bool isRelease(const Bytes &request) {
     return command(request) == TAG_WRITEREG_CMD && word(request, 8) == GEV_REG_CONTROL_CHANNEL_PRIVILEGE &&
@@ -107,6 +107,11 @@ public:
     GXSTATUS read(std::uint32_t address = 0x1000) {
         value = 0;
         return m_pChannel->ReadReg(&address, &value, 1);
+    }
+    GXSTATUS write() {
+        const std::uint32_t address = 0x1000;
+        const std::uint32_t number = 1;
+        return m_pChannel->WriteReg(&address, &number, 1);
     }
     void setProperty(std::uint32_t tag, std::uint32_t setting) {
         EXPECT_EQ(m_pChannel->SetProperty(tag, &setting, sizeof setting), 0u);

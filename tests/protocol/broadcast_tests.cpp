@@ -39,30 +39,22 @@ Arrival arrival(Bytes datagram, std::uint32_t after_ms = 0, in_addr_t sender = 0
 }
 
 /// Answers the first request of a command as told; one goes out per adapter.
-class Answering {
-public:
+struct Answering {
     using Script = std::function<std::vector<Arrival>(const Bytes &request)>;
 
-    explicit Answering(Script script) : m_Script(std::move(script)) {}
+    explicit Answering(Script given) : script(std::move(given)) {}
+    std::uint64_t elapsed_ms() const { return network.now_ms() - start_ms; }
 
-    std::uint64_t elapsed_ms() const { return network.now_ms() - m_Start; }
+    Script script;
     std::vector<Bytes> requests;
-
-private:
-    int onSend(const Bytes &request) {
+    ScriptedNetwork network{[this](const Bytes &request) {
         requests.push_back(request);
         if (requests.size() == 1)
-            for (Arrival &answer : m_Script(request))
+            for (Arrival &answer : script(request))
                 network.queue(std::move(answer));
         return 0;
-    }
-    Script m_Script;
-
-public:
-    ScriptedNetwork network{[this](const Bytes &request) { return onSend(request); }};
-
-private:
-    std::uint64_t m_Start = network.now_ms();
+    }};
+    std::uint64_t start_ms = network.now_ms();
 };
 
 std::vector<Arrival> nothing(const Bytes &) { return {}; }

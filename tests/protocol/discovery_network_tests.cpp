@@ -9,7 +9,6 @@
 
 using Gx::Enumerator;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using namespace testnet;
 
 namespace {
@@ -75,8 +74,6 @@ TEST_F(TwoAdapters, UnicastAsksOneDevice) {
         EXPECT_EQ(ask("192.168.1.20", flags), 0u);
         EXPECT_THAT(list.list, ElementsAre(near1));
     }
-    EXPECT_EQ(ask("192.168.1.99", 0), 0u); // nobody's
-    EXPECT_THAT(list.list, IsEmpty());
     EXPECT_EQ(ask("169.254.7.7", 0), 0xE1020000u | ENETUNREACH);
     EXPECT_EQ(ask("192.168.1.20", 0, AF_INET6), 0xE1000009u);
 

@@ -1,4 +1,5 @@
 #include "ControlChannelXaction.h"
+#include "RetriggerableTimerPosix.h"
 #include "ScriptedChannel.h"
 #include "gxapi/Trace.h"
 #include "support/Leaks.h"
@@ -17,8 +18,7 @@ TEST(Heartbeat, BeatsAtAThirdOfTheTimeoutToKeepThePrivilege) {
         std::uint16_t beat;
     } cases[] = {{0, TAG_READREG_CMD}, {GEV_EXCLUSIVE_CONTROL_ACCESS, TAG_WRITEREG_CMD}};
     for (const auto &row : cases) {
-        ScriptedChannel channel([](const Bytes &request, std::size_t) { return good(request); }, Device(),
-                                row.accessFlags, 600);
+        ScriptedChannel channel(good, Device(), row.accessFlags, 600);
         const std::uint64_t start = channel.network.now_ms();
         for (std::uint32_t beats = 0; beats < 5; ++beats) {
             channel.network.advance(199);
@@ -113,6 +113,7 @@ TEST(Heartbeat, WaitingBeatIsNotSentWithoutPrivilege) {
 
 TEST(Heartbeat, ConcurrentChangesLeaveDeviceAndTimerWithOneTimeout) {
     BusyChannel channel(3000);
+    channel.network.advance(300);
     std::thread longer = channel.change(30000);
     std::thread shorter = channel.change(900);
     channel.finish();
@@ -120,8 +121,33 @@ TEST(Heartbeat, ConcurrentChangesLeaveDeviceAndTimerWithOneTimeout) {
     shorter.join();
     const std::uint32_t told_ms = word(channel.requests().back(), 12);
     const std::size_t before = channel.requests().size();
-    channel.network.advance(told_ms / 3);
+    channel.network.advance(told_ms / 3 - 1); // a change starts a full period
+    EXPECT_EQ(channel.requests().size(), before) << told_ms;
+    channel.network.advance(1);
     EXPECT_EQ(channel.requests().size(), before + 1) << told_ms;
+}
+
+class IdleTimer : public GxImp::Posix::CRetriggerableTimer {
+public:
+    ~IdleTimer() override {
+        (void)Stop();
+        Join();
+    }
+
+protected:
+    void TimeoutRoutine() noexcept override {}
+};
+
+/// Stop takes no mutex, so its signal may slip by a thread about to wait: Join must not wait for the period.
+TEST(Timer, LongPeriodsEndAtOnce) {
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 300; ++i) {
+        IdleTimer timer;
+        ASSERT_EQ(timer.Create(600000), 0u);
+        if (i % 2 != 0)
+            std::this_thread::sleep_for(std::chrono::microseconds(i));
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <ctime>
 #include <ifaddrs.h>
+#include <memory>
 #include <net/if.h>
 #include <poll.h>
 #include <string>
@@ -30,6 +31,7 @@ int __real_pthread_create(pthread_t *, const pthread_attr_t *, void *(*)(void *)
 namespace {
 
 using Lock = std::lock_guard<std::recursive_mutex>;
+using ThreadBody = std::function<void *()>;
 
 constexpr std::int64_t Millisecond = 1000000; // of the clock, in ns
 constexpr std::int64_t Second = 1000 * Millisecond;
@@ -246,16 +248,12 @@ int ScriptedNetwork::wait(pthread_cond_t *condition, pthread_mutex_t *mutex, con
     };
     note(true);
     int error = ETIMEDOUT;
-    while (error == ETIMEDOUT && m_Now < until) {
-        if (isSignalled()) {
-            error = 0;
-            break;
-        }
+    while (error == ETIMEDOUT && m_Now < until && !isSignalled()) {
         const timespec soon = shortlyFromNow();
         error = __real_pthread_cond_clockwait(condition, mutex, CLOCK_MONOTONIC, &soon);
     }
     note(false);
-    return m_Now < until ? error : ETIMEDOUT; // what came first, on this clock
+    return m_Now < until ? 0 : ETIMEDOUT; // what came first, on this clock
 }
 
 void ScriptedNetwork::signalled(const pthread_cond_t *condition) {
@@ -266,23 +264,19 @@ void ScriptedNetwork::signalled(const pthread_cond_t *condition) {
 
 int ScriptedNetwork::startThread(pthread_t *thread, const pthread_attr_t *attributes, void *(*run)(void *),
                                  void *argument) {
-    struct Start {
-        ScriptedNetwork &network;
-        void *(*run)(void *);
-        void *argument;
-    };
     if (refusesThreads)
         return EAGAIN;
     const Lock lock(m_Mutex); // so that the thread is known before it ends
-    auto *start = new Start{*this, run, argument};
-    const auto body = [](void *given) -> void * {
-        const Start copy = *static_cast<Start *>(given);
-        delete static_cast<Start *>(given);
-        void *result = copy.run(copy.argument);
-        const Lock ending(copy.network.m_Mutex);
-        copy.network.m_Threads.erase(pthread_self());
-        --copy.network.m_ThreadCount;
+    auto *start = new ThreadBody([this, run, argument] {
+        void *result = run(argument);
+        const Lock ending(m_Mutex);
+        m_Threads.erase(pthread_self());
+        --m_ThreadCount;
         return result;
+    });
+    const auto body = [](void *given) -> void * {
+        const std::unique_ptr<ThreadBody> owned(static_cast<ThreadBody *>(given));
+        return (*owned)();
     };
     const int error = __real_pthread_create(thread, attributes, body, start);
     if (error == 0) {
