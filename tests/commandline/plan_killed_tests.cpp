@@ -13,16 +13,14 @@ class KilledPlans : public Program {
 protected:
     static constexpr unsigned Count = 20;
 
-    /// What a camera has stored, and whether it uses it.
-    std::string storedBy(unsigned number) {
-        const camsim::CameraStatus now = status(number);
-        const bool isInUse = now.current && now.current->address == now.persistent.address;
-        return now.persistent.address.toString() + " " + std::to_string(now.ipEnabled) + (isInUse ? "" : " not in use");
-    }
+    /// What each camera has stored, and whether it uses it.
     std::vector<std::string> stored() {
         std::vector<std::string> all;
-        for (unsigned i = 1; i <= Count; ++i)
-            all.push_back(storedBy(i));
+        for (unsigned i = 1; i <= Count; ++i) {
+            const camsim::CameraStatus now = status(i);
+            all.push_back(now.persistent.address.toString() + " " + std::to_string(now.ipEnabled) + " " +
+                          site->addressOf(i));
+        }
         return all;
     }
     /// Two that swap, three that rotate, one to DHCP, the others to new addresses.

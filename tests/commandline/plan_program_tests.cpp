@@ -1,7 +1,5 @@
 #include "Program.h"
 
-#include <filesystem>
-
 using namespace testnet;
 using testing::HasSubstr;
 

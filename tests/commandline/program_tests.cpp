@@ -22,12 +22,12 @@ TEST_F(Program, ListsWhatIsThere) {
     ASSERT_EQ(0, list.exitCode) << list.error;
     const auto &cameras = list.json["cameras"];
     ASSERT_EQ(3U, cameras.size());
-    std::string seen;
+    std::vector<std::string> seen;
     for (const auto &camera : cameras)
-        seen += text(camera["mac"]) + " " + text(camera["address"]) + " " + text(camera["status"]) + "\n";
-    EXPECT_EQ("02:5A:E3:00:00:01 192.168.10.21 ok\n02:5A:E3:00:00:02 10.9.8.7 not-reachable\n"
-              "02:5A:E3:00:00:03 192.168.10.23 in-use\n",
-              seen);
+        seen.push_back(text(camera["mac"]) + " " + text(camera["address"]) + " " + text(camera["status"]));
+    EXPECT_THAT(seen,
+                testing::ElementsAre("02:5A:E3:00:00:01 192.168.10.21 ok", "02:5A:E3:00:00:02 10.9.8.7 not-reachable",
+                                     "02:5A:E3:00:00:03 192.168.10.23 in-use"));
     EXPECT_EQ("192.168.10.21", cameras[0]["stored"]["address"]);
     EXPECT_EQ("nic0", cameras[0]["adapters"][0]);
 
@@ -59,11 +59,9 @@ TEST_F(Program, RefusesAndPredicts) {
         {"force 025AE3000003 192.168.10.77", 4, "controlled by another application"},
         {"set 192.168.10.22 dhcp", 4, "does not support DHCP"},
         {"set 192.168.10.21 static 192.168.10.1", 4, "address of this computer"},
-        {"set 192.168.10.21 static 192.168.10.255", 4, "broadcast"},
         {"set 192.168.10.21 static 192.168.10.22", 4, "02:5A:E3:00:00:02"},
         {"set 192.168.10.21 static 10.0.0.5/8", 4, "outside the subnet"},
         {"force 192.168.10.21 127.0.0.1", 4, "loopback"},
-        {"set 192.168.10.21 static", 2, "needs an address"},
         {"set 192.168.10.21 static 192.168.10.21", 0, ""},
         {"set 192.168.10.21 dhcp --dry-run", 11, ""},
         {"force 192.168.10.21 192.168.10.77 --dry-run", 11, ""},
@@ -139,37 +137,29 @@ TEST_F(Program, SaysWhatIsNotConfirmed) {
     EXPECT_TRUE(lost.json["changes"][0]["after"].is_null());
 }
 
-TEST_F(Program, EndsAtASafePoint) {
-    start({cameraAt(1, "192.168.10.21/24", ",silence=3600000"), cameraAt(2, "192.168.10.22/24", ",reachable=no")});
-    const auto interrupt = [&](const std::string &arguments, std::chrono::milliseconds after, int signals) {
+TEST_F(Program, EndsAtASafePointOrAtOnce) {
+    start({cameraAt(1, "192.168.10.21/24", ",silence=3600000"), cameraAt(2, "192.168.10.22/24", ",reachable=no"),
+           cameraAt(3, "192.168.10.23/24", ",vendor-config=silent")}); // the vendor command waits for 3 s
+    const auto interrupt = [&](const std::string &arguments, int signal, std::initializer_list<int> waits_ms) {
         const pid_t process = begin(arguments);
-        for (int i = 0; i < signals; ++i) {
-            std::this_thread::sleep_for(after);
-            kill(process, SIGINT);
+        for (const int wait_ms : waits_ms) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(wait_ms));
+            kill(process, signal);
         }
         return end(process);
     };
-    using std::chrono::milliseconds;
-    const Finished searching = interrupt("doctor --json", milliseconds(300), 1);
+    const Finished searching = interrupt("doctor --json", SIGINT, {300});
     EXPECT_EQ(130, searching.exitCode) << searching.out;
     EXPECT_EQ(130, searching.json["error"]["code"]);
 
-    const Finished waiting = interrupt("set 192.168.10.21 static 192.168.10.31 --json", milliseconds(2500), 1);
+    const Finished waiting = interrupt("set 192.168.10.21 static 192.168.10.31 --json", SIGINT, {2500});
     EXPECT_EQ(130, waiting.exitCode) << waiting.out;
     EXPECT_THAT(waiting.error, HasSubstr("next safe point"));
     EXPECT_EQ("02:5A:E3:00:00:01", text(waiting.json["changes"][0]["camera"]));
-}
 
-TEST_F(Program, NamesTheCameraInHandWhenItIsStoppedAtOnce) {
-    start({cameraAt(1, "192.168.10.21/24", ",vendor-config=silent")}); // the vendor command waits for 3 s
-    const pid_t process = begin("set 192.168.10.21 static 192.168.10.31");
-    for (int i = 0; i < 2; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1200));
-        kill(process, SIGTERM);
-    }
-    const Finished stopped = end(process);
+    const Finished stopped = interrupt("set 192.168.10.23 static 192.168.10.33", SIGTERM, {2500, 500});
     EXPECT_EQ(130, stopped.exitCode);
-    EXPECT_THAT(stopped.error, HasSubstr("02:5A:E3:00:00:01"));
+    EXPECT_THAT(stopped.error, HasSubstr("02:5A:E3:00:00:03"));
 }
 
 TEST_F(Program, FinishesForAReaderThatIsGone) {

@@ -28,6 +28,25 @@ protected:
         ASSERT_EQ(cameras.size(), devices.size());
     }
     Corvo::CQuorelGigEDeviceInfo device(unsigned number) { return *commissioning::findByMac(devices, macOf(number)); }
+    /// To a mode, and a static one to addresses, from what is known of the camera.
+    commissioning::Change change(unsigned number, commissioning::Mode mode, const char *wanted = "192.168.10.51",
+                                 const char *mask = "255.255.255.0", const char *gateway = "0.0.0.0") {
+        const commissioning::Camera known = commissioning::cameraOf(device(number));
+        const commissioning::StoredAddresses stored = known.stored.value_or(commissioning::StoredAddresses());
+        const bool isStatic = mode == commissioning::Mode::Static;
+        commissioning::Change result;
+        result.device = device(number);
+        result.adapter = "nic0";
+        result.mode = mode;
+        result.address = address(wanted);
+        result.mask = address(mask);
+        result.gateway = address(gateway);
+        result.modeDiffers = mode != known.mode;
+        result.addressDiffers = isStatic && result.address != stored.address;
+        result.maskDiffers = isStatic && result.mask != stored.mask;
+        result.gatewayDiffers = isStatic && result.gateway != stored.gateway;
+        return result;
+    }
     static std::string macOf(unsigned number) { return "025AE300000" + std::to_string(number); }
     camsim::CameraStatus status(unsigned number = 1) { return site->cameras.status(testnet::camera(number).mac); }
     std::uint32_t reg(std::uint32_t address) { return site->cameras.readRegister(testnet::camera(1).mac, address); }

@@ -22,6 +22,13 @@ protected:
         request.text = "why";
         return forceAddress(context(), request, &forced);
     }
+    /// The reason that each question gave, where the last of the answers fails.
+    std::vector<std::string> reasonsOf(unsigned number, std::deque<const char *> given) {
+        reasons.clear();
+        answers = std::move(given);
+        EXPECT_FALSE(force(number));
+        return reasons;
+    }
     Address forced = 0;
 };
 
@@ -39,36 +46,24 @@ TEST_F(Forced, AFailureGivesItsReasonToTheNextQuestion) {
     start({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24")});
     const camsim::Holder other{{camsim::Ipv4::parse("192.168.10.200"), 5555}};
     site->cameras.setHolder(camera(1).mac, other);
-    answers = {"127.0.0.1", "192.168.10.77"};
-    EXPECT_FALSE(force());
     const std::string held = "The camera is controlled by another application: it may refuse a new address, or that "
                              "application loses the camera.";
-    EXPECT_THAT(reasons, ElementsAre("", "(rejected)", "", held));
+    EXPECT_THAT(reasonsOf(1, {"127.0.0.1", "192.168.10.77"}), ElementsAre("", "(rejected)", "", held));
     EXPECT_EQ("192.168.10.21", site->addressOf(1));
-
-    reasons.clear();
     devices = search(layer());
-    EXPECT_FALSE(force());
-    EXPECT_THAT(reasons, ElementsAre(held)); // said before anything is sent
+    EXPECT_THAT(reasonsOf(1, {}), ElementsAre(held)); // said before anything is sent
 
-    reasons.clear();
     site->cameras.setFaults(camera(2).mac, camsim::parseFaults("loss-to-camera=100,commands=forceip"));
-    answers = {"192.168.10.78"};
-    EXPECT_FALSE(force(2));
-    EXPECT_THAT(reasons, ElementsAre("", "The camera did not acknowledge and still has the address 192.168.10.22."));
-    reasons.clear();
+    EXPECT_THAT(reasonsOf(2, {"192.168.10.78"}),
+                ElementsAre("", "The camera did not acknowledge and still has the address 192.168.10.22."));
     site->cameras.removeCamera(camera(2).mac);
-    answers = {"192.168.10.78"};
-    EXPECT_FALSE(force(2));
-    EXPECT_THAT(reasons, ElementsAre("", "No camera with this MAC address answered."));
+    EXPECT_THAT(reasonsOf(2, {"192.168.10.78"}), ElementsAre("", "No camera with this MAC address answered."));
     EXPECT_THAT(reports, ElementsAre(StartsWith(ForceFailed), StartsWith(ForceFailed), StartsWith(ForceFailed)));
 
-    reasons.clear();
     site->cameras.addCamera(cameraAt(3, "192.168.10.23/24", ",applies=no"));
     devices = search(layer());
-    answers = {"192.168.10.79"};
-    EXPECT_FALSE(force(3));
-    EXPECT_THAT(reasons, ElementsAre("", "The camera acknowledged but still has the address 192.168.10.23."));
+    EXPECT_THAT(reasonsOf(3, {"192.168.10.79"}),
+                ElementsAre("", "The camera acknowledged but still has the address 192.168.10.23."));
     EXPECT_EQ("192.168.10.23", device(3).GetIpAddress());
 }
 

@@ -64,40 +64,35 @@ std::string textOf(const std::vector<Event> &events) {
     return text;
 }
 
+/// \param searches with the events that they make.
+void expectEvents(const char *what, const std::vector<std::pair<const char *, const char *>> &searches) {
+    Watcher watcher;
+    for (const auto &[search, events] : searches)
+        EXPECT_EQ(events, textOf(watcher.compare(inventoryOf(search)))) << what << ": " << search;
+}
+
 TEST(Watcher, TellsWhatHasHappenedAndNothingElse) {
-    const struct {
-        const char *what;
-        std::vector<std::pair<const char *, const char *>> searches; ///< and the events they make
-    } rows[] = {
-        {"the first search is no event", {{"A21 !in-use:A", ""}, {"A21 !in-use:A", ""}}},
-        {"a camera comes and goes", {{"", ""}, {"A21", "appeared A"}, {"", ""}, {"", "vanished A"}, {"", ""}}},
-        {"one lost answer", {{"A21 B22", ""}, {"B22", ""}, {"A21 B22", ""}, {"B22", ""}, {"A21 B22", ""}}},
-        {"a new address",
-         {{"A21", ""},
-          {"A22", "changed A address 192.168.10.21>192.168.10.22 stored 192.168.10.21/24>192.168.10.22/24"}}},
-        {"changed while it was missed",
-         {{"A21", ""},
-          {"", ""},
-          {"A22", "changed A address 192.168.10.21>192.168.10.22 stored 192.168.10.21/24>192.168.10.22/24"}}},
-        {"adapters in any order", {{"A21:n0+n1", ""}, {"A21:n1+n0", ""}}},
-        {"one lost answer of two", {{"A21:n0+n1", ""}, {"A21:n0", ""}, {"A21:n0+n1", ""}, {"A21:n1", ""}}},
-        {"unplugged from one",
-         {{"A21:n0+n1", ""}, {"A21:n0", ""}, {"A21:n0", "changed A adapters n0, n1>n0"}, {"A21:n0", ""}}},
-        {"moved to another", {{"A21:n0", ""}, {"A21:n1", "changed A adapters n0>n1"}}},
-        {"findings with numbers that move", {{"?filter:n0", ""}, {"?filter:n0", ""}, {"?filter:n0 ?filter:n0", ""}}},
-        {"a finding comes and goes",
-         {{"A21", ""}, {"A21 !in-use:A", "finding-came in-use"}, {"A21", ""}, {"A21", "finding-went in-use"}}},
-        {"of each its own",
-         {{"?x:n0", ""}, {"?x:n0 ?x:n1", "finding-came x"}, {"?x:n1", ""}, {"?x:n1", "finding-went x"}}},
-        {"silence is none while a camera is missed",
-         {{"A21", ""}, {"?no-answer:n0", ""}, {"?no-answer:n0", "vanished A; finding-came no-answer"}}},
-        {"two cameras with one MAC", {{"A21 !duplicate-mac:A", ""}, {"A22 !duplicate-mac:A", ""}, {"A21 A22", ""}}},
-    };
-    for (const auto &row : rows) {
-        Watcher watcher;
-        for (const auto &[search, events] : row.searches)
-            EXPECT_EQ(events, textOf(watcher.compare(inventoryOf(search)))) << row.what << ": " << search;
-    }
+    const char *const moved = "changed A address 192.168.10.21>192.168.10.22 stored 192.168.10.21/24>192.168.10.22/24";
+    expectEvents("the first search is no event", {{"A21 !in-use:A", ""}, {"A21 !in-use:A", ""}});
+    expectEvents("a camera comes and goes", {{"", ""}, {"A21", "appeared A"}, {"", ""}, {"", "vanished A"}, {"", ""}});
+    expectEvents("one lost answer", {{"A21 B22", ""}, {"B22", ""}, {"A21 B22", ""}, {"B22", ""}, {"A21 B22", ""}});
+    expectEvents("a new address", {{"A21", ""}, {"A22", moved}});
+    expectEvents("changed while it was missed", {{"A21", ""}, {"", ""}, {"A22", moved}});
+    expectEvents("adapters in any order", {{"A21:n0+n1", ""}, {"A21:n1+n0", ""}});
+    expectEvents("one lost answer of two", {{"A21:n0+n1", ""}, {"A21:n0", ""}, {"A21:n0+n1", ""}, {"A21:n1", ""}});
+    expectEvents("unplugged from one",
+                 {{"A21:n0+n1", ""}, {"A21:n0", ""}, {"A21:n0", "changed A adapters n0, n1>n0"}, {"A21:n0", ""}});
+    expectEvents("moved to another", {{"A21:n0", ""}, {"A21:n1", "changed A adapters n0>n1"}});
+    expectEvents("findings with numbers that move",
+                 {{"?filter:n0", ""}, {"?filter:n0", ""}, {"?filter:n0 ?filter:n0", ""}});
+    expectEvents("a finding comes and goes",
+                 {{"A21", ""}, {"A21 !in-use:A", "finding-came in-use"}, {"A21", ""}, {"A21", "finding-went in-use"}});
+    expectEvents("of each its own",
+                 {{"?x:n0", ""}, {"?x:n0 ?x:n1", "finding-came x"}, {"?x:n1", ""}, {"?x:n1", "finding-went x"}});
+    expectEvents("silence is none while a camera is missed",
+                 {{"A21", ""}, {"?no-answer:n0", ""}, {"?no-answer:n0", "vanished A; finding-came no-answer"}});
+    expectEvents("two cameras with one MAC",
+                 {{"A21 !duplicate-mac:A", ""}, {"A22 !duplicate-mac:A", ""}, {"A21 A22", ""}});
 }
 
 TEST(Watcher, TellsWhoLeavesThePlan) {

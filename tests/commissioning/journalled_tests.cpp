@@ -9,7 +9,6 @@
 #include "gxapi/GvcpMessages.h"
 
 #include <csignal>
-#include <filesystem>
 #include <sys/resource.h>
 
 using namespace commissioning;
@@ -25,17 +24,6 @@ protected:
         Context all = context();
         all.journal = &journal;
         return all;
-    }
-
-    Change change(unsigned number, const char *to) {
-        Change wanted;
-        wanted.device = device(number);
-        wanted.adapter = "nic0";
-        wanted.mode = Mode::Static;
-        wanted.address = address(to);
-        wanted.mask = address("255.255.255.0");
-        wanted.modeDiffers = wanted.addressDiffers = wanted.maskDiffers = true;
-        return wanted;
     }
 
     Result force(unsigned number, const char *to) {
@@ -75,7 +63,7 @@ protected:
     const TemporaryAddress there{macOf(3), address("192.168.10.73"), address("255.255.255.0"), 0};
     AddressSurroundings around;
     const std::vector<Operation> operations = {
-        {1, [this] { return configure(journalled(), change(1, "192.168.10.51")); }},
+        {1, [this] { return configure(journalled(), change(1, Mode::Static, "192.168.10.51")); }},
         {2,
          [this] {
              return rescue(journalled(), {device(2), "nic0", address("192.168.10.52"), address("255.255.255.0")},
@@ -112,9 +100,9 @@ TEST_F(Journalled, EachOperationHasOneEntryAndItsFate) {
 /// Somebody has changed it since it was found: what is journalled is what it really had.
 TEST_F(Journalled, TheStateBeforeIsReadAgain) {
     start(cameras);
-    ASSERT_TRUE(configure(context(), change(1, "192.168.10.51")).success);
-    const Change stale = change(1, "192.168.10.61");
-    ASSERT_TRUE(configure(context(), change(1, "192.168.10.55")).success);
+    ASSERT_TRUE(configure(context(), change(1, Mode::Static, "192.168.10.51")).success);
+    const Change stale = change(1, Mode::Static, "192.168.10.61");
+    ASSERT_TRUE(configure(context(), change(1, Mode::Static, "192.168.10.55")).success);
     EXPECT_TRUE(configure(journalled(), stale).success);
     EXPECT_THAT(entries(), ElementsAre("1 set done broadcast 192.168.10.55 192.168.10.61 192.168.10.61"));
 }
@@ -123,10 +111,10 @@ TEST_F(Journalled, FailuresAndTemporaryAddresses) {
     start({cameraAt(1, "172.16.0.9/16", ",vendor-config=error,xml=none"),
            cameraAt(2, "192.168.10.22/24", ",applies=no"), cameraAt(3, "192.168.10.23/24")});
     answers = {"192.168.10.77"};
-    EXPECT_TRUE(configure(journalled(), change(1, "192.168.10.51")).success);
+    EXPECT_TRUE(configure(journalled(), change(1, Mode::Static, "192.168.10.51")).success);
     EXPECT_FALSE(force(2, "192.168.10.78").success);
     onStep = [&](Step) { site->cameras.setFaults(camera(3).mac, camsim::parseFaults("silent-after=0")); };
-    EXPECT_FALSE(configure(journalled(), change(3, "192.168.10.53")).success);
+    EXPECT_FALSE(configure(journalled(), change(3, Mode::Static, "192.168.10.53")).success);
     EXPECT_THAT(entries(), ElementsAre("1 set done unicast 0.0.0.0 192.168.10.51 192.168.10.51",
                                        "1 temporary done force 0.0.0.0 192.168.10.77 192.168.10.77",
                                        "2 force failed force 192.168.10.22 192.168.10.78 192.168.10.22",

@@ -49,16 +49,14 @@ TEST(Netlink, VlanIsALinkOfItsOwnKind) {
     EXPECT_FALSE(readLink(message).has_value());
 }
 
-/// A ruleset with one chain of these rules.
+/// A ruleset with a chain "c" at a hook, and one that it may jump to.
 std::string chain(const std::string &hook, const std::string &policy, const std::string &rules,
                   const std::string &other = "") {
     const std::string base = R"("family":"inet","table":"f",)";
     return R"({"nftables":[{"metainfo":{}},{"chain":{)" + base + R"("name":"c","type":"filter","hook":")" + hook +
-           R"(","policy":")" + policy + R"("}},{"rule":{)" + base + R"("chain":"c","expr":[)" + rules + "]}}" +
-           (other.empty() ? ""
-                          : R"(,{"chain":{)" + base + R"("name":"o"}},{"rule":{)" + base + R"("chain":"o","expr":[)" +
-                                other + "]}}") +
-           "]}";
+           R"(","policy":")" + policy + R"("}},{"rule":{)" + base + R"("chain":"c","expr":[)" + rules +
+           R"(]}},{"chain":{)" + base + R"("name":"o"}},{"rule":{)" + base + R"("chain":"o","expr":[)" + other +
+           "]}}]}";
 }
 
 std::string match(const std::string &left, const std::string &right, const std::string &op = "==") {

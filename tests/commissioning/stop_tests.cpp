@@ -58,32 +58,11 @@ TEST_F(Stopped, SearchesEndSoonAtAnyMoment) {
 
 TEST_F(Operations, TwoChangesAtOnceDoNotMeet) {
     start({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24", ",vendor-config=not-implemented")});
-    struct Silent : Interaction {
-        std::shared_ptr<void> begin(Step) override { return nullptr; }
-        void pause(std::chrono::milliseconds time) override { std::this_thread::sleep_for(time); }
-        std::optional<TemporaryAddress> askTemporaryAddress(const AddressQuestion &) override { return std::nullopt; }
-        void rejectTemporaryAddress() override {}
-        void accessDenied() override {}
-        void updated(const std::string &, std::optional<Address>) override {}
-        void failure(const char *, const std::exception_ptr &, const char *) override {}
-    };
     const auto move = [&](unsigned number, const char *ip) {
         Corvo::DeviceInfoList known = devices;
         Connection own;
-        Silent silent;
-        Change change;
-        change.device = *findByMac(known, macOf(number));
-        change.mode = Mode::Static;
-        change.address = address(ip);
-        change.mask = address("255.255.255.0");
-        change.addressDiffers = true;
-        return configure({layer(),
-                          known,
-                          own,
-                          silent,
-                          Tracer(tracelog::LogGetCatID("Lanvane.Base")),
-                          {10, std::chrono::milliseconds(100), 3}},
-                         change);
+        const Context alone{layer(), known, own, *this, context().trace, {10, std::chrono::milliseconds(100), 3}};
+        return configure(alone, change(number, Mode::Static, ip));
     };
     layer(); // made before there are two threads
     Result second;

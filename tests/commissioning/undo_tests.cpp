@@ -38,6 +38,7 @@ struct Change {
 
 JournalEntry entryOf(const Change &change) {
     JournalEntry entry;
+    entry.time = "t";
     entry.id = change.id;
     entry.plan = change.plan;
     entry.undoes = change.undoes;
@@ -54,13 +55,13 @@ JournalEntry entryOf(const Change &change) {
     return entry;
 }
 
-/// "1 5 192.168.10.21 name;" for each camera: what the plan sets. Then "!" and problems, "?" and losses.
+/// "1 w5 .21 nleft; " for each camera: what the plan sets. Then "!" and problems, "?" and losses.
 std::string shown(const Undo &undo) {
     std::string text;
-    for (const PlanEntry &entry : undo.plan.entries) {
+    for (const PlanEntry &entry : undo.plan.entries)
         text += entry.camera.substr(16) + (entry.word ? " w" + std::to_string(*entry.word) : "") +
-                (entry.address ? " " + toText(*entry.address) : "") + (entry.name ? " n" + *entry.name : "") + "; ";
-    }
+                (entry.address ? " ." + std::to_string(*entry.address - Base) : "") +
+                (entry.name ? " n" + *entry.name : "") + "; ";
     for (const PlanProblem &problem : undo.plan.problems)
         text += "! " + problem.text;
     for (const UndoLoss &loss : undo.losses)
@@ -68,177 +69,77 @@ std::string shown(const Undo &undo) {
     return text;
 }
 
-TEST(UndoOf, RestoresWhatWasBefore) {
-    const State left{Static, 21, "left"}, moved{Static, 31, "left"}, again{Static, 41, "left"}, dhcp{Dhcp, 21, ""};
-    const Change plain{"a", "", "set", 1, left, moved};
-    const struct {
-        const char *name;
-        std::vector<Change> changes;
-        const char *id;
-        std::vector<State> now; ///< of cameras 1, 2, ...
-        const char *undo, *forced;
-    } rows[] = {
-        {"plain", {plain}, "a", {moved}, "1 192.168.10.21; ", nullptr},
-        {"as it was",
-         {plain},
-         "a",
-         {left},
-         "1; ! 02:5A:E3:00:00:01: It is no longer as the change of t left it: "
-         "stored addresses.",
-         "1; ? It is no longer as the change of t left it: stored addresses."},
-        {"twice", {plain, {"b", "", "set", 1, moved, again}}, "b", {again}, "1 192.168.10.31; ", nullptr},
-        {"changed since",
-         {plain, {"b", "", "name", 1, moved, {Static, 31, "x"}}},
-         "a",
-         {{Static, 31, "x"}},
-         "1 192.168.10.21 nleft; ! 02:5A:E3:00:00:01: It is no longer as the change of t left it: name.",
-         "1 192.168.10.21 nleft; ? It is no longer as the change of t left it: name."},
-        {"undone", {plain, {"b", "q", "undo", 1, moved, left, Fate::Done, "a"}}, "a", {left}, "", nullptr},
-        {"an undo that failed",
-         {plain, {"b", "q", "undo", 1, moved, moved, Fate::Failed, "a"}},
-         "a",
-         {moved},
-         "1 192.168.10.21; ",
-         nullptr},
-        {"the undo undone",
-         {plain,
-          {"b", "q", "undo", 1, moved, left, Fate::Done, "a"},
-          {"c", "r", "undo", 1, left, moved, Fate::Done, "q"}},
-         "a",
-         {moved},
-         "1 192.168.10.21; ",
-         nullptr},
-        {"undo of an undo",
-         {plain, {"b", "q", "undo", 1, moved, left, Fate::Done, "a"}},
-         "q",
-         {left},
-         "1 192.168.10.31; ",
-         nullptr},
-        {"rolled back",
-         {{"a", "p", "plan", 1, left, moved, Fate::RolledBack}, {"b", "p", "rollback", 1, moved, left}},
-         "p",
-         {left},
-         "",
-         nullptr},
-        {"died half-way",
-         {{"a", "p", "plan", 1, dhcp, {Static, 31, "x"}, Fate::Open}},
-         "p",
-         {{Static, 21, ""}},
-         "1 w6; ",
-         nullptr},
-        {"swap",
-         {{"a", "p", "plan", 1, left, moved}, {"b", "p", "plan", 2, moved, left}},
-         "p",
-         {moved, left},
-         "1 192.168.10.21; 2 192.168.10.31; ",
-         nullptr},
-        {"twice in a plan",
-         {{"a", "p", "plan", 1, left, moved}, {"b", "p", "plan", 1, moved, again}},
-         "p",
-         {again},
-         "1 192.168.10.21; ",
-         nullptr},
-        {"a temporary address",
-         {{"a", "p", "temporary", 1, left, again}, {"b", "p", "plan", 1, left, moved}},
-         "p",
-         {moved},
-         "1 192.168.10.21; ",
-         nullptr},
-        {"one forced", {{"a", "", "force", 1, left, left}}, "a", {left}, "", nullptr},
-        {"of a mode whose address cannot be read",
-         {{"a", "", "set", 1, {Static, -1, ""}, {Dhcp, -1, ""}}},
-         "a",
-         {{Dhcp, -1, ""}},
-         "1 w5 192.168.10.99; ! 02:5A:E3:00:00:01: What it had stored as its static address is not known: it gets the "
-         "one it had then.",
-         "1 w5 192.168.10.99; ? What it had stored as its static address is not known: it gets the one it had then."},
-        {"DHCP keeps old addresses",
-         {{"a", "", "set", 1, dhcp, {Static, 31, ""}}},
-         "a",
-         {{Static, 31, ""}},
-         "1 w6 192.168.10.21; ",
-         nullptr},
-        {"DHCP without",
-         {{"a", "", "set", 1, {Dhcp, 0, ""}, {Static, 31, ""}}},
-         "a",
-         {{Static, 31, ""}},
-         "1 w6; ? It had no static address stored, and none cannot be written: it keeps the new "
-         "one.",
-         nullptr},
-        {"DHCP, unread",
-         {{"a", "", "set", 1, {Dhcp, -1, ""}, {Static, 31, ""}}},
-         "a",
-         {{Static, 31, ""}},
-         "1 w6; ? What it had stored as its static address is not known: it keeps the new one.",
-         nullptr},
-        {"static, unread",
-         {{"a", "", "set", 1, {Static, -1, ""}, {Static, 31, ""}}},
-         "a",
-         {{Static, 31, ""}},
-         "1 192.168.10.99; ! 02:5A:E3:00:00:01: What it had stored as its static address is not known: it gets the "
-         "one it had then.",
-         nullptr},
-        {"only the name",
-         {{"a", "", "name", 1, {Static, -1, "x"}, {Static, -1, "y"}}},
-         "a",
-         {{Static, 21, "y"}},
-         "1 nx; ",
-         nullptr},
-        {"static and DHCP",
-         {{"a", "", "set", 1, {7, 21, ""}, {Static, 31, ""}}},
-         "a",
-         {{Static, 31, ""}},
-         "1 w7 192.168.10.21; ",
-         nullptr},
-        {"no link-local",
-         {{"a", "", "set", 1, {2, 21, ""}, {Static, 21, ""}}},
-         "a",
-         {{Static, 21, ""}},
-         "1 w6; ! 02:5A:E3:00:00:01: It was set to use no link-local address, which cannot be restored.",
-         nullptr},
-        {"pauses of another kind stay",
-         {{"a", "", "set", 1, {Dhcp, 21, ""}, {Static, 21, ""}}},
-         "a",
-         {{0x80000005, 21, ""}},
-         "1 w2147483654; ",
-         nullptr},
-        {"an unreadable name",
-         {{"a", "", "name", 1, {Static, 21, "\uFFFD"}, {Static, 21, "y"}}},
-         "a",
-         {{Static, 21, "y"}},
-         "1; ! 02:5A:E3:00:00:01: Its old name had bytes that are no UTF-8: it cannot be "
-         "restored.",
-         nullptr},
-        {"gone",
-         {plain},
-         "a",
-         {},
-         "! 02:5A:E3:00:00:01: There is no such camera now.",
-         "? There is no such camera now."},
-        {"unknown", {plain}, "z", {moved}, "! The journal has no change and no plan 'z'.", nullptr},
-    };
-    for (const auto &row : rows) {
-        std::vector<JournalEntry> entries;
-        for (const Change &change : row.changes)
-            entries.push_back(entryOf(change));
-        for (JournalEntry &entry : entries)
-            entry.time = "t";
-        Inventory inventory;
-        for (const State &now : row.now) {
-            const Snapshot has = snapshot(now);
-            Camera camera;
-            camera.mac = macOf(static_cast<int>(inventory.cameras.size()) + 1);
-            camera.word = now.word;
-            camera.address = has.current.address;
-            camera.stored = has.stored;
-            camera.name = now.name;
-            inventory.cameras.push_back(camera);
-        }
-        EXPECT_EQ(row.undo, shown(undoOf(row.id, entries, inventory, false))) << row.name;
-        if (row.forced) {
-            EXPECT_EQ(row.forced, shown(undoOf(row.id, entries, inventory, true))) << row.name;
-        }
+/// Of changes, by an id, where cameras 1, 2, ... have this. \param forced where it is tried, too.
+void expectUndo(const char *name, const std::vector<Change> &changes, const char *id, const std::vector<State> &has,
+                const std::string &undo, const std::string &forced = "") {
+    std::vector<JournalEntry> entries;
+    for (const Change &change : changes)
+        entries.push_back(entryOf(change));
+    Inventory inventory;
+    for (const State &now : has) {
+        const Snapshot known = snapshot(now);
+        Camera camera;
+        camera.mac = macOf(static_cast<int>(inventory.cameras.size()) + 1);
+        camera.word = now.word;
+        camera.address = known.current.address;
+        camera.stored = known.stored;
+        camera.name = now.name;
+        inventory.cameras.push_back(camera);
     }
+    EXPECT_EQ(undo, shown(undoOf(id, entries, inventory, false))) << name;
+    if (!forced.empty()) {
+        EXPECT_EQ(forced, shown(undoOf(id, entries, inventory, true))) << name;
+    }
+}
+
+TEST(UndoOf, RestoresWhatWasBefore) {
+    const std::string problem = "! 02:5A:E3:00:00:01: ";
+    const std::string altered = "It is no longer as the change of t left it: ";
+    const std::string unknown = "What it had stored as its static address is not known: ";
+    const std::string then = unknown + "it gets the one it had then.";
+    const State left{Static, 21, "left"}, moved{Static, 31, "left"}, again{Static, 41, "left"};
+    const State dhcp{Dhcp, 21, ""}, renamed{Static, 31, "x"}, plain{Static, 31, ""}, home{Static, 21, ""};
+    const State unread{Static, -1, ""}, unreadDhcp{Dhcp, -1, ""}, named{Static, 21, "y"};
+    const Change set{"a", "", "set", 1, left, moved};
+    const Change planned{"a", "p", "plan", 1, left, moved};
+    const Change undo{"b", "q", "undo", 1, moved, left, Fate::Done, "a"};
+    expectUndo("as it was", {set}, "a", {left}, "1; " + problem + altered + "stored addresses.",
+               "1; ? " + altered + "stored addresses.");
+    expectUndo("twice", {set, {"b", "", "set", 1, moved, again}}, "b", {again}, "1 .31; ");
+    expectUndo("changed since", {set, {"b", "", "name", 1, moved, renamed}}, "a", {renamed},
+               "1 .21 nleft; " + problem + altered + "name.", "1 .21 nleft; ? " + altered + "name.");
+    expectUndo("undone", {set, undo}, "a", {left}, "");
+    expectUndo("an undo that failed", {set, {"b", "q", "undo", 1, moved, moved, Fate::Failed, "a"}}, "a", {moved},
+               "1 .21; ");
+    expectUndo("the undo undone", {set, undo, {"c", "r", "undo", 1, left, moved, Fate::Done, "q"}}, "a", {moved},
+               "1 .21; ");
+    expectUndo("undo of an undo", {set, undo}, "q", {left}, "1 .31; ");
+    expectUndo("rolled back",
+               {{"a", "p", "plan", 1, left, moved, Fate::RolledBack}, {"b", "p", "rollback", 1, moved, left}}, "p",
+               {left}, "");
+    expectUndo("died half-way", {{"a", "p", "plan", 1, dhcp, renamed, Fate::Open}}, "p", {home}, "1 w6; ");
+    expectUndo("swap", {planned, {"b", "p", "plan", 2, moved, left}}, "p", {moved, left}, "1 .21; 2 .31; ");
+    expectUndo("twice in a plan", {planned, {"b", "p", "plan", 1, moved, again}}, "p", {again}, "1 .21; ");
+    expectUndo("a temporary address", {{"b", "p", "temporary", 1, left, again}, planned}, "p", {moved}, "1 .21; ");
+    expectUndo("one forced", {{"a", "", "force", 1, left, left}}, "a", {left}, "");
+    expectUndo("a mode whose address is unread", {{"a", "", "set", 1, unread, unreadDhcp}}, "a", {unreadDhcp},
+               "1 w5 .99; " + problem + then, "1 w5 .99; ? " + then);
+    expectUndo("DHCP keeps old addresses", {{"a", "", "set", 1, dhcp, plain}}, "a", {plain}, "1 w6 .21; ");
+    expectUndo("DHCP without", {{"a", "", "set", 1, {Dhcp, 0, ""}, plain}}, "a", {plain},
+               "1 w6; ? It had no static address stored, and none cannot be written: it keeps the new one.");
+    expectUndo("DHCP, unread", {{"a", "", "set", 1, unreadDhcp, plain}}, "a", {plain},
+               "1 w6; ? " + unknown + "it keeps the new one.");
+    expectUndo("static, unread", {{"a", "", "set", 1, unread, plain}}, "a", {plain}, "1 .99; " + problem + then);
+    expectUndo("only the name", {{"a", "", "name", 1, {Static, -1, "x"}, {Static, -1, "y"}}}, "a", {named}, "1 nx; ");
+    expectUndo("static and DHCP", {{"a", "", "set", 1, {7, 21, ""}, plain}}, "a", {plain}, "1 w7 .21; ");
+    expectUndo("no link-local", {{"a", "", "set", 1, {2, 21, ""}, home}}, "a", {home},
+               "1 w6; " + problem + "It was set to use no link-local address, which cannot be restored.");
+    expectUndo("pauses of another kind stay", {{"a", "", "set", 1, dhcp, home}}, "a", {{0x80000005, 21, ""}},
+               "1 w2147483654; ");
+    expectUndo("an unreadable name", {{"a", "", "name", 1, {Static, 21, "\uFFFD"}, named}}, "a", {named},
+               "1; " + problem + "Its old name had bytes that are no UTF-8: it cannot be restored.");
+    expectUndo("gone", {set}, "a", {}, problem + "There is no such camera now.", "? There is no such camera now.");
+    expectUndo("unknown", {set}, "z", {moved}, "! The journal has no change and no plan 'z'.");
 }
 
 TEST(UndoOf, FindsTheLastChange) {

@@ -115,4 +115,31 @@ TEST(GenApiNodes, LongChainsAndWideFormulasEndInAnException) {
     EXPECT_THROW(CIntegerPtr(camera["D50"])->GetValue(false, true), GenICam::RuntimeException);
 }
 
+TEST(GenApiNodes, OfALargeCameraEvaluateAndOneLockReachesAThousand) {
+    RecordingPort port;
+    CNodeMapRef map;
+    map._LoadXMLFromFile(LARGE_CAMERA_XML);
+    ASSERT_TRUE(map._Connect(&port));
+    NodeList_t nodes;
+    map._GetNodes(nodes);
+    EXPECT_GE(nodes.size(), 3000u);
+    for (INode *const node : nodes) {
+        EXPECT_TRUE(IsReadable(node)) << node->GetName();
+        if (const CValuePtr value = node) {
+            EXPECT_NO_THROW(value->ToString()) << node->GetName();
+        }
+    }
+    INode *const lock = map._GetNode("TLParamsLocked");
+    NodeList_t dependents;
+    lock->GetChildren(dependents, ctDependingNodes);
+    EXPECT_GE(dependents.size(), 1000u);
+    std::size_t calls = 0;
+    for (INode *const node : dependents)
+        Register(node, [&calls](INode *) { ++calls; });
+    EXPECT_EQ(map._GetNode("Width000")->GetAccessMode(), RW);
+    CIntegerPtr(lock)->SetValue(1);
+    EXPECT_EQ(calls, dependents.size());
+    EXPECT_EQ(map._GetNode("Width000")->GetAccessMode(), RO);
+}
+
 } // namespace

@@ -20,14 +20,9 @@ inline EAccessMode ModeNamed(const std::string &text) {
     return _UndefinedAccesMode;
 }
 
-inline std::string LimitOf(INode *node, const std::string &which) {
-    if (const CIntegerPtr integer = node)
-        return std::to_string(which == "min"   ? integer->GetMin()
-                              : which == "max" ? integer->GetMax()
-                                               : integer->GetInc());
-    const CFloatPtr real = node;
+template <class Number> std::string LimitOf(const Number &number, const std::string &which) {
     std::ostringstream text;
-    text << (which == "min" ? real->GetMin() : which == "max" ? real->GetMax() : real->GetInc());
+    text << (which == "min" ? number->GetMin() : which == "max" ? number->GetMax() : number->GetInc());
     return text.str();
 }
 
@@ -36,7 +31,7 @@ inline std::string AskNode(INode *node, const std::string &what) {
     if (what == "access")
         return AccessModeText(node->GetAccessMode());
     if (what == "min" || what == "max" || what == "inc")
-        return LimitOf(node, what);
+        return CIntegerPtr(node) ? LimitOf(CIntegerPtr(node), what) : LimitOf(CFloatPtr(node), what);
     if (what == "selected")
         CSelectorPtr(node)->GetSelectedFeatures(list);
     else if (what == "selecting")
@@ -44,7 +39,7 @@ inline std::string AskNode(INode *node, const std::string &what) {
     else if (what == "features")
         CCategoryPtr(node)->GetFeatures(list);
     else if (what == "length")
-        return std::to_string(CStringPtr(node) ? CStringPtr(node)->GetMaxLength() : CRegisterPtr(node)->GetLength());
+        return std::to_string(CStringPtr(node)->GetMaxLength());
     else if (what == "address")
         return std::to_string(CRegisterPtr(node)->GetAddress());
     else if (what == "done")

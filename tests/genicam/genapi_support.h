@@ -2,7 +2,7 @@
 
 #include <GenApi/GenApi.h>
 
-#include <cstdio>
+#include <iomanip>
 #include <map>
 #include <sstream>
 #include <string>
@@ -20,25 +20,19 @@ class RecordingPort : public GenApi::CPortImpl {
 public:
     GenApi::EAccessMode GetAccessMode() const override { return mode; }
     void Read(void *buffer, int64_t address, int64_t length) override {
-        char text[64];
-        std::snprintf(text, sizeof text, "r%llx:%lld ", static_cast<unsigned long long>(address),
-                      static_cast<long long>(length));
-        log += text;
+        log << 'r' << std::hex << address << ':' << std::dec << length << ' ';
         for (int64_t i = 0; i < length; ++i)
             static_cast<uint8_t *>(buffer)[i] = bytes[address + i];
     }
     void Write(const void *buffer, int64_t address, int64_t length) override {
         if (failsWrites)
             throw RUNTIME_EXCEPTION("The device does not answer");
-        char text[64];
-        std::snprintf(text, sizeof text, "w%llx:", static_cast<unsigned long long>(address));
-        log += text;
+        log << 'w' << std::hex << address << ':' << std::setfill('0');
         for (int64_t i = 0; i < length; ++i) {
             bytes[address + i] = static_cast<const uint8_t *>(buffer)[i];
-            std::snprintf(text, sizeof text, "%02x", bytes[address + i]);
-            log += text;
+            log << std::setw(2) << unsigned{bytes[address + i]};
         }
-        log += ' ';
+        log << ' ';
     }
     /// Bytes in hexadecimal.
     void Fill(int64_t address, const std::string &hex) {
@@ -46,15 +40,15 @@ public:
             bytes[address++] = static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16));
     }
     std::string TakeLog() {
-        std::string taken;
-        taken.swap(log);
+        const std::string taken = log.str();
+        log.str("");
         return taken.substr(0, taken.find_last_not_of(' ') + 1);
     }
 
     GenApi::EAccessMode mode = GenApi::RW;
     bool failsWrites = false;
     std::map<int64_t, uint8_t> bytes;
-    std::string log;
+    std::ostringstream log;
 };
 
 inline std::string Document(const std::string &nodes) {
@@ -63,11 +57,13 @@ inline std::string Document(const std::string &nodes) {
            nodes + "<Port Name=\"Device\"/></RegisterDescription>";
 }
 
-/// A node map over a recording port.
+/// A node map over a recording port. Where the nodes have no "R" or "S", these are registers of one byte at 0 and 1.
 class Camera {
 public:
     explicit Camera(const std::string &nodes) : map("Device") {
-        map._LoadXMLFromString(Document(nodes));
+        map._LoadXMLFromString(Document(nodes +
+                                        "<IntReg Name='R'><Address>0</Address><Length>1</Length>" REG "</IntReg>"
+                                        "<IntReg Name='S'><Address>1</Address><Length>1</Length>" REG "</IntReg>"));
         map._Connect(&port);
         if (map._GetNode("Swapping") != nullptr)
             map._Connect(&port, "Swapping");

@@ -12,22 +12,17 @@ TEXT = "Sets this parameter."
 class Writer:
     def __init__(self):
         self.lines = []
-        self.nodes = 0
         self.address = 0x10000
         self.features = []
 
     def node(self, kind, name, *elements, feature=False, lock=False):
-        self.nodes += 1
-        lines = [f'  <{kind} Name="{name}" NameSpace="Custom">']
-        lines.append(f"    <ToolTip>{name}: {TEXT}</ToolTip>")
-        lines.append(f"    <Description>{name}: {TEXT}</Description>")
-        lines.append(f"    <DisplayName>{name}</DisplayName>")
-        lines.append("    <Visibility>Expert</Visibility>")
+        texts = [f"<ToolTip>{name}: {TEXT}</ToolTip>", f"<Description>{name}: {TEXT}</Description>",
+                 f"<DisplayName>{name}</DisplayName>", "<Visibility>Expert</Visibility>"]
         if lock:
-            lines.append("    <pIsLocked>TLParamsLocked</pIsLocked>")
-        lines.extend(f"    {element}" for element in elements)
-        lines.append(f"  </{kind}>")
-        self.lines.extend(lines)
+            texts.append("<pIsLocked>TLParamsLocked</pIsLocked>")
+        self.lines.append(f'  <{kind} Name="{name}" NameSpace="Custom">')
+        self.lines.extend(f"    {element}" for element in (*texts, *elements))
+        self.lines.append(f"  </{kind}>")
         if feature:
             self.features.append(name)
 
@@ -68,7 +63,6 @@ class Writer:
                           f'<StructEntry Name="FlagHigh{n}"><Bit>0</Bit></StructEntry>'
                           f'<StructEntry Name="FlagLow{n}"><LSB>31</LSB><MSB>24</MSB></StructEntry></StructReg>')
         self.address += 4
-        self.nodes += 2
         self.node("Command", f"Start{n}", f"<pValue>FlagLow{n}</pValue>", "<CommandValue>1</CommandValue>", feature=True)
         self.register("StringReg", f"NameReg{n}", 16)
         self.node("String", f"Name{n}", f"<pValue>NameReg{n}</pValue>", feature=True)
