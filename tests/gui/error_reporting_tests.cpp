@@ -31,9 +31,7 @@ protected:
                                 const QString &source, const QString &funcContext, QWidget *parent) {
                              EXPECT_EQ(QThread::currentThread(), qApp->thread());
                              m_emitted += QStringList({QString::number(severity), text, addlText, source, funcContext,
-                                                       parent == &m_widget ? "widget"
-                                                       : parent            ? "other"
-                                                                           : "null"})
+                                                       parent ? "widget" : "null"})
                                               .join('|');
                          });
     }

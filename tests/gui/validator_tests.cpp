@@ -1,6 +1,8 @@
+#include "Lanvane/AddressText.h"
 #include "Lanvane/QIpAddressWithNetmaskValidator.h"
 #include "Lanvane/QIpNetmaskValidator.h"
 #include "Lanvane/QMacAddressValidator.h"
+#include "Lanvane/ipaddresswidget.h"
 #include "QtText.h"
 
 #include <QLineEdit>
@@ -21,34 +23,27 @@ void expectState(const QValidator &validator, QValidator::State state, Texts tex
     }
 }
 
-using Validator = QIpAddressWithNetmaskValidator;
-using Flag = void (Validator::*)(bool);
-
-constexpr Flag Null = &Validator::setAllowNullAddress;
-constexpr Flag Loopback = &Validator::setAllowLoopbackAddress;
-constexpr Flag Broadcast = &Validator::setAllowBroadcastAddress;
-constexpr Flag Multicast = &Validator::setAllowMulticastAddress;
-constexpr Flag Experimental = &Validator::setAllowExperimentalPurposeAddress;
-
-/// The flag alone makes the addresses acceptable, and all others together do not.
-void expectAllowedBy(Flag flag, const char *mask, Texts addresses) {
+/// By which of the flags, each set alone, an address becomes acceptable.
+QString flagsFor(const QString &mask, const QString &address) {
+    using Validator = QIpAddressWithNetmaskValidator;
+    const std::pair<const char *, void (Validator::*)(bool)> flags[] = {
+        {"null", &Validator::setAllowNullAddress},
+        {"loopback", &Validator::setAllowLoopbackAddress},
+        {"broadcast", &Validator::setAllowBroadcastAddress},
+        {"multicast", &Validator::setAllowMulticastAddress},
+        {"experimental", &Validator::setAllowExperimentalPurposeAddress},
+    };
     const QLineEdit maskEdit(mask);
-    Validator validator(&maskEdit);
-    for (const bool allow : {true, false}) {
-        for (const Flag each : {Null, Loopback, Broadcast, Multicast, Experimental})
-            (validator.*each)((each == flag) == allow);
-        expectState(validator, allow ? Acceptable : Intermediate, addresses);
+    QStringList names;
+    for (const auto &[name, allow] : flags) {
+        Validator validator(&maskEdit);
+        (validator.*allow)(true);
+        QString text = address;
+        int pos = 0;
+        if (validator.validate(text, pos) == Acceptable)
+            names << name;
     }
-}
-
-/// No flag matters for these.
-void expectAlways(QValidator::State state, const char *mask, Texts addresses) {
-    const QLineEdit maskEdit(mask);
-    Validator validator(&maskEdit);
-    expectState(validator, state, addresses);
-    for (const Flag flag : {Null, Loopback, Broadcast, Multicast, Experimental})
-        (validator.*flag)(true);
-    expectState(validator, state, addresses);
+    return names.size() == 5 ? "any" : names.join(' ');
 }
 
 } // namespace
@@ -86,16 +81,17 @@ TEST(Validators, TurnPrefixLengthsIntoMasks) {
 }
 
 TEST(Validators, JudgeAddressesWithNetmask) {
-    expectAllowedBy(Broadcast, "255.255.255.0", {"192.168.1.255"});
-    expectAllowedBy(Broadcast, "/23", {"192.168.1.255", "10.0.1.255"});
-    expectAllowedBy(Null, "", {"0.0.0.0", ""});
-    expectAllowedBy(Loopback, "", {"127.0.0.1", "127.255.255.255"});
-    expectAllowedBy(Multicast, "255.0.0.0", {"224.0.0.0", "239.255.255.255"});
-    expectAllowedBy(Experimental, "255.255.255.0", {"240.0.0.0", "255.255.255.255"});
-    expectAlways(Acceptable, "255.255.0.0", {"192.168.1.255", "192.168.1.0", "128.0.0.1"});
-    expectAlways(Acceptable, "255.255.255.255", {"192.168.1.0", "223.255.255.255"}); // no usable mask, nothing to judge
-    expectAlways(Intermediate, "255.255.255.0", {"192.168.1.0", "192.168.1.", "0.0.0.1"});
-    expectAlways(Invalid, "", {"1.2.3.256"});
+    // mask|address
+    expectRewrites({"255.255.255.0|192.168.1.255 -> broadcast", "/23|10.0.1.255 -> broadcast", "|0.0.0.0 -> null",
+                    "| -> null", "|127.0.0.1 -> loopback", "|127.255.255.255 -> loopback",
+                    "255.0.0.0|224.0.0.0 -> multicast", "|239.255.255.255 -> multicast",
+                    "255.255.255.0|240.0.0.0 -> experimental", "|255.255.255.255 -> experimental",
+                    "255.255.0.0|192.168.1.255 -> any", "255.255.0.0|192.168.1.0 -> any", "|128.0.0.1 -> any",
+                    "255.255.255.255|192.168.1.0 -> any", // no usable mask, nothing to judge
+                    "|223.255.255.255 -> any", "/24|192.168.1.0 -> ", "/24|192.168.1. -> ", "/24|0.0.0.1 -> "},
+                   [](const QString &line) { return flagsFor(line.section('|', 0, 0), line.section('|', 1)); });
+    expectState(QIpAddressWithNetmaskValidator(nullptr), Intermediate, {"192.168.1.", "0.0.0.1", "127.0.0.1"});
+    expectState(QIpAddressWithNetmaskValidator(nullptr), Invalid, {"1.2.3.256"});
 
     auto mask = std::make_unique<QLineEdit>("255.255.255.0");
     const QIpAddressWithNetmaskValidator survivor(mask.get());
@@ -116,4 +112,23 @@ TEST(Validators, JudgeMacAddresses) {
     validator.setAllowedSeperators(".");
     expectState(validator, Acceptable, {"025A.E31A.2B3C"});
     expectState(validator, Invalid, {"02-5A"});
+}
+
+TEST(AddressText, CleansAddresses) {
+    expectRewrites({" -> 0.0.0.0", " \t -> 0.0.0.0", " 192.168.001.010  -> 192.168.1.10", "001.2.3.4 -> 01.2.3.4",
+                    "10.100.200.000 -> 10.100.200.0"},
+                   [](QString text) {
+                       fixupIpAddress(text);
+                       return text;
+                   });
+    QString mac = QString::fromUtf8(" 02-5A-E3:1a-2b-3cGé\u0663");
+    fixupMacAddress(mac);
+    EXPECT_EQ(mac, "025AE31a2b3c");
+}
+
+TEST(AddressText, SuggestsTheMaskOfTheClass) {
+    expectRewrites({"0.0.1.0 -> 255.0.0.0", "127.255.255.255 -> 255.0.0.0", "128.0.0.0 -> 255.255.0.0",
+                    "191.255.255.255 -> 255.255.0.0", "192.168.000.001 -> 255.255.255.0",
+                    "223.255.255.255 -> 255.255.255.0", "224.0.0.0 -> ", "10.1 -> ", "::1 -> "},
+                   [](const QString &text) { return IpAddressWidget::subnetFromAddress(text).toString(); });
 }

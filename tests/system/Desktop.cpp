@@ -2,6 +2,7 @@
 
 #include "CorvoQtBase/AsyncErrorQueue.h"
 
+#include <QAction>
 #include <QContextMenuEvent>
 #include <QDialogButtonBox>
 #include <QLabel>
@@ -57,7 +58,7 @@ void Desktop::open(const Cameras &onNic0, const Cameras &onNic1) {
 
 void Desktop::openWindow() {
     m_Window = std::make_unique<MainWnd>();
-    the<IpConfigurationWidget>("IpConfigurationWidget").setRediscoveryPatience({6, std::chrono::milliseconds(100)});
+    content().setRediscoveryPatience({6, std::chrono::milliseconds(100)});
     window().show();
     const QString before = info(); // the window comes first, then the search
     EXPECT_EQ("<p>No devices found!</p>Click <b>Refresh</b> or press <b>F5</b> to search for devices.", before);
@@ -68,6 +69,13 @@ void Desktop::openWindow() {
 QString Desktop::info() const { return the<QLabel>("selectionInfo").text(); }
 
 QString Desktop::text(const char *field) const { return the<QLineEdit>(field).text(); }
+
+QStringList Desktop::rows() const {
+    QStringList names;
+    for (QTreeWidgetItemIterator i(&tree()); *i; ++i)
+        names << (*i)->text((*i)->parent() ? Serial : Name);
+    return names;
+}
 
 QTreeWidgetItem *Desktop::row(unsigned camera) const {
     return tree().findItems(QString::number(camera), Qt::MatchExactly | Qt::MatchRecursive, Serial).value(0);
@@ -100,11 +108,21 @@ void Desktop::type(QWidget &field, const QString &text) {
     QTest::keyClicks(&field, text);
 }
 
+void Desktop::save(const QString &address) {
+    type("editIpAddress", address);
+    click("btnWriteConfiguration");
+}
+
 void Desktop::press(Qt::Key key, Qt::KeyboardModifiers modifiers) {
     window().activateWindow(); // a box may have been in front
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
     QWidget *focus = window().focusWidget();
     QTest::keyClick(focus ? focus : &window(), key, modifiers);
+}
+
+void Desktop::keepUpToDate(std::chrono::milliseconds interval) {
+    content().setUpdateInterval(interval);
+    the<QAction>("actionKeepUpToDate").setChecked(true);
 }
 
 void Desktop::picture(const char *name, QWidget *dialog) {
@@ -138,6 +156,10 @@ void Desktop::openContextMenu() {
     QApplication::sendEvent(tree().viewport(), &event);
 }
 
+void Desktop::expectWaitAndCancel(const QString &step) {
+    expectWait(step, [](QWidget &box) { QTest::keyClick(&box, Qt::Key_Escape); });
+}
+
 void Desktop::expectBox(const QString &title, const QString &text, QMessageBox::StandardButton answer) {
     expect(title + ": " + text, [answer](QWidget &dialog) {
         QAbstractButton *button = static_cast<QMessageBox &>(dialog).button(answer);
@@ -165,9 +187,9 @@ testnet::Site &Desktop::siteOf(unsigned camera) {
     return isOnNic0 ? *nic0 : *nic1;
 }
 
-void Desktop::hold(unsigned camera, std::uint32_t privilege) {
-    siteOf(camera).cameras.setHolder(testnet::camera(camera).mac,
-                                     camsim::Holder{{camsim::Ipv4::parse("192.168.10.200"), 5555}, privilege});
+void Desktop::hold(unsigned camera) {
+    const camsim::Holder other{{camsim::Ipv4::parse("192.168.10.200"), 5555}, GEV_CONTROL_ACCESS};
+    siteOf(camera).cameras.setHolder(testnet::camera(camera).mac, other);
 }
 
 void Desktop::lookForDialogs() {

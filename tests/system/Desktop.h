@@ -42,12 +42,16 @@ protected:
     }
     MainWnd &window() { return *m_Window; }
     QTreeWidget &tree() const { return the<QTreeWidget>("deviceTree"); }
+    IpConfigurationWidget &content() const { return the<IpConfigurationWidget>("IpConfigurationWidget"); }
     QString info() const;
+    std::string said() const { return info().toStdString(); }
     QString text(const char *field) const;
     /// "IP MASK GATEWAY" of the editor.
     QString addresses() const {
         return text("editIpAddress") + " " + text("editNetmask") + " " + text("editDefaultGateway");
     }
+    /// Adapters by name, their cameras by serial number.
+    QStringList rows() const;
     /// Null when it is not listed.
     QTreeWidgetItem *row(unsigned camera) const;
     QString cell(unsigned camera, Column column) const;
@@ -62,12 +66,16 @@ protected:
     void type(const char *field, const QString &text) { type(the<QWidget>(field), text); }
     /// Replaces what the field holds.
     static void type(QWidget &field, const QString &text);
+    /// Clicks "Save" with this address.
+    void save(const QString &address);
     /// Sent to the widget with the focus.
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     /// Assigns a temporary address to the current row's device.
     void useContextMenu();
     void openContextMenu();
     void refresh() { press(Qt::Key_F5); }
+    /// By the entry of the menu.
+    void keepUpToDate(std::chrono::milliseconds interval);
     /// Leaves a picture of the window, or of a dialog, in the folder LANVANE_PICTURES, when there is one in the
     /// environment (scripts/pictures).
     void picture(const char *name, QWidget *dialog = nullptr);
@@ -77,6 +85,7 @@ protected:
     void expect(const QString &dialog, Act act) { m_Expected.push_back({dialog, std::move(act)}); }
     /// Does something once to the wait box that shows this step.
     void expectWait(const QString &step, Act act) { m_Waits.push_back({step, std::move(act)}); }
+    void expectWaitAndCancel(const QString &step);
     /// From now on this answers what was not foretold.
     void expectAnything(Act act) { m_Anything = std::move(act); }
     /// A message box with the window's title.
@@ -91,7 +100,7 @@ protected:
     testnet::Site &siteOf(unsigned camera);
     camsim::CameraStatus status(unsigned camera) { return siteOf(camera).cameras.status(testnet::camera(camera).mac); }
     std::string addressOf(unsigned camera) { return siteOf(camera).addressOf(camera); }
-    void hold(unsigned camera, std::uint32_t privilege = GEV_CONTROL_ACCESS);
+    void hold(unsigned camera);
 
     std::optional<testnet::Site> nic0, nic1;
     QStringList reports; ///< of the error queue: "CONTEXT: TEXT"
@@ -137,6 +146,6 @@ inline int environmentNumber(const char *name, int usual) {
 }
 
 /// One that has to be written by unicast: it refuses the vendor command. (One that does not know it is waited for.)
-inline camsim::CameraConfig unicastCamera(unsigned number, const char *address) {
-    return testnet::cameraAt(number, address, ",xml=none,vendor-config=error,while-controlled=accept");
+inline camsim::CameraConfig unicastCamera(unsigned number, const char *address, const std::string &settings = "") {
+    return testnet::cameraAt(number, address, ",xml=none,vendor-config=error,while-controlled=accept" + settings);
 }

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "support/Leaks.h"
 #include "support/TestFolder.h"
 
-#include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
@@ -61,19 +60,12 @@ public:
             setenv(folder, (m_Folder / "home").c_str(), 1);
         setenv("QT_QPA_PLATFORM", "xcb", 1);
         setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1); // else its library looks for one, and leaks
-        int ready[2];
-        if (pipe(ready) != 0)
-            throw std::runtime_error("no pipe");
-        m_Server.emplace(std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(ready[1]), "-screen", "0",
-                                                  "1024x600x24", "-nolisten", "tcp"});
-        close(ready[1]);
-        std::FILE *const answer = fdopen(ready[0], "r");
-        int number = 0;
-        const int count = std::fscanf(answer, "%d", &number);
-        std::fclose(answer);
-        if (count != 1)
+        const std::string file = m_Folder / "display";
+        m_Server.emplace(std::vector<std::string>{
+            "sh", "-c", "exec Xvfb -displayfd 3 -screen 0 1024x600x24 -nolisten tcp 3>" + file});
+        if (!eventually([&] { return TestFolder::Read(file).find('\n') != std::string::npos; }, 20000))
             throw std::runtime_error("the X server does not start");
-        setenv("DISPLAY", (":" + std::to_string(number)).c_str(), 1);
+        setenv("DISPLAY", (":" + std::to_string(std::stoi(TestFolder::Read(file)))).c_str(), 1);
         m_Manager.emplace(std::vector<std::string>{"openbox"});
     }
 

@@ -13,6 +13,7 @@ using namespace testnet;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsSupersetOf;
+using testing::StartsWith;
 
 namespace {
 
@@ -23,30 +24,13 @@ TEST_F(Editing, ATemporaryAddressIsSaidToBeOneAndCanBeKept) {
     select(1);
     expectForceIp(AssignHeader, "192.168.10.77");
     useContextMenu();
-    EXPECT_THAT(info().toStdString(), HasSubstr("Currently at the temporary address 192.168.10.77"));
+    EXPECT_THAT(said(), HasSubstr("Currently at the temporary address 192.168.10.77"));
     the<QLabel>("selectionInfo").linkActivated("#keep-address");
     EXPECT_EQ("192.168.10.77 255.255.255.0 0.0.0.0", addresses());
     click("btnWriteConfiguration");
     EXPECT_EQ("192.168.10.77", status(1).persistent.address.toString());
-    EXPECT_THAT(info().toStdString(), Not(HasSubstr("temporary")));
+    EXPECT_THAT(said(), Not(HasSubstr("temporary")));
     EXPECT_FALSE(isEnabled("btnWriteConfiguration"));
-}
-
-TEST_F(Editing, WhatIsShownIsWhatACameraGetsByUnicast) {
-    camsim::CameraConfig camera = cameraAt(1, "192.168.10.21/24", ",vendor-config=error,dhcp=192.168.10.140/24");
-    camera.ipEnabled = 6;
-    open({camera});
-    select(1);
-    EXPECT_EQ("192.168.10.140 255.255.255.0 0.0.0.0", addresses());
-    click("btnUsePersistentIp");
-    type("editIpAddress", "192.168.10.61");
-    click("btnUseDhcp"); // and back: what was typed is not lost
-    click("btnUsePersistentIp");
-    const QString shown = addresses();
-    click("btnWriteConfiguration");
-    EXPECT_EQ("192.168.10.61 255.255.255.0 0.0.0.0", shown);
-    EXPECT_EQ("192.168.10.61", addressOf(1));
-    EXPECT_EQ("255.255.255.0", status(1).persistent.mask.toString());
 }
 
 TEST_F(Editing, AQuestionIsAnOperationAndNamesItsCamera) {
@@ -55,9 +39,8 @@ TEST_F(Editing, AQuestionIsAnOperationAndNamesItsCamera) {
     type("editIpAddress", "192.168.10.51");
     expect("Ostra Lanvane: Do you want to save the changes to the configuration?", [&](QWidget &box) {
         EXPECT_EQ("<p>Virtual Camera, 1, 025AE3000001</p>", static_cast<QMessageBox &>(box).informativeText());
-        auto &widget = the<IpConfigurationWidget>("IpConfigurationWidget");
-        QMetaObject::invokeMethod(&widget, "on_btnWriteConfiguration_clicked");
-        widget.refresh();
+        QMetaObject::invokeMethod(&content(), "on_btnWriteConfiguration_clicked");
+        content().refresh();
         EXPECT_FALSE(window().close());
         click(*static_cast<QMessageBox &>(box).button(QMessageBox::No));
     });
@@ -86,35 +69,19 @@ TEST_F(Editing, TheListStaysWhereItWasScrolled) {
     EXPECT_EQ(30, tree().horizontalScrollBar()->value());
 }
 
-TEST_F(Editing, ARowFollowsACameraThatDiedOfASave) {
-    open({unicastCamera(1, "192.168.10.21/24")});
-    select(1);
-    type("editIpAddress", "192.168.10.51");
-    nic0->cameras.setReachable(camera(1).mac, false);
-    expectForceIp(ConnectHeader);
-    expectBox(NotSaved, QMessageBox::Close);
-    click("btnWriteConfiguration");
-    EXPECT_EQ("192.168.10.21 Not Reachable", cell(1, IpAddress) + " " + cell(1, Status));
-    EXPECT_EQ("192.168.10.51", text("editIpAddress"));
-    EXPECT_TRUE(isEnabled("btnWriteConfiguration"));
-}
-
 TEST_F(Editing, TheBoxSaysThatASaveWasSentAndTheCameraStayedAway) {
     open({cameraAt(1, "192.168.10.21/24", ",silence=3600000")});
     select(1);
-    type("editIpAddress", "192.168.10.51");
     expectForceIp(ConnectHeader);
     expect(QString("Ostra Lanvane: ") + NotSaved, [](QWidget &box) {
         EXPECT_EQ("The settings were sent, but the camera did not come back. It does not answer the search.",
                   static_cast<QMessageBox &>(box).informativeText());
         box.close();
     });
-    click("btnWriteConfiguration");
-    EXPECT_EQ("Not Reachable", cell(1, Status));
+    save("192.168.10.51");
+    EXPECT_EQ("Not Reachable 192.168.10.51", cell(1, Status) + " " + text("editIpAddress"));
     EXPECT_THAT(reports, ElementsAre("broadcastConfiguration: Failed to discover reconfigured device"));
-    EXPECT_THAT(waits, IsSupersetOf({"Camera restarts its IP configuration cycle.\nWaiting until the device has been "
-                                     "discovered again...",
-                                     "Trying to establish a connection to the device..."}));
+    EXPECT_THAT(waits, IsSupersetOf({Rediscovering, "Trying to establish a connection to the device..."}));
     EXPECT_EQ("192.168.10.51", status(1).persistent.address.toString());
 }
 
@@ -123,31 +90,17 @@ TEST_F(Editing, TheForceIpDialogSaysThatACameraIsInUse) {
     hold(1);
     refresh();
     select(1);
-    const QString dialog = QString("Assign Temporary IP Address (Force IP): ") + AssignHeader;
-    const auto expectNotice = [](QWidget &shown) {
-        EXPECT_EQ("The camera is controlled by another application: it may refuse a new address, or that application "
-                  "loses the camera.",
-                  shown.findChild<QLabel *>("lblNotice")->text());
-    };
-    expect(dialog, [&](QWidget &shown) {
-        expectNotice(shown);
-        type(*shown.findChild<QLineEdit *>("editIpAddress"), "192.168.10.77");
-        QTest::keyClick(&shown, Qt::Key_Return);
-    });
-    expect(dialog, [&](QWidget &shown) {
-        expectNotice(shown); // the reason why it was refused
-        QTest::keyClick(&shown, Qt::Key_Escape);
+    expect(QString("Assign Temporary IP Address (Force IP): ") + AssignHeader, [](QWidget &dialog) {
+        EXPECT_THAT(dialog.findChild<QLabel *>("lblNotice")->text().toStdString(),
+                    StartsWith("The camera is controlled by another application"));
+        QTest::keyClick(&dialog, Qt::Key_Escape);
     });
     useContextMenu();
-    EXPECT_EQ("192.168.10.21", addressOf(1));
 }
 
 TEST_F(Editing, NothingTypedIsTooMuch) {
-    camsim::CameraConfig camera = cameraAt(1, "192.168.10.21/24");
-    camera.ipOptions = 0;
-    open({camera});
+    open({cameraAt(1, "192.168.10.21/24")});
     select(1);
-    EXPECT_EQ("The device says that it supports none of these configurations.", the<QLabel>("hintText").text());
     QElapsedTimer elapsed;
     elapsed.start();
     the<QLineEdit>("editIpAddress").setText(QString(32000, '0'));

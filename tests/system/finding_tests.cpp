@@ -15,27 +15,26 @@ namespace {
 const char *const ErrorImage = "<p><img src=':/Lanvane/Resources/error.png'><br>";
 const char *const UnreachableText =
     "The device is unreachable!</p><p>Currently you will not be able to use the device.</p>Please make sure the IP "
-    "address is in the same subnet as the adapter the device is connected to.";
+    "address is in the same subnet as the adapter the device is connected to.<br>Possible addresses are:<br>"
+    "192.168.10.1 - 192.168.10.254<br>";
 const char *const InUseText =
     "The device is currently in use by another application!</p><p>Please close any applications currently using the "
     "device and click <b>Refresh</b> to check the status again.";
+const char *const UnknownText =
+    "There was an error while trying to determine the accessibility status of the device.</p>Try refreshing the list "
+    "by clicking <b>Refresh</b>.";
+const char *const OtherSubnetText =
+    "<p>The network adapter and the device are currently not in the same subnet. Therefore, the device will currently "
+    "not be visible to applications.</p><p>Make sure the device and the network adapter share the same network prefix "
+    "and subnet mask.</p>";
 
-class Finding : public Desktop {
-protected:
-    /// The names of the top-level rows and, indented, of those below.
-    QStringList rows() const {
-        QStringList names;
-        for (QTreeWidgetItemIterator i(&tree()); *i; ++i)
-            names << ((*i)->parent() ? "  " : "") + (*i)->text(Name) + " " + (*i)->text(Serial);
-        return names;
-    }
-};
+using Finding = Desktop;
 
 TEST_F(Finding, TheFirstRefreshStartsWhenTheWindowIsShown) {
-    open({cameraAt(3, "192.168.10.23/24"), cameraAt(2, "192.168.10.22/24", ",model=B"),
-          cameraAt(1, "192.168.10.21/24", ",model=B")},
+    open({cameraAt(3, "192.168.10.23/24", ",model=B"), cameraAt(2, "192.168.10.22/24", ",model=B"),
+          cameraAt(1, "192.168.10.21/24")},
          {cameraAt(4, "192.168.20.24/24")});
-    EXPECT_THAT(rows(), ElementsAre("nic0 ", "  B 1", "  B 2", "  Virtual Camera 3", "nic1 ", "  Virtual Camera 4"));
+    EXPECT_THAT(rows(), ElementsAre("nic0", "2", "3", "1", "nic1", "4")); // by model and number
     EXPECT_EQ("<table align='left' border='0' cellpadding='1' cellspacing='1'><tr><td width='8'></td></tr><tr><td "
               "width='8'></td><td>IP Address:</td><td width='100' align='right'>192.168.10.1</td></tr><tr><td></td>"
               "<td>Subnet Mask:</td><td align='right'>255.255.255.0</td></tr></table>",
@@ -44,16 +43,16 @@ TEST_F(Finding, TheFirstRefreshStartsWhenTheWindowIsShown) {
 
     QStringList cells;
     for (int column = Name; column <= SubnetMask; ++column)
-        cells << tree().headerItem()->text(column) + "=" + row(1)->text(column);
-    EXPECT_EQ("=B|Serial Number=1|MAC Address=025AE3000001|Status=OK|IP Configuration=Static IP, Auto IP|"
-              "IP Address=192.168.10.21|Subnet Mask=255.255.255.0",
+        cells << tree().headerItem()->text(column) + "=" + row(2)->text(column);
+    EXPECT_EQ("=B|Serial Number=2|MAC Address=025AE3000002|Status=OK|IP Configuration=Static IP, Auto IP|"
+              "IP Address=192.168.10.22|Subnet Mask=255.255.255.0",
               cells.join("|"));
-    select(1);
+    select(2);
     QString expected = "<p><table align='left' border='0' cellpadding='1' cellspacing='1'>";
     for (const char *line :
-         {"Vendor:</td><td>Ostra", "Model Name:</td><td>B", "Serial Number:</td><td>1",
-          "MAC Address:</td><td>025AE3000001", "IP Configuration:</td><td>Static IP, Auto IP",
-          "IP Address:</td><td>192.168.10.21", "Subnet Mask:</td><td>255.255.255.0", "Gateway:</td><td>0.0.0.0"})
+         {"Vendor:</td><td>Ostra", "Model Name:</td><td>B", "Serial Number:</td><td>2",
+          "MAC Address:</td><td>025AE3000002", "IP Configuration:</td><td>Static IP, Auto IP",
+          "IP Address:</td><td>192.168.10.22", "Subnet Mask:</td><td>255.255.255.0", "Gateway:</td><td>0.0.0.0"})
         expected += QString("<tr><td width='8'></td><td>%1</td></tr>").arg(line);
     EXPECT_EQ(expected + "</table></p>", info());
     EXPECT_TRUE(isEnabled("editor"));
@@ -61,15 +60,12 @@ TEST_F(Finding, TheFirstRefreshStartsWhenTheWindowIsShown) {
 }
 
 TEST_F(Finding, EachVerdictHasItsRowDiagnosisAndEditor) {
-    open({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24"), cameraAt(3, "192.168.10.23/24"),
-          cameraAt(4, "192.168.10.24/24", ",reachable=no"), cameraAt(5, "192.168.10.25/24"),
+    open({cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.10.22/24"), cameraAt(5, "192.168.10.25/24"),
           cameraAt(6, "172.16.0.9/16"), cameraAt(7, "192.168.10.27/16")});
     hold(2);
-    hold(3, GEV_EXCLUSIVE_CONTROL_ACCESS);
     // Readable although held exclusively: nothing definite can be said.
     nic0->cameras.writeRegister(camera(5).mac, GEV_REG_CONTROL_CHANNEL_PRIVILEGE, 1);
     refresh();
-    const QString possible = QString("<br>Possible addresses are:<br>192.168.10.1 - 192.168.10.254<br>");
     const struct {
         unsigned camera;
         const char *status;
@@ -78,20 +74,9 @@ TEST_F(Finding, EachVerdictHasItsRowDiagnosisAndEditor) {
         bool editable;
     } cases[] = {
         {2, "In use", QStyle::SP_MessageBoxWarning, InUseText, false},
-        {3, "In use", QStyle::SP_MessageBoxWarning, InUseText, false},
-        {4, "Not Reachable", QStyle::SP_MessageBoxWarning, UnreachableText + possible, true},
-        {5, "Unknown", QStyle::SP_MessageBoxCritical,
-         "There was an error while trying to determine the accessibility status of the device.</p>Try refreshing the "
-         "list by clicking <b>Refresh</b>.",
-         true},
-        {6, "Not Reachable", QStyle::SP_MessageBoxWarning, UnreachableText + possible, true},
-        {7,
-         "OK",
-         {},
-         "<p>The network adapter and the device are currently not in the same subnet. Therefore, the device will "
-         "currently not be visible to applications.</p><p>Make sure the device and the network adapter share the same "
-         "network prefix and subnet mask.</p>",
-         true},
+        {5, "Unknown", QStyle::SP_MessageBoxCritical, UnknownText, true},
+        {6, "Not Reachable", QStyle::SP_MessageBoxWarning, UnreachableText, true},
+        {7, "OK", {}, OtherSubnetText, true},
         {1, "OK", {}, "", true},
     };
     for (const auto &expected : cases) {
@@ -135,30 +120,23 @@ TEST_F(Finding, NothingToListWithoutAdapters) {
     ip("link set nic1 down");
     refresh();
     EXPECT_THAT(rows(), ElementsAre());
-    EXPECT_THAT(
-        info().toStdString(),
-        StartsWith(
-            "<p>No active network networkAdapter found!</p><p>Please make sure your network adapters are enabled "
-            "and working correctly.</p>Click <b>Refresh</b> or press <b>F5</b> to refresh the list of adapters."
-            "<p>Adapter nic0 is switched off.</p>"));
+    EXPECT_THAT(said(), StartsWith("<p>No active network networkAdapter found!</p><p>Please make sure your network "
+                                   "adapters are enabled and working correctly.</p>Click <b>Refresh</b> or press "
+                                   "<b>F5</b> to refresh the list of adapters.<p>Adapter nic0 is switched off.</p>"));
     EXPECT_EQ("", text("editIpAddress"));
-    ip("link set nic0 up");
-    awaitAdapters(1);
-    refresh();
-    EXPECT_THAT(rows(), ElementsAre("nic0 ", "  Virtual Camera 1", "nic1 (switched off) "));
 }
 
 TEST_F(Finding, RowOfACameraHeardTwiceAndOfOneWithoutAdapterRow) {
     open({cameraAt(1, "192.168.10.21/24")}, {cameraAt(1, "192.168.10.21/24"), cameraAt(2, "192.168.20.22/24")});
     nic1->cameras.setFaults(camsim::parseFaults("delay=100")); // to be heard second
     refresh();
-    EXPECT_THAT(rows(), ElementsAre("nic0 ", "  Virtual Camera 1", "nic1 ", "  Virtual Camera 2"));
+    EXPECT_THAT(rows(), ElementsAre("nic0", "1", "nic1", "2"));
     // A dormant link carries datagrams although the system does not count it as running.
     ip("link set nic1 down mode dormant");
     ip("link set nic1 up");
     awaitAdapters(1);
     refresh();
-    EXPECT_THAT(rows(), ElementsAre("nic0 ", "  Virtual Camera 1", "Virtual Camera 2"));
+    EXPECT_THAT(rows(), ElementsAre("nic0", "1", "Virtual Camera"));
     select(2);
     EXPECT_EQ("192.168.20.22", text("editIpAddress"));
 }
@@ -166,8 +144,8 @@ TEST_F(Finding, RowOfACameraHeardTwiceAndOfOneWithoutAdapterRow) {
 TEST_F(Finding, DeviceTextsAreShownAsTexts) {
     open({cameraAt(1, "192.168.10.21/24", ",model=<b>M</b>&\xE2\x80\xAEx,manufacturer=<img src='http://a'>\x1B")});
     select(1);
-    EXPECT_THAT(info().toStdString(), HasSubstr("<td>&lt;img src='http://a'&gt;</td>"));
-    EXPECT_THAT(info().toStdString(), HasSubstr("<td>&lt;b&gt;M&lt;/b&gt;&amp;x</td>"));
+    EXPECT_THAT(said(), HasSubstr("<td>&lt;img src='http://a'&gt;</td>"));
+    EXPECT_THAT(said(), HasSubstr("<td>&lt;b&gt;M&lt;/b&gt;&amp;x</td>"));
 }
 
 } // namespace

@@ -9,6 +9,7 @@ using namespace testnet;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -45,17 +46,16 @@ TEST_F(Forcing, FromTheContextMenu) {
     useContextMenu();
     EXPECT_EQ("192.168.10.77", addressOf(1));
     EXPECT_EQ("192.168.10.77 OK", cell(1, IpAddress) + " " + cell(1, Status));
-    EXPECT_THAT(info().toStdString(), Not(HasSubstr("error.png")));
-    EXPECT_THAT(waits, Contains("Camera restarts its IP configuration cycle.\nWaiting until the device has been "
-                                "discovered again..."));
+    EXPECT_THAT(said(), Not(HasSubstr("error.png")));
+    EXPECT_THAT(waits, Contains(Rediscovering));
     EXPECT_EQ("1", selected());
 }
 
 TEST_F(Forcing, ByMacWithTheShortcut) {
     select(tree().topLevelItem(0));
-    const auto complete = [](QWidget &dialog, const char *mac, const char *address = "192.168.10.78") {
+    const auto complete = [](QWidget &dialog, const char *mac) {
         type(field(dialog, "editMacAddress"), mac);
-        type(field(dialog, "editIpAddress"), address);
+        type(field(dialog, "editIpAddress"), "192.168.10.78");
         click(okOf(dialog));
     };
     expect(titled(ForceByMacHeader), [&](QWidget &dialog) {
@@ -68,16 +68,11 @@ TEST_F(Forcing, ByMacWithTheShortcut) {
     });
     press(Qt::Key_F, Qt::AltModifier | Qt::ShiftModifier | Qt::ControlModifier);
     EXPECT_EQ("192.168.10.78", addressOf(1));
-    EXPECT_THAT(reports, ElementsAre("forceIp: Failed to issue the ForceIp command. Some possible reasons are: Invalid "
-                                     "IP address; device is controlled by another application.: The requested "
-                                     "operation timed out. (0xE1000007)"));
+    EXPECT_THAT(reports.join('\n').toStdString(), StartsWith("forceIp: Failed to issue the ForceIp command."));
     refresh();
     EXPECT_EQ("OK", cell(1, Status));
-
     select(1);
-    expect(titled(ForceByMacHeader), [&](QWidget &dialog) { complete(dialog, "025AE3000001", "192.168.10.79"); });
-    press(Qt::Key_F, Qt::AltModifier | Qt::ShiftModifier | Qt::ControlModifier);
-    EXPECT_EQ("192.168.10.79 172.16.0.9", cell(1, IpAddress) + " " + text("editIpAddress")); // now and stored
+    EXPECT_EQ("172.16.0.9", text("editIpAddress")); // which is stored
 }
 
 TEST_F(Forcing, InvalidAddressesAreAskedForAgainAndCancelSendsNothing) {

@@ -1,7 +1,6 @@
 // From a camera that does not show up, or cannot be used, to the command that mends it.
 
 #include "Desktop.h"
-#include "support/Leaks.h"
 #include "support/SocketAddress.h"
 #include "support/TestFolder.h"
 
@@ -15,7 +14,6 @@
 #include <QtTest>
 
 #include <filesystem>
-#include <iostream>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -30,14 +28,7 @@ namespace {
 class Reason : public Desktop {
 protected:
     static void run(const char *command) { ASSERT_EQ(std::system(command), 0) << command; }
-    QStringList rows() const {
-        QStringList names;
-        for (QTreeWidgetItemIterator i(&tree()); *i; ++i)
-            names << (*i)->text((*i)->parent() ? Serial : Name);
-        return names;
-    }
     std::string summary() const { return the<QPushButton>("btnSummary").text().toStdString(); }
-    std::string said() const { return info().toStdString(); }
     void selectAdapter(const char *name) { select(tree().findItems(name, Qt::MatchStartsWith, Name).value(0)); }
     /// Takes the n-th command of what is said, by keyboard, and runs it. \returns it.
     std::string copyAndRun(int index = 0) {
@@ -61,8 +52,7 @@ TEST_F(Reason, ReversePathFilter) {
     EXPECT_EQ("1 camera on 2 adapters, 1 adapter needs attention", summary());
     click("btnSummary");
     EXPECT_EQ("nic1", tree().currentItem()->text(Name));
-    EXPECT_THAT(said(), HasSubstr("<b>No camera answered here</b></p><p><b>Error:</b> "));
-    EXPECT_THAT(said(), HasSubstr("Reverse path filtering hides cameras"));
+    EXPECT_THAT(said(), HasSubstr("<b>No camera answered here</b></p><p><b>Error:</b> Reverse path filtering hides"));
     EXPECT_THAT(tree().currentItem()->toolTip(Name).toStdString(), HasSubstr("<b>Error:</b>"));
     picture("filter");
     EXPECT_EQ("sysctl -w net.ipv4.conf.all.rp_filter=0 net.ipv4.conf.nic1.rp_filter=0", copyAndRun());
@@ -161,21 +151,14 @@ TEST_F(Reason, CamerasSayWhatIsWrongWithThem) {
     EXPECT_THAT(said(), HasSubstr("Currently at the temporary address 192.168.10.77"));
 }
 
-class KeptUpToDate : public Desktop {
-protected:
-    void keep(const Cameras &onNic0) {
-        open(onNic0);
-        the<IpConfigurationWidget>("IpConfigurationWidget").setUpdateInterval(std::chrono::milliseconds(50));
-        the<QAction>("actionKeepUpToDate").setChecked(true);
-    }
-    static bool eventually(const std::function<bool()> &isSo) { return QTest::qWaitFor(isSo, 20000); }
-};
+using KeptUpToDate = Desktop;
 
 TEST_F(KeptUpToDate, RowsChangeInPlaceAndNothingElse) {
     Cameras cameras;
     for (unsigned i = 2; i < 40; ++i)
         cameras.push_back(cameraAt(i, "192.168.10." + std::to_string(i) + "/24", ",model=B"));
-    keep(cameras);
+    open(cameras);
+    keepUpToDate(std::chrono::milliseconds(50));
     select(20);
     type("editIpAddress", "192.168.10.2");
     the<QLineEdit>("editIpAddress").setCursorPosition(3);
@@ -187,19 +170,21 @@ TEST_F(KeptUpToDate, RowsChangeInPlaceAndNothingElse) {
 
     nic0->cameras.setFaults(camera(3).mac, camsim::parseFaults("loss-from-camera=100,limit=1,commands=discovery"));
     const auto searches = [this] { return status(3).requests[TAG_DISCOVERY_CMD]; };
-    EXPECT_TRUE(eventually([&, end = searches() + 3] {
+    const auto isThere = [&, end = searches() + 3] {
         EXPECT_NE("Gone", cell(3, Status)); // for one lost answer
         return searches() >= end;
-    }));
+    };
+    EXPECT_TRUE(QTest::qWaitFor(isThere, 20000));
 
     nic0->cameras.addCamera(cameraAt(1, "192.168.10.99/24", ",model=A"));
     nic0->cameras.removeCamera(camera(39).mac);
-    EXPECT_TRUE(eventually([&] { return row(1) != nullptr && row(39) == nullptr; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return row(1) != nullptr && row(39) == nullptr; }, 20000));
     EXPECT_EQ(row(1), tree().topLevelItem(0)->child(0)); // in the order
     nic0->cameras.removeCamera(camera(20).mac);
-    EXPECT_TRUE(eventually([&] { return cell(20, Status) == "Gone"; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return cell(20, Status) == "Gone"; }, 20000));
     nic0->cameras.addCamera(cameraAt(20, "192.168.10.98/24", ",model=B"));
-    EXPECT_TRUE(eventually([&] { return cell(20, IpAddress) == "192.168.10.98" && cell(20, Status) == "OK"; }));
+    const auto isBack = [&] { return cell(20, IpAddress) == "192.168.10.98" && cell(20, Status) == "OK"; };
+    EXPECT_TRUE(QTest::qWaitFor(isBack, 20000));
     EXPECT_TRUE(top == tree().itemAt(0, 0) && current == tree().currentItem() && current == row(20));
     EXPECT_EQ("192.168.10.2 3",
               text("editIpAddress") + " " + QString::number(the<QLineEdit>("editIpAddress").cursorPosition()));
@@ -207,35 +192,12 @@ TEST_F(KeptUpToDate, RowsChangeInPlaceAndNothingElse) {
     EXPECT_FALSE(tree().topLevelItem(1)->isExpanded());
     EXPECT_EQ("38 cameras on 2 adapters", the<QPushButton>("btnSummary").text());
 
-    type("editIpAddress", "192.168.10.200");
-    click("btnWriteConfiguration"); // beside a search or not
+    save("192.168.10.200"); // beside a search or not
     EXPECT_EQ("192.168.10.200", addressOf(20));
     EXPECT_TRUE(window().close());
     EXPECT_THAT(reports, ElementsAre());
     openWindow();
     EXPECT_TRUE(the<QAction>("actionKeepUpToDate").isChecked());
-}
-
-TEST_F(KeptUpToDate, MemoryStays) {
-#ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "AddressSanitizer keeps what is freed";
-#endif
-    Cameras cameras;
-    for (unsigned i = 1; i < 200; ++i)
-        cameras.push_back(cameraAt(i, (i % 2 ? "192.168.10." : "172.16.0.") + std::to_string(i + 1) + "/24"));
-    keep(cameras);
-    const auto search = [this](int times) {
-        const auto heard = [this] { return status(1).requests[TAG_DISCOVERY_CMD]; };
-        const auto wanted = heard() + static_cast<unsigned>(times);
-        EXPECT_TRUE(QTest::qWaitFor([&] { return heard() >= wanted; }, times * 2000));
-    };
-    search(5);
-    const long before = residentMemory_KiB();
-    const int count = environmentNumber("LANVANE_UPDATES", 20);
-    search(count);
-    const long growth = residentMemory_KiB() - before;
-    std::cout << count << " updates of 199 cameras: " << before << " KiB and then " << growth << " more\n";
-    EXPECT_LT(growth, 3000);
 }
 
 } // namespace

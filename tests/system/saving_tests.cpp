@@ -64,23 +64,8 @@ TEST_F(Saving, NeverReachesAnotherCameraWithTheSameAddress) {
     EXPECT_THAT(reports, ElementsAre());
 }
 
-TEST_F(Saving, ACameraTakenMeanwhileIsLeftAlone) {
-    open({cameraAt(1, "192.168.10.21/24")}); // refuses the vendor command, too, then
-    select(1);
-    click("btnUseAutoIp");
-    hold(1);
-    expectBox("Connection failed", AccessDenied, QMessageBox::Ok);
-    expectBox(NotSaved, QMessageBox::Close);
-    click("btnWriteConfiguration");
-    EXPECT_EQ(5u, status(1).ipEnabled);
-    EXPECT_EQ(0u, status(1).ipCycles);
-    expectSaveQuestion(QMessageBox::No);
-    refresh();
-    EXPECT_FALSE(isEnabled("editor"));
-}
-
-TEST_F(Saving, WhatWasTypedSurvivesAForcedAddressButNoModeWithoutAddresses) {
-    open({cameraAt(1, "192.168.10.21/24", ",dhcp=192.168.10.140/24"), cameraAt(2, "192.168.10.22/24")});
+TEST_F(Saving, WhatWasTypedSurvivesTheForceIpDialog) {
+    open({cameraAt(1, "192.168.10.21/24")});
     select(1);
     type("editIpAddress", "192.168.");
     expect("&Assign Temporary IP Address...", [](QWidget &menu) { QTest::keyClick(&menu, Qt::Key_A); });
@@ -89,14 +74,6 @@ TEST_F(Saving, WhatWasTypedSurvivesAForcedAddressButNoModeWithoutAddresses) {
     QApplication::sendEvent(&tree(), &menuKey);
     EXPECT_EQ("192.168.", text("editIpAddress"));
     EXPECT_FALSE(isEnabled("btnWriteConfiguration"));
-    click("btnUseDhcp");
-    EXPECT_EQ("192.168.10.21 255.255.255.0 0.0.0.0", addresses());
-    expectSaveQuestion(QMessageBox::Yes);
-    select(2);
-    EXPECT_EQ("192.168.10.140", addressOf(1));
-    select(1);
-    EXPECT_TRUE(the<QRadioButton>("btnUseDhcp").isChecked());
-    EXPECT_THAT(reports, ElementsAre());
 }
 
 TEST_F(Saving, OnlyWhatIsValidSupportedAndChanged) {
@@ -107,13 +84,13 @@ TEST_F(Saving, OnlyWhatIsValidSupportedAndChanged) {
         const char *field, *text;
         bool savable;
     } cases[] = {
-        {"editIpAddress", "192.168.10.210", true},    {"editIpAddress", "192.168.10.21", false},
-        {"editIpAddress", "192.168.10.255", false},   {"editNetmask", "255.255.0.0", true},
-        {"editNetmask", "255.0.255.0", false},        {"editNetmask", "/24", false},
-        {"editDefaultGateway", "192.168.10.1", true}, {"editDefaultGateway", "", false},
+        {"editIpAddress", "192.168.10.210", true},
+        {"editIpAddress", "192.168.10.255", false},
+        {"editNetmask", "255.255.0.0", true},
+        {"editDefaultGateway", "192.168.10.1", true},
     };
     for (const auto &entry : cases) {
-        SCOPED_TRACE(entry.field + std::string(" ") + entry.text);
+        SCOPED_TRACE(entry.text);
         type(entry.field, entry.text);
         EXPECT_EQ(entry.savable, isEnabled("btnWriteConfiguration"));
         press(Qt::Key_Escape);
@@ -121,6 +98,7 @@ TEST_F(Saving, OnlyWhatIsValidSupportedAndChanged) {
         EXPECT_FALSE(isEnabled("btnWriteConfiguration"));
     }
     type("editNetmask", "/24");
+    EXPECT_FALSE(isEnabled("btnWriteConfiguration")); // it is the same
     the<QWidget>("editIpAddress").setFocus();
     EXPECT_EQ("255.255.255.0", text("editNetmask"));
     press(Qt::Key_Escape);

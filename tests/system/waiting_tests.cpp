@@ -4,10 +4,10 @@
 #include "Watchdog.h"
 
 #include <QAbstractButton>
-#include <QLabel>
-#include <QLineEdit>
 #include <QtTest>
 
+#include <cstddef>
+#include <cstring>
 #include <iostream>
 
 using namespace testnet;
@@ -16,24 +16,21 @@ using testing::HasSubstr;
 
 namespace {
 
-constexpr const char *Searching = "Searching for devices...";
-
 /// The payload of an answer to a discovery.
 Bytes discovered(unsigned number) {
-    Bytes payload(248);
-    const auto put = [&](std::size_t offset, std::uint32_t value) {
-        for (int i = 0; i < 4; ++i)
-            payload[offset + static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
-    };
-    put(8, 0x025A);
-    put(12, 0xE3800000u + number);
-    put(16, 7);                        // what it can be set to
-    put(20, 5);                        // static
-    put(36, 0xAC100000u + number + 1); // 172.16.0.1 and so on: foreign, so that it is not asked
-    put(52, 0xFFFF0000u);
-    const std::string model = "Forged " + std::to_string(number % 97), serial = std::to_string(number);
-    std::copy(model.begin(), model.end(), payload.begin() + 104);
-    std::copy(serial.begin(), serial.end(), payload.begin() + 216);
+    GEV_DISCOVERY_INFO info{};
+    info.DeviceMacAddress = {0x025A, 0xE3800000 + number};
+    info.IPConfigOptions = {1, 1, 1, 0};
+    info.IPConfigCurrent = {1, 0, 1, 0};
+    info.CurrentIP.IPv4.Address = 0xAC100001 + number; // 172.16.0.1 and so on: foreign, so that it is not asked
+    info.CurrentSubnetMask.IPv4.Address = 0xFFFF0000;
+    ("Forged " + std::to_string(number % 97)).copy(info.Description.ModelName, 31);
+    std::to_string(number).copy(info.Description.SerialNumber, 15);
+    Bytes payload(sizeof info);
+    std::memcpy(payload.data(), &info, sizeof info);
+    constexpr std::ptrdiff_t EndOfWords = offsetof(GEV_DISCOVERY_INFO, Description);
+    for (auto word = payload.begin(); word < payload.begin() + EndOfWords; word += 4)
+        std::reverse(word, word + 4);
     return payload;
 }
 
@@ -76,10 +73,7 @@ protected:
         std::cout << what << ": " << least_ms << " ms\n";
         EXPECT_LE(least_ms, LongestGap_ms) << what;
     }
-    void save(const QString &address) {
-        type("editIpAddress", address);
-        click("btnWriteConfiguration");
-    }
+    void waitLong() { content().setRediscoveryPatience({60, std::chrono::milliseconds(100)}); }
 
     Watchdog watchdog;
     std::atomic<bool> m_IsForging{false};
@@ -137,19 +131,19 @@ TEST_F(Waiting, TheEventLoopGoesOnWith16384CamerasAndJunk) {
 TEST_F(Waiting, CancelEndsASearch) {
     open({cameraAt(1, "192.168.10.21/24")});
     nic0->cameras.setReachable(camera(1).mac, false);
-    expectWait(Searching, [](QWidget &box) { QTest::keyClick(&box, Qt::Key_Escape); });
+    expectWaitAndCancel("Searching for devices...");
     refresh();
     EXPECT_EQ("192.168.10.21 Not checked yet", cell(1, IpAddress) + " " + cell(1, Status));
-    EXPECT_THAT(info().toStdString(), HasSubstr("<b>Cancelled.</b> The search was cancelled"));
+    EXPECT_THAT(said(), HasSubstr("<b>Cancelled.</b> The search was cancelled"));
     select(1);
-    EXPECT_THAT(info().toStdString(), HasSubstr("The device has not been checked yet"));
+    EXPECT_THAT(said(), HasSubstr("The device has not been checked yet"));
     EXPECT_THAT(reports, ElementsAre());
 }
 
 TEST_F(Waiting, CancelEndsAWholeSaveAndSaysWhatWasSent) {
     const camsim::CameraConfig silent = cameraAt(1, "192.168.10.21/24", ",silence=3600000");
     open({silent});
-    the<IpConfigurationWidget>("IpConfigurationWidget").setRediscoveryPatience({60, std::chrono::milliseconds(100)});
+    waitLong();
     const Act ways[] = {
         [](QWidget &box) { click(*box.findChild<QAbstractButton *>()); },
         [](QWidget &box) { QTest::keyClick(&box, Qt::Key_Escape); },
@@ -160,9 +154,8 @@ TEST_F(Waiting, CancelEndsAWholeSaveAndSaysWhatWasSent) {
     for (const Act &cancel : ways) {
         select(1);
         expectWait(Rediscovering, cancel);
-        type("editIpAddress", "192.168.10." + QString::number(++host));
-        click("btnWriteConfiguration");
-        EXPECT_THAT(info().toStdString(), HasSubstr("<b>Cancelled.</b> The settings were sent"));
+        save("192.168.10." + QString::number(++host));
+        EXPECT_THAT(said(), HasSubstr("<b>Cancelled.</b> The settings were sent"));
         EXPECT_EQ("Not Reachable", cell(1, Status));
         EXPECT_TRUE(window().isVisible());
         EXPECT_EQ(0u, status(1).requests.count(TAG_WRITEREG_CMD));
@@ -174,25 +167,20 @@ TEST_F(Waiting, CancelEndsAWholeSaveAndSaysWhatWasSent) {
     EXPECT_THAT(reports, ElementsAre());
 }
 
-TEST_F(Waiting, CancelAfterAUnicastWriteSaysWhatWasSent) {
-    open({cameraAt(1, "192.168.10.21/24", ",xml=none,vendor-config=error,while-controlled=accept,silence=3600000")});
-    the<IpConfigurationWidget>("IpConfigurationWidget").setRediscoveryPatience({60, std::chrono::milliseconds(100)});
+TEST_F(Waiting, CancelAfterAUnicastWriteOrAForceSaysWhatWasSent) {
+    open({unicastCamera(1, "192.168.10.21/24", ",silence=3600000"), cameraAt(2, "172.16.0.9/16", ",silence=2000")});
+    waitLong();
     select(1);
-    expectWait(Rediscovering, [](QWidget &box) { QTest::keyClick(&box, Qt::Key_Escape); });
+    expectWaitAndCancel(Rediscovering);
     save("192.168.10.51");
-    EXPECT_THAT(info().toStdString(), HasSubstr("<b>Cancelled.</b> The settings were sent, but"));
+    EXPECT_THAT(said(), HasSubstr("<b>Cancelled.</b> The settings were sent, but"));
     EXPECT_EQ("Not Reachable", cell(1, Status));
-    EXPECT_THAT(reports, ElementsAre());
-}
 
-TEST_F(Waiting, CancelEndsAForceAndTheRowSaysWhatItHasDone) {
-    open({cameraAt(1, "172.16.0.9/16", ",silence=2000")});
-    the<IpConfigurationWidget>("IpConfigurationWidget").setRediscoveryPatience({60, std::chrono::milliseconds(100)});
-    select(1);
+    select(2);
     expectForceIp(AssignHeader, "192.168.10.77");
-    expectWait(Rediscovering, [](QWidget &box) { QTest::keyClick(&box, Qt::Key_Escape); });
+    expectWaitAndCancel(Rediscovering);
     useContextMenu();
-    EXPECT_THAT(info().toStdString(), HasSubstr("<b>Cancelled.</b> The address 192.168.10.77 was sent, "));
+    EXPECT_THAT(said(), HasSubstr("<b>Cancelled.</b> The address 192.168.10.77 was sent, "));
     EXPECT_FALSE(waits.contains(QString())) << "a box without its step";
     EXPECT_THAT(reports, ElementsAre());
 }

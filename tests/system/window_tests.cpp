@@ -13,14 +13,11 @@ class Window : public Desktop {
 protected:
     /// Geometry of a window that finds these settings.
     static QRect geometryWith(const QVariant &pos, const QVariant &size) {
-        QSettings settings;
-        settings.clear();
-        settings.beginGroup("MainWindow");
+        QSettings().clear();
         if (pos.isValid())
-            settings.setValue("pos", pos);
+            QSettings().setValue("MainWindow/pos", pos);
         if (size.isValid())
-            settings.setValue("size", size);
-        settings.sync();
+            QSettings().setValue("MainWindow/size", size);
         const MainWnd window;
         return {window.pos(), window.size()};
     }

@@ -31,6 +31,12 @@ protected:
                nodes + "<Port Name=\"" + port + "\"/></RegisterDescription>";
     }
 
+    static std::string IntReg(const char *name, const char *address, const char *mode = "RW", const char *more = "") {
+        return std::string("<IntReg Name='") + name + "'><Address>" + address + "</Address><Length>4</Length>" +
+               "<AccessMode>" + mode + "</AccessMode><pPort>Device</pPort><Endianess>BigEndian</Endianess>" + more +
+               "</IntReg>";
+    }
+
     /// Replaces camera and device.
     void Start(const camsim::CameraConfig &config = Config()) {
         device.reset();

@@ -5,6 +5,7 @@
 #include "MinimalCorvoGigETL/IGigETransportLayer.h"
 #include "MinimalCorvoGigETL/QuorelGigEDeviceInfo.h"
 #include "MinimalCorvoGigETL/TlFactory.h"
+#include "MinimalCorvoGigETL/tools.h"
 #include "support/TestFolder.h"
 
 #include <gmock/gmock.h>
@@ -42,10 +43,31 @@ template <class Function> std::string thrownBy(Function function) {
     return "";
 }
 
-inline Corvo::DeviceInfoList listOf(const Corvo::CDeviceInfo &info) {
+inline Corvo::DeviceInfoList listOf(std::initializer_list<Corvo::CDeviceInfo> infos) {
     Corvo::DeviceInfoList list;
-    list.push_back(info);
+    for (const Corvo::CDeviceInfo &info : infos)
+        list.push_back(info);
     return list;
+}
+
+/// \param text as in "192.168.1.20:3957"
+inline sockaddr socketAddress(const char *text) {
+    sockaddr address{};
+    Corvo::stoa(text, address);
+    return address;
+}
+
+/// "KEY=VALUE," for each that is listed.
+inline std::string propertiesOf(const Corvo::CDeviceInfo &info) {
+    Corvo::StringList_t keys;
+    info.GetPropertyNames(keys);
+    std::string text;
+    for (const Corvo::String_t &key : keys) {
+        Corvo::String_t value;
+        info.GetPropertyValue(key, value);
+        text += std::string(key) + "=" + value.c_str() + ",";
+    }
+    return text;
 }
 
 /// A caller-made info, without device class unless that is among the properties.

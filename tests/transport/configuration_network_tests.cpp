@@ -1,4 +1,5 @@
 #include "Layer.h"
+#include "MinimalCorvo/Utilities.h"
 #include "support/Leaks.h"
 #include "support/Site.h"
 
@@ -7,16 +8,14 @@ using namespace testnet;
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 constexpr char MAC[] = "025AE3000002"; // of camera 2
 
 /// A camera in a foreign subnet behind the second of two adapters.
 class LayerConfiguration : public LayerTest {
 protected:
-    Bytes lastRequest() const { return second.cameras.requests().back().bytes; }
-    static Bytes part(const Bytes &bytes, std::ptrdiff_t from, std::ptrdiff_t count) {
-        return {bytes.begin() + from, bytes.begin() + from + count};
+    /// Of the last request, in hexadecimal.
+    std::string sent(std::size_t from, std::size_t count = 4) const {
+        return HexEncodeString(second.cameras.requests().back().bytes.data() + from, count).c_str();
     }
 
     Site first{"nic0", "192.168.1.5/24", {cameraAt(1, "192.168.1.20/24")}};
@@ -44,11 +43,8 @@ TEST_F(LayerConfiguration, ForcesATemporaryAddress) {
     EXPECT_EQ("Runtime: Failed to issue the ForceIp command. Some possible reasons are: Invalid IP address; device is "
               "controlled by another application.: The requested operation timed out. (0xE1000007)",
               thrownBy([] { layer().ForceIp("02:5A:E3:00:00:02", "abc", "", "0.0.0.0"); }));
-    const Bytes sent = lastRequest();
-    EXPECT_EQ((Bytes{0, 0, 0, 0, 0, 2}), part(sent, 10, 6)); // the number ends at the first separator
-    EXPECT_EQ((Bytes{255, 255, 255, 255}), part(sent, 28, 4));
-    EXPECT_EQ((Bytes{255, 255, 255, 255}), part(sent, 44, 4));
-    EXPECT_EQ((Bytes{0, 0, 0, 0}), part(sent, 60, 4));
+    EXPECT_EQ("000000000002", sent(10, 6)); // the number ends at the first separator
+    EXPECT_EQ("ffffffff ffffffff 00000000", sent(28) + " " + sent(44) + " " + sent(60));
 }
 
 TEST_F(LayerConfiguration, StoresEachAddressMode) {
@@ -59,11 +55,8 @@ TEST_F(LayerConfiguration, StoresEachAddressMode) {
     for (const auto &row : cases) {
         EXPECT_TRUE(layer().BroadcastIpConfiguration(MAC, row.persistent, row.dhcp, "10.0.0.60", "255.255.255.0",
                                                      "10.0.0.1", "A name of 20 chars!!"));
-        const Bytes sent = lastRequest();
-        ASSERT_EQ(84u, sent.size());
-        EXPECT_EQ(row.persistent ? (Bytes{10, 0, 0, 60}) : Bytes(4), part(sent, 32, 4));
-        EXPECT_EQ(row.persistent ? (Bytes{255, 255, 255, 0}) : Bytes(4), part(sent, 48, 4));
-        EXPECT_EQ(row.persistent ? (Bytes{10, 0, 0, 1}) : Bytes(4), part(sent, 64, 4));
+        EXPECT_EQ(row.persistent ? "0a00003c ffffff00 0a000001" : "00000000 00000000 00000000",
+                  sent(32) + " " + sent(48) + " " + sent(64));
         EXPECT_EQ(row.word, second.cameras.status(mac).ipEnabled);
         EXPECT_EQ("A name of 20 cha", second.cameras.status(mac).userName);
     }
@@ -74,7 +67,7 @@ TEST_F(LayerConfiguration, FailuresOfTheBroadcastAreToldByFalse) {
     second.cameras.removeCamera(mac);
     second.cameras.addCamera(cameraAt(2, "172.16.0.9/16", ",vendor-config=error"));
     EXPECT_FALSE(layer().BroadcastIpConfiguration(MAC, true, true, "10.0.0.60", "255.0.0.0", "0.0.0.0", ""));
-    EXPECT_EQ(Bytes(16), part(lastRequest(), 68, 16)); // no name
+    EXPECT_EQ(std::string(32, '0'), sent(68, 16)); // no name
 }
 
 } // namespace

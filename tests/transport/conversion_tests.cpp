@@ -3,19 +3,12 @@
 #include "MinimalCorvoGigETL/GigEPropertyValueComparer.h"
 #include "MinimalCorvoGigETL/GxStatus2Msg.h"
 #include "MinimalCorvoGigETL/GxStatusException.h"
-#include "MinimalCorvoGigETL/tools.h"
 
 #include <arpa/inet.h>
 
 namespace {
 
 using namespace Corvo;
-
-std::string roundTrip(const char *text) {
-    sockaddr address;
-    stoa(text, address);
-    return atos(address).c_str();
-}
 
 TEST(Conversions, AddressTexts) {
     const std::string longText = "10.0.0.1" + std::string(55, ' ') + "x:7"; // the x is the 64th character
@@ -26,7 +19,7 @@ TEST(Conversions, AddressTexts) {
         {longText.c_str(), "10.0.0.1:7"},
     };
     for (const auto &[text, expected] : cases)
-        EXPECT_EQ(expected, roundTrip(text)) << (text ? text : "null");
+        EXPECT_EQ(expected, atos(socketAddress(text))) << (text ? text : "null");
 
     sockaddr v6{};
     v6.sa_family = AF_INET6;
@@ -85,10 +78,8 @@ TEST(Conversions, DefaultHeartbeatTimeout) {
 }
 
 TEST(Conversions, StatusTexts) {
-    EXPECT_EQ("The requested operation timed out. (0xE1000007)", GxStatusText(GX_E_TIMEOUT));
     EXPECT_EQ("*** Error getting status message", GxStatus2Msg(0x12345678));
     EXPECT_EQ("Runtime: at 0x10: False. (0x21000001)", thrownBy([] { THROW_IF_GX_FAILED(GX_FALSE, "at 0x%x: ", 16); }));
-    EXPECT_EQ("", thrownBy([] { THROW_IF_GX_FAILED(GX_SUCCESS, "no"); }));
 }
 
 TEST(Comparer, ComparesAddressesByValue) {
@@ -113,34 +104,26 @@ TEST(Comparer, ComparesAddressesByValue) {
     EXPECT_EQ(0xC0A8000Au, GigEPropertyValueComparer::inet_addr_local("192.168.0.10"));
 }
 
-/// The filter of a text: "KEY:VALUE," for each pair and ";" behind each entry.
+/// The filter of a text: "KEY=VALUE," for each pair and ";" behind each entry.
 std::string parsed(const char *text) {
     setenv("CORVO_DEVICE_FILTER", text, 1);
     DeviceInfoList filter(3);
     const int count = GetDeviceEnumerationFilterFromEnvironment(filter);
     EXPECT_EQ(static_cast<int>(filter.size()), count) << text;
     std::string result;
-    for (const CDeviceInfo &entry : filter) {
-        StringList_t keys;
-        entry.GetPropertyNames(keys);
-        for (const String_t &key : keys) {
-            String_t value;
-            entry.GetPropertyValue(key, value);
-            result += std::string(key) + ":" + value.c_str() + ",";
-        }
-        result += ";";
-    }
+    for (const CDeviceInfo &entry : filter)
+        result += propertiesOf(entry) + ";";
     return result;
 }
 
 TEST(Filter, FromTheEnvironment) {
     const std::pair<const char *, const char *> cases[] = {
         {"SerialNumber=12345678 || DeviceClass=QuorelGigE && IpAddress=192.168.1.20",
-         "SerialNumber:12345678,;DeviceClass:QuorelGigE,IpAddress:192.168.1.20,;"},
-        {"A=1&&A=2", "A:2,;"},
-        {"none || =v || k= || \t && B = b = c && x ||", "B:b = c,;"},
-        {"A=one|two&three", "A:one|two&three,;"},
-        {"A=1 && IpAddress=192.168.1.*", "A:1,IpAddress:192.168.1.*,;"},
+         "SerialNumber=12345678,;DeviceClass=QuorelGigE,IpAddress=192.168.1.20,;"},
+        {"A=1&&A=2", "A=2,;"},
+        {"none || =v || k= || \t && B = b = c && x ||", "B=b = c,;"},
+        {"A=one|two&three", "A=one|two&three,;"},
+        {"A=1 && IpAddress=192.168.1.*", "A=1,IpAddress=192.168.1.*,;"},
         {"||", ""},
         {"  ", ""},
         {"", ""},

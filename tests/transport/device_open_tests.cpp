@@ -90,11 +90,10 @@ TEST_F(DeviceTest, HeldAndSilentCamerasCannotBeOpened) {
 
 /// Whether its timeout is implemented says a register that nobody may read.
 TEST_F(DeviceTest, IsNotOpenWhenLostMeanwhile) {
-    Start(WithXml(Document("<IntReg Name='Flag'><Address>0xA000</Address><Length>8</Length><AccessMode>RO</AccessMode>"
-                           "<pPort>Device</pPort></IntReg><Integer Name='GevHeartbeatTimeout'><pIsImplemented>Flag"
-                           "</pIsImplemented><Value>1</Value></Integer>")));
+    Start(WithXml(Document(IntReg("Flag", "0xA000") + "<Integer Name='GevHeartbeatTimeout'><pIsImplemented>Flag"
+                                                      "</pIsImplemented><Value>1</Value></Integer>")));
     cameras.setFaults(camsim::parseFaults("silent-after=4")); // privilege, mode, capability and heartbeat
-    EXPECT_THAT(thrownBy([&] { device->Open(Control); }), HasSubstr("Failed to read memory at 0xa000, 0x8 bytes. "));
+    EXPECT_THAT(thrownBy([&] { device->Open(Control); }), HasSubstr("Failed to read memory at 0xa000, 0x4 bytes. "));
     EXPECT_FALSE(device->IsOpen());
 }
 
@@ -136,9 +135,7 @@ TEST_F(DeviceTest, HeartbeatTimeoutsFollowEachOther) {
 }
 
 TEST_F(DeviceTest, ATimeoutThatTheChannelRefusesReachesTheCamera) {
-    Start(WithXml(Document("<IntReg Name='GevHeartbeatTimeout'><Address>0xA000</Address><Length>4</Length>"
-                           "<AccessMode>RW</AccessMode><pPort>Device</pPort><Endianess>BigEndian</Endianess>"
-                           "</IntReg>")));
+    Start(WithXml(Document(IntReg("GevHeartbeatTimeout", "0xA000"))));
     device->Open(Control);
     Parameter("HeartbeatTimeout")->SetValue(400, false);
     EXPECT_EQ(Register(0xA000), 400u);

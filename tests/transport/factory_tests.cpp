@@ -1,5 +1,4 @@
 #include "Layer.h"
-#include "MinimalCorvoGigETL/tools.h"
 #include "gxapi/ControlChannel.h"
 
 #include <algorithm>
@@ -81,8 +80,7 @@ TEST_F(Factory, EveryCallAfterTerminationFails) {
 /// A camera at an address of this host where nobody answers.
 CQuorelGigEDeviceInfoImpl silentCamera() {
     const GEV_DISCOVERY_INFO answer{};
-    sockaddr address{};
-    stoa("127.0.0.1:9", address);
+    const sockaddr address = socketAddress("127.0.0.1:9");
     return {address, &answer, address};
 }
 
