@@ -1,4 +1,5 @@
 #include "Program.h"
+#include "support/Leaks.h"
 
 #include <cstdlib>
 #include <random>
@@ -40,8 +41,10 @@ protected:
             macs.insert(entry["camera"]);
         return macs;
     }
+    /// \param time from the first entry of the journal on.
     void killAfter(std::chrono::microseconds time) {
         const pid_t process = begin("plan apply " + (folder / "plan.csv").string() + " --yes --timeout 4");
+        EXPECT_TRUE(eventually([&] { return std::filesystem::exists(folder / "state"); }, 30000));
         std::this_thread::sleep_for(time);
         kill(process, SIGKILL);
         waitpid(process, nullptr, 0);
@@ -65,7 +68,7 @@ TEST_F(KilledPlans, AreTakenBack) {
     for (int round = 0; round < rounds; ++round) {
         SCOPED_TRACE(testing::Message() << "round " << round);
         std::filesystem::remove_all(folder / "state");
-        killAfter(std::chrono::microseconds(random() % 4500000));
+        killAfter(std::chrono::microseconds(random() % 2500000));
         const std::vector<std::string> left = stored();
         const std::set<std::string> known = journalled();
         for (unsigned i = 1; i <= Count; ++i)

@@ -296,14 +296,18 @@ TEST_F(FreeAddressTest, MoreThanOneSocketCanAskForAreKnown) {
     for (Address each = 0xC0A80002; each < 0xC0A80002 + 508; ++each)
         addresses.push_back(each);
     const commissioning::Adapter nic0 = adapterNamed("nic0");
+    const AdapterAddress subnet = nic0.addresses.at(0);
+    ip("neighbour add 192.168.1.249 lladdr 02:00:00:00:00:41 nud stale dev nic0");
     std::thread crowd([] {
         std::this_thread::sleep_for(std::chrono::seconds(1));
         ip("neighbour flush dev nic0");
     });
-    const Neighbourhood found = neighbourhoodOf(nic0, nic0.addresses.at(0), addresses);
+    const Neighbourhood found = neighbourhoodOf(nic0, subnet, addresses);
     crowd.join();
-    EXPECT_EQ(found.free.size(), 507u);
-    EXPECT_THAT(found.taken, ElementsAre(Pair(0xC0A801FA, testing::SizeIs(12))));
+    EXPECT_EQ(found.free.size(), 506u);
+    EXPECT_EQ(found.taken.size(), 2u);
+    ip("neighbour flush dev nic0");
+    EXPECT_THAT(stillThere(nic0, subnet, found.taken), ElementsAre(Pair(0xC0A801FA, testing::SizeIs(12))));
 }
 
 } // namespace

@@ -176,14 +176,13 @@ TEST(Loss, ACallbackThatDestroysWaitsForAChangeOfTheHeartbeat) {
 
 TEST(Loss, IsNotToldAfterTheCallbackIsUnregistered) {
     for (const bool hasThreads : {true, false}) {
-        Outage outage;
-        outage.channel.network.refusesThreads = !hasThreads;
-        outage.channel.destroy(); // giving the privilege back finds the loss
-        EXPECT_EQ(outage.channel.lost, 0);
-        Outage registered;
-        registered.channel.network.refusesThreads = !hasThreads;
-        registered.channel.destroyRegistered();
-        EXPECT_TRUE(eventually([&] { return registered.channel.lost == 1; }));
+        for (const bool isRegistered : {true, false}) {
+            Outage outage;
+            outage.channel.network.refusesThreads = !hasThreads;
+            outage.channel.onLost = [isRegistered] { EXPECT_TRUE(isRegistered); };
+            isRegistered ? outage.channel.destroyRegistered() : outage.channel.destroy(); // which finds the loss
+            EXPECT_TRUE(eventually([&] { return !isRegistered || outage.channel.lost == 1; }));
+        }
     }
 }
 

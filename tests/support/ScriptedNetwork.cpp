@@ -10,6 +10,7 @@
 #include <memory>
 #include <net/if.h>
 #include <poll.h>
+#include <stdexcept>
 #include <string>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -107,7 +108,11 @@ timespec shortlyFromNow() {
 
 } // namespace
 
-ScriptedNetwork::ScriptedNetwork(Script onSend) : m_OnSend(std::move(onSend)), m_Now(1000 * Second) { current = this; }
+ScriptedNetwork::ScriptedNetwork(Script onSend) : m_OnSend(std::move(onSend)), m_Now(1000 * Second) {
+    if (current)
+        throw std::logic_error("one network at a time: its threads may outlive its channels");
+    current = this;
+}
 
 ScriptedNetwork::~ScriptedNetwork() {
     for (bool done = false; !done; __real_usleep(100)) {

@@ -59,6 +59,25 @@ void decide(const Neighbour &neighbour, Open *pOpen, Neighbourhood *pResult) {
         pResult->taken.emplace(neighbour.address, neighbour.mac);
 }
 
+std::set<Address> addressesOf(const std::map<Address, std::string> &taken) {
+    std::set<Address> addresses;
+    for (const auto &[address, mac] : taken)
+        addresses.insert(address);
+    return addresses;
+}
+
+std::map<Address, unsigned> statesOf(const Adapter &adapter) {
+    std::map<Address, unsigned> states;
+    for (const Neighbour &neighbour : neighboursOf(adapter.index))
+        states[neighbour.address] = neighbour.state;
+    return states;
+}
+
+/// Whether the kernel is still about to look.
+bool isUndecided(unsigned state) {
+    return (state & (NUD_INCOMPLETE | NUD_STALE | NUD_DELAY | NUD_PROBE)) != 0;
+}
+
 } // namespace
 
 Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subnet,
@@ -94,21 +113,28 @@ Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subn
     return result;
 }
 
-std::map<Address, std::string> stillThere(const Adapter &adapter, std::map<Address, std::string> taken,
+std::map<Address, std::string> stillThere(const Adapter &adapter, const AdapterAddress &subnet,
+                                          std::map<Address, std::string> taken,
                                           const std::function<bool()> &isCancelled) {
-    constexpr unsigned Old = NUD_STALE | NUD_DELAY | NUD_PROBE;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(9);
-    bool isOpen = !taken.empty();
-    while (isOpen && std::chrono::steady_clock::now() < deadline && !(isCancelled && isCancelled())) {
-        isOpen = false;
-        for (const Neighbour &neighbour : neighboursOf(adapter.index)) {
-            if (neighbour.state == NUD_FAILED)
-                taken.erase(neighbour.address);
-            isOpen = isOpen || ((neighbour.state & Old) != 0 && taken.count(neighbour.address) != 0);
+    std::vector<Address> forgotten; // a crowded table makes room at the cost of old entries, too
+    std::set<Address> open = addressesOf(taken);
+    while (!open.empty() && std::chrono::steady_clock::now() < deadline && !(isCancelled && isCancelled())) {
+        const std::map<Address, unsigned> states = statesOf(adapter);
+        for (auto each = open.begin(); each != open.end();) {
+            const auto found = states.find(*each);
+            const unsigned state = found == states.end() ? NUD_NONE : found->second;
+            if (state == NUD_NONE)
+                forgotten.push_back(*each);
+            if (state == NUD_FAILED)
+                taken.erase(*each);
+            each = isUndecided(state) ? std::next(each) : open.erase(each);
         }
-        if (isOpen)
+        if (!open.empty())
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
+    for (const Address address : neighbourhoodOf(adapter, subnet, forgotten, isCancelled).free)
+        taken.erase(address);
     return taken;
 }
 

@@ -67,7 +67,7 @@ std::map<Address, std::string> findTaken(const PlanReview &review, const Invento
         pFree->insert(found.free.begin(), found.free.end());
         for (const Address address : left)
             found.taken.erase(address);
-        taken.merge(stillThere(*question.adapter, std::move(found.taken), isCancelled));
+        taken.merge(stillThere(*question.adapter, *subnet, std::move(found.taken), isCancelled));
     }
     return taken;
 }
