@@ -139,6 +139,10 @@ TEST(Findings, OfWhatWasDropped) {
         {"W answers-overrun | sudo sysctl -w net.core.rmem_max=1000000 | printf '%s\\n' 'net.core.rmem_max = 1000000' "
          "| sudo tee -a /etc/sysctl.d/60-lanvane.conf"},
         [](auto &host) { host.overrun = 4; });
+    finds({"W neighbours-full | sudo sysctl -w net.ipv4.neigh.default.gc_thresh2=4096 "
+           "net.ipv4.neigh.default.gc_thresh3=8192 | printf '%s\\n' 'net.ipv4.neigh.default.gc_thresh2 = 4096' "
+           "'net.ipv4.neigh.default.gc_thresh3 = 8192' | sudo tee -a /etc/sysctl.d/60-lanvane.conf"},
+          [](auto &host) { host.during.tableFulls = 1, host.cameras[0].status = Status::NotReachable; });
     finds({"I listener-denied | sudo setcap cap_net_raw=p '/opt/my tools/listen'"}, [](auto &host) {
         host.listener.state = ListenerReport::State::Denied;
         host.listener.program = "/opt/my tools/listen";

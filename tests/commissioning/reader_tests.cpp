@@ -20,10 +20,12 @@ namespace {
 TEST(Counters, ReadByNameWhateverTheOrder) {
     const Counters counters = parseCounters(
         "Ip: Forwarding InDelivers InReceives ReasmReqds ReasmOKs\nIp: 1 20 100 6 2\nUdp: NoPorts\nUdp: 3\n",
-        "TcpExt: IPReversePathFilter\nTcpExt: 7\nIpExt: OutBcastPkts InNoRoutes\nIpExt: 5 1\n");
+        "TcpExt: IPReversePathFilter\nTcpExt: 7\nIpExt: OutBcastPkts InNoRoutes\nIpExt: 5 1\n",
+        "entries  table_fulls\n00000003 000037ef\n00000003 0000001f\n");
+    EXPECT_EQ(counters.tableFulls, 0x37EF + 0x1F);
     EXPECT_EQ(counters.unexplained(), 100 - 20 - 4 - 7 - 1);
     EXPECT_EQ((counters - counters).received, 0);
-    EXPECT_EQ(parseCounters("Ip: InReceives\nTcp: 1\n", "TcpExt: IPReversePathFilter").received, 0);
+    EXPECT_EQ(parseCounters("Ip: InReceives\nTcp: 1\n", "TcpExt: IPReversePathFilter", "entries").received, 0);
 }
 
 TEST(NetworkManager, NamesItsConnections) {

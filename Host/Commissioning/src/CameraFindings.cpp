@@ -162,7 +162,8 @@ private:
     }
 
     void checkReachable() {
-        if (m_Subnet && m_Camera.status == Status::NotReachable)
+        const bool couldBeAsked = observation().during.tableFulls == 0; // or it is the host that needs help
+        if (m_Subnet && m_Camera.status == Status::NotReachable && couldBeAsked)
             add(Code::Unanswering, {{"address", toText(m_Camera.address)}}, rescue());
     }
 

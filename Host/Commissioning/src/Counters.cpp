@@ -16,12 +16,13 @@ struct Place {
 };
 
 constexpr Place places[] = {
-    {"Ip:", "InReceives", &Counters::received},      {"Ip:", "InDelivers", &Counters::delivered},
-    {"Ip:", "ForwDatagrams", &Counters::forwarded},  {"Ip:", "InAddrErrors", &Counters::misaddressed},
-    {"Ip:", "InHdrErrors", &Counters::malformed},    {"Ip:", "InDiscards", &Counters::discarded},
-    {"Ip:", "InUnknownProtos", &Counters::unknown},  {"Ip:", "ReasmReqds", &Counters::pieces},
-    {"Ip:", "ReasmOKs", &Counters::reassembled},     {"TcpExt:", "IPReversePathFilter", &Counters::filtered},
-    {"IpExt:", "InNoRoutes", &Counters::unroutable}, {"IpExt:", "OutBcastPkts", &Counters::broadcasts},
+    {"Ip:", "InReceives", &Counters::received},          {"Ip:", "InDelivers", &Counters::delivered},
+    {"Ip:", "ForwDatagrams", &Counters::forwarded},      {"Ip:", "InAddrErrors", &Counters::misaddressed},
+    {"Ip:", "InHdrErrors", &Counters::malformed},        {"Ip:", "InDiscards", &Counters::discarded},
+    {"Ip:", "InUnknownProtos", &Counters::unknown},      {"Ip:", "ReasmReqds", &Counters::pieces},
+    {"Ip:", "ReasmOKs", &Counters::reassembled},         {"TcpExt:", "IPReversePathFilter", &Counters::filtered},
+    {"IpExt:", "InNoRoutes", &Counters::unroutable},     {"IpExt:", "OutBcastPkts", &Counters::broadcasts},
+    {"arp_cache", "table_fulls", &Counters::tableFulls},
 };
 
 void take(Counters &counters, const std::string &group, const std::string &name, std::int64_t value) {
@@ -47,6 +48,24 @@ void parse(Counters &counters, std::string_view text) {
             return;
         while (nameWords >> name && valueWords >> value)
             take(counters, group, name, value);
+    }
+}
+
+/// A line of names, and for each processor a line of hexadecimal numbers.
+void parseTable(Counters &counters, std::string_view text) {
+    std::istringstream lines{std::string(text)};
+    std::string names;
+    std::string values;
+    std::getline(lines, names);
+    while (std::getline(lines, values)) {
+        std::istringstream nameWords(names);
+        std::istringstream valueWords(values);
+        std::string name;
+        std::uint32_t value = 0;
+        while (nameWords >> name && valueWords >> std::hex >> value) {
+            if (name == "table_fulls")
+                counters.tableFulls += value;
+        }
     }
 }
 
@@ -82,15 +101,17 @@ Counters operator*(const Counters &counters, double factor) {
     return product;
 }
 
-Counters parseCounters(std::string_view snmp, std::string_view netstat) {
+Counters parseCounters(std::string_view snmp, std::string_view netstat, std::string_view arpCache) {
     Counters counters;
     parse(counters, snmp);
     parse(counters, netstat);
+    parseTable(counters, arpCache);
     return counters;
 }
 
 Counters readCounters() {
-    return parseCounters(contentOf("/proc/thread-self/net/snmp"), contentOf("/proc/thread-self/net/netstat"));
+    return parseCounters(contentOf("/proc/thread-self/net/snmp"), contentOf("/proc/thread-self/net/netstat"),
+                         contentOf("/proc/thread-self/net/stat/arp_cache"));
 }
 
 } // namespace commissioning

@@ -63,6 +63,7 @@ Clock::time_point searchAndCount(Corvo::IGigETransportLayer &layer, SearchOption
             told(heard);
     };
     diagnosis.devices = search(layer, options);
+    observation.during.tableFulls = interval.counters().tableFulls; // the probes need neighbours as well
     return end;
 }
 

@@ -160,6 +160,8 @@ void addLossFindings(FindingMaker &maker) {
     if (o.overrun > 0)
         maker.add(Code::AnswersOverrun, AllAdapters, NoCamera, {{"dropped", static_cast<std::int64_t>(o.overrun)}},
                   enlargeBuffers(o));
+    if (o.during.tableFulls > 0)
+        maker.add(Code::NeighboursFull, AllAdapters, NoCamera, {{"refused", o.during.tableFulls}}, enlargeTable(o));
 }
 
 /// Adapters on which a camera would be missed. A bridge is so only where there is nothing else: most are for

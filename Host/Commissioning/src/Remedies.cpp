@@ -122,6 +122,11 @@ Commands enlargeBuffers(const Observation &host) {
     return setKernel(host, {{"net.core.rmem_max", size}});
 }
 
+Commands enlargeTable(const Observation &host) {
+    return setKernel(host,
+                     {{"net.ipv4.neigh.default.gc_thresh2", "4096"}, {"net.ipv4.neigh.default.gc_thresh3", "8192"}});
+}
+
 std::string cameraCommand(const std::string &verb, const Camera &camera, const std::string &rest) {
     return "lanvanectl " + verb + " " + macText(camera.mac) + rest;
 }

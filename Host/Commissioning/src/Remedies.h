@@ -21,6 +21,8 @@ Commands stopFiltering(const Observation &host, const std::vector<const Adapter 
 Commands letAnswersIn(const Observation &host);
 Commands grantListening(const Observation &host, const std::string &program);
 Commands enlargeBuffers(const Observation &host);
+/// Of neighbours: room for more than the 1,024 that the kernel begins with.
+Commands enlargeTable(const Observation &host);
 /// A command of this tool for a camera. \param verb "rescue" \param rest " --static"
 std::string cameraCommand(const std::string &verb, const Camera &camera, const std::string &rest = "");
 /// A private subnet that no adapter of the host is in, with an address for the host. \param skipped how many to leave

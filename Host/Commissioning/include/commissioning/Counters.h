@@ -20,6 +20,7 @@ struct Counters {
     std::int64_t filtered = 0;     ///< TcpExt.IPReversePathFilter
     std::int64_t unroutable = 0;   ///< IpExt.InNoRoutes
     std::int64_t broadcasts = 0;   ///< IpExt.OutBcastPkts, which the kernel hands to this host as well
+    std::int64_t tableFulls = 0;   ///< arp_cache.table_fulls: neighbours that the kernel's table had no room for
 
     /// Datagrams that arrived and of which no counter tells what became: dropped by a firewall, multicast that nobody
     /// joined, or from a sender that has an address of this host.
@@ -32,7 +33,8 @@ Counters operator*(const Counters &counters, double factor);
 
 /// Reads those of the calling thread's network namespace; what the kernel does not tell is 0. Thread-safe.
 Counters readCounters();
-/// Of the texts of /proc/net/snmp and /proc/net/netstat.
-Counters parseCounters(std::string_view snmp, std::string_view netstat);
+/// Of the texts of /proc/net/snmp, /proc/net/netstat and /proc/net/stat/arp_cache, which only the host's own namespace
+/// has.
+Counters parseCounters(std::string_view snmp, std::string_view netstat, std::string_view arpCache);
 
 } // namespace commissioning
