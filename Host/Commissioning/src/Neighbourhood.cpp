@@ -74,9 +74,7 @@ std::map<Address, unsigned> statesOf(const Adapter &adapter) {
 }
 
 /// Whether the kernel is still about to look.
-bool isUndecided(unsigned state) {
-    return (state & (NUD_INCOMPLETE | NUD_STALE | NUD_DELAY | NUD_PROBE)) != 0;
-}
+bool isUndecided(unsigned state) { return (state & (NUD_INCOMPLETE | NUD_STALE | NUD_DELAY | NUD_PROBE)) != 0; }
 
 } // namespace
 
