@@ -27,8 +27,8 @@ Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subn
                               const std::vector<Address> &addresses, const std::function<bool()> &isCancelled = {});
 
 /// Without those who do not answer any more: an entry of old in the kernel's table counts as somebody, and the kernel
-/// looks at it again 5 s after the datagram. Takes up to 9 s when there are such entries, and as long as neighbourhoodOf
-/// more for those that the kernel has forgotten meanwhile. Any thread may call.
+/// looks at it again 5 s after the datagram. Takes up to 9 s when there are such entries, and as long as
+/// neighbourhoodOf more for those that the kernel has forgotten meanwhile. Any thread may call.
 ///
 /// \param taken of neighbourhoodOf with the same adapter and subnet, just now.
 /// \param isCancelled polled every 50 ms; who is not known to be gone by then is left in. \throws std::system_error
