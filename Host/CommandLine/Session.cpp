@@ -79,8 +79,6 @@ void Session::search(DiagnosisOptions options) {
             throw std::invalid_argument("There is no adapter " + name + ".");
     }
     limitTo(m_Arguments.adapters, &m_Inventory);
-    std::sort(m_Inventory.cameras.begin(), m_Inventory.cameras.end(),
-              [](const Camera &a, const Camera &b) { return a.mac < b.mac; });
     m_Terminal.progress("");
 }
 

@@ -16,18 +16,18 @@ namespace {
 std::string text(const nlohmann::json &json) { return json.is_string() ? json.get<std::string>() : json.dump(); }
 
 TEST_F(Program, ListsWhatIsThere) {
-    start({cameraAt(1, "192.168.10.21/24", ",name=left"), cameraAt(2, "10.9.8.7/16"),
+    start({cameraAt(4, "10.9.8.8/16"), cameraAt(1, "192.168.10.21/24", ",name=left"), cameraAt(2, "10.9.8.7/16"),
            cameraAt(3, "192.168.10.23/24", ",held-by=192.168.10.200:5555,name=a\x1b[31m\xff")});
     const Finished list = run("list --json");
     ASSERT_EQ(0, list.exitCode) << list.error;
     const auto &cameras = list.json["cameras"];
-    ASSERT_EQ(3U, cameras.size());
+    ASSERT_EQ(4U, cameras.size());
     std::vector<std::string> seen;
     for (const auto &camera : cameras)
         seen.push_back(text(camera["mac"]) + " " + text(camera["address"]) + " " + text(camera["status"]));
-    EXPECT_THAT(seen,
-                testing::ElementsAre("02:5A:E3:00:00:01 192.168.10.21 ok", "02:5A:E3:00:00:02 10.9.8.7 not-reachable",
-                                     "02:5A:E3:00:00:03 192.168.10.23 in-use"));
+    EXPECT_THAT(seen, testing::ElementsAre(
+                          "02:5A:E3:00:00:01 192.168.10.21 ok", "02:5A:E3:00:00:02 10.9.8.7 not-reachable",
+                          "02:5A:E3:00:00:03 192.168.10.23 in-use", "02:5A:E3:00:00:04 10.9.8.8 not-reachable"));
     EXPECT_EQ("192.168.10.21", cameras[0]["stored"]["address"]);
     EXPECT_EQ("nic0", cameras[0]["adapters"][0]);
 
