@@ -117,10 +117,23 @@ private:
         return recordOf(camera, result, m_Session.interaction().lastFailure());
     }
 
+    /// Who answers at the address that a camera would get. One that was not found may be behind any adapter.
+    std::string refusalByOthers(const Camera &camera, Address address) {
+        PlannedChange change;
+        change.camera = camera;
+        change.addressing = true;
+        change.after.address = address;
+        if (camera.adapters.empty()) {
+            for (const Adapter &adapter : m_Session.inventory().adapters)
+                change.camera.adapters.push_back(adapter.name);
+        }
+        return commissioning::refusalByOthers(address, camera.mac, m_Session.findTaken({{change}, {}}));
+    }
+
     Change wanted(const Camera &camera) const {
         Change change;
         change.device = m_Session.deviceOf(camera.mac);
-        const Adapter *adapter = m_Session.adapterOf(camera);
+        const Adapter *adapter = m_Session.adapterOf(camera, m_Arguments.address.value_or(0));
         change.adapter = adapter ? adapter->name : "";
         change.mode = m_Arguments.mode;
         const StoredAddresses stored = knownAddresses(camera);
@@ -146,7 +159,9 @@ private:
         const Change change = wanted(camera);
         if (!change.modeDiffers && !change.hasAddressChanges())
             return unchanged(camera);
-        const std::string reason = refusalOf(change, m_Session.surroundingsOf(camera));
+        std::string reason = refusalOf(change, m_Session.surroundingsOf(camera, change.address));
+        if (reason.empty() && change.mode == Mode::Static)
+            reason = refusalByOthers(camera, change.address);
         if (!reason.empty())
             return refused(camera, reason);
         if (m_Arguments.dryRun)
@@ -159,14 +174,16 @@ private:
 
     ChangeRecord force(const Camera &camera) {
         const Address address = *m_Arguments.address;
-        const AdapterAddress *subnet = subnetOf(m_Session.adapterOf(camera), address);
+        const AdapterAddress *subnet = subnetOf(m_Session.adapterOf(camera, address), address);
         const Address mask = m_Arguments.mask.value_or(subnet ? subnet->mask : camera.mask);
         const Address gateway = m_Arguments.gateway.value_or(0);
         std::string reason = refusalOfHolder(m_Session.deviceOf(camera.mac));
         if (reason.empty())
-            reason = refusalOfAddress(address, mask, camera.mac, m_Session.surroundingsOf(camera));
+            reason = refusalOfAddress(address, mask, camera.mac, m_Session.surroundingsOf(camera, address));
         if (reason.empty())
             reason = refusalOfGateway(gateway, address, mask);
+        if (reason.empty())
+            reason = refusalByOthers(camera, address);
         if (!reason.empty())
             return refused(camera, reason);
         if (m_Arguments.dryRun)
@@ -367,10 +384,10 @@ Outcome carryOut(const Arguments &arguments, Session &session, const Terminal &t
     case Command::PlanExport:
         return exportPlan(arguments, session, terminal);
     case Command::PlanCheck:
-        return checkedFile(arguments, session, terminal).outcome;
+        return checkedFile(arguments, session).outcome;
     case Command::PlanApply:
         noteOpenChanges(session, terminal);
-        return applyPlan(checkedFile(arguments, session, terminal), {}, arguments, session, terminal);
+        return applyPlan(checkedFile(arguments, session), {}, arguments, session, terminal);
     case Command::PlanUndo:
         return undoPlan(arguments, session, terminal);
     case Command::PlanLog:

@@ -48,6 +48,7 @@ TEST_F(Program, RefusesAndPredicts) {
     start({cameraAt(1, "192.168.10.21/24", ",name=twin"),
            cameraAt(2, "192.168.10.22/24", ",name=twin,options=persistent+lla"),
            cameraAt(3, "192.168.10.23/24", ",held-by=192.168.10.200:5555")});
+    addDevice("192.168.10.40");
     const struct {
         const char *arguments;
         int exitCode;
@@ -61,6 +62,9 @@ TEST_F(Program, RefusesAndPredicts) {
         {"set 192.168.10.21 static 192.168.10.1", 4, "address of this computer"},
         {"set 192.168.10.21 static 192.168.10.22", 4, "02:5A:E3:00:00:02"},
         {"set 192.168.10.21 static 10.0.0.5/8", 4, "outside the subnet"},
+        {"set 192.168.10.21 static 192.168.10.40 --dry-run", 4, "Another device"},
+        {"force 192.168.10.21 192.168.10.40", 4, "Another device"},
+        {"force 025ae3000009 192.168.10.40/24", 4, "Another device"},
         {"force 192.168.10.21 127.0.0.1", 4, "loopback"},
         {"set 192.168.10.21 static 192.168.10.21", 0, ""},
         {"set 192.168.10.21 dhcp --dry-run", 11, ""},

@@ -185,7 +185,7 @@ private:
         std::for_each(keeper, end, [this](const auto &each) { m_Around.hidden.push_back(*each.second); });
         std::string reason = refusalOfAddress(after.address, after.mask, change.camera.mac, m_Around);
         if (reason.empty())
-            reason = refusalByOthers(after.address, change.camera.mac);
+            reason = refusalByOthers(after.address, change.camera.mac, m_Taken);
         if (!reason.empty())
             return report(
                 entry,
@@ -194,13 +194,6 @@ private:
         const std::string refusal = refusalOfGateway(after.gateway, after.address, after.mask);
         if (!refusal.empty())
             report(entry, {PlanColumn::Gateway, PlanColumn::IpAddress, PlanColumn::Mode}, refusal);
-    }
-
-    std::string refusalByOthers(Address address, const std::string &mac) const {
-        const auto taken = m_Taken.find(address);
-        return taken == m_Taken.end() || taken->second == mac
-                   ? ""
-                   : "Another device, " + macText(taken->second) + ", has the address " + toText(address) + ".";
     }
 
     void sortProblems() {
