@@ -66,10 +66,7 @@ public:
         if (const std::string twin = refusalOfTwin(camera.mac, m_Session.inventory().findings); !twin.empty())
             return refused(camera, twin);
         m_Session.interaction().start(camera.mac);
-        m_Session.interruption().setInHand(m_Arguments.dryRun ? "" : camera.mac);
-        ChangeRecord record = dispatch(camera);
-        m_Session.interruption().setInHand("");
-        return record;
+        return dispatch(camera);
     }
 
     /// \param address that is free.
@@ -85,10 +82,7 @@ public:
         if (m_Arguments.dryRun)
             return wouldChange(camera, afterwards(camera, mode, address, mask, 0));
         m_Session.interaction().start(camera.mac, TemporaryAddress{camera.mac, address, mask, 0});
-        m_Session.interruption().setInHand(camera.mac);
-        ChangeRecord record = finished(camera, rescue(m_Context, plan, around));
-        m_Session.interruption().setInHand("");
-        return record;
+        return finished(camera, rescue(m_Context, plan, around));
     }
 
 private:

@@ -144,26 +144,36 @@ TEST_F(Program, SaysWhatIsNotConfirmed) {
 TEST_F(Program, EndsAtASafePointOrAtOnce) {
     start({cameraAt(1, "192.168.10.21/24", ",silence=3600000"), cameraAt(2, "192.168.10.22/24", ",reachable=no"),
            cameraAt(3, "192.168.10.23/24", ",vendor-config=silent")}); // the vendor command waits for 3 s
-    const auto interrupt = [&](const std::string &arguments, int signal, std::initializer_list<int> waits_ms) {
+    const auto interrupt = [&](const std::string &arguments, int wait_ms) {
         const pid_t process = begin(arguments);
-        for (const int wait_ms : waits_ms) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(wait_ms));
-            kill(process, signal);
-        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(wait_ms));
+        kill(process, SIGINT);
         return end(process);
     };
-    const Finished searching = interrupt("doctor --json", SIGINT, {300});
+    const Finished searching = interrupt("doctor --json", 300);
     EXPECT_EQ(130, searching.exitCode) << searching.out;
     EXPECT_EQ(130, searching.json["error"]["code"]);
 
-    const Finished waiting = interrupt("set 192.168.10.21 static 192.168.10.31 --json", SIGINT, {2500});
+    const Finished waiting = interrupt("set 192.168.10.21 static 192.168.10.31 --json", 2500);
     EXPECT_EQ(130, waiting.exitCode) << waiting.out;
     EXPECT_THAT(waiting.error, HasSubstr("next safe point"));
     EXPECT_EQ("02:5A:E3:00:00:01", text(waiting.json["changes"][0]["camera"]));
 
-    const Finished stopped = interrupt("set 192.168.10.23 static 192.168.10.33", SIGTERM, {2500, 500});
-    EXPECT_EQ(130, stopped.exitCode);
-    EXPECT_THAT(stopped.error, HasSubstr("02:5A:E3:00:00:03"));
+    std::ofstream(folder / "plan.csv") << "camera,address\n192.168.10.23,192.168.10.33\n";
+    for (const std::string &change : {std::string("set 192.168.10.23 static 192.168.10.33"),
+                                      "plan apply --yes " + (folder / "plan.csv").string()}) {
+        const auto journal = [&] { return TestFolder::Read(folder / "state/ostra-lanvane/changes.jsonl").size(); };
+        const std::size_t before = journal();
+        const pid_t process = begin(change);
+        while (journal() == before)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        kill(process, SIGTERM);
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        kill(process, SIGTERM);
+        const Finished stopped = end(process);
+        EXPECT_EQ(130, stopped.exitCode);
+        EXPECT_THAT(stopped.error, HasSubstr("camera 02:5A:E3:00:00:03"));
+    }
 }
 
 TEST_F(Program, FinishesForAReaderThatIsGone) {
