@@ -107,7 +107,7 @@ private:
         if (isDenied && !result.refused)
             result.text += " The camera is controlled by another application.";
         if (const auto &temporary = m_Session.interaction().temporaryAddress(); temporary && !result.now)
-            result.text += " The address " + toText(temporary->address) + " was forced as a temporary one.";
+            result.text += " It may have the temporary address " + toText(temporary->address) + ".";
         return recordOf(camera, result, m_Session.interaction().lastFailure());
     }
 
@@ -171,7 +171,10 @@ private:
         const AdapterAddress *subnet = subnetOf(m_Session.adapterOf(camera, address), address);
         const Address mask = m_Arguments.mask.value_or(subnet ? subnet->mask : camera.mask);
         const Address gateway = m_Arguments.gateway.value_or(0);
+        const auto &adapters = m_Session.inventory().adapters;
         std::string reason = refusalOfHolder(m_Session.deviceOf(camera.mac));
+        if (std::none_of(adapters.begin(), adapters.end(), isUsable))
+            reason = "There is no adapter that it could be sent by.";
         if (reason.empty())
             reason = refusalOfAddress(address, mask, camera.mac, m_Session.surroundingsOf(camera, address));
         if (reason.empty())

@@ -134,6 +134,7 @@ TEST_F(Program, RescuesEveryLostCamera) {
 }
 
 TEST_F(Program, SaysWhatIsNotConfirmed) {
+    EXPECT_EQ(4, run("force 025AE3000001 192.168.10.31/24 --json").exitCode); // there is no adapter
     start({cameraAt(1, "192.168.10.21/24", ",silence=3600000")});
     const Finished lost = run("set 192.168.10.21 static 192.168.10.31 --timeout 4 --json");
     EXPECT_EQ(5, lost.exitCode) << lost.out;
