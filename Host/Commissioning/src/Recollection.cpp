@@ -58,11 +58,13 @@ bool Recollection::recall(CDeviceInfo &device) {
         known.changed = m_Now;
         return false;
     }
-    for (const char *key : {PropertyVerdict, PropertyVerdictReason, PropertyHolder, PropertyStoredAddress,
-                            PropertyStoredMask, PropertyStoredGateway}) {
+    for (const char *key : {PropertyVerdict, PropertyVerdictReason, PropertyHolder}) {
         if (known.device.GetPropertyAvailable(key))
             device.SetPropertyValue(key, propertyOf(known.device, key));
     }
+    const auto stored = hasChanged ? std::nullopt : storedAddressesOf(known.device); // others may be stored by now
+    if (stored)
+        setStoredAddresses(device, *stored);
     device.ClearAccessFlags();
     return true;
 }
