@@ -66,10 +66,7 @@ public:
         if (const std::string twin = refusalOfTwin(camera.mac, m_Session.inventory().findings); !twin.empty())
             return refused(camera, twin);
         m_Session.interaction().start(camera.mac);
-        m_Session.interruption().setInHand(m_Arguments.dryRun ? "" : camera.mac);
-        ChangeRecord record = dispatch(camera);
-        m_Session.interruption().setInHand("");
-        return record;
+        return dispatch(camera);
     }
 
     /// \param address that is free.
@@ -85,10 +82,7 @@ public:
         if (m_Arguments.dryRun)
             return wouldChange(camera, afterwards(camera, mode, address, mask, 0));
         m_Session.interaction().start(camera.mac, TemporaryAddress{camera.mac, address, mask, 0});
-        m_Session.interruption().setInHand(camera.mac);
-        ChangeRecord record = finished(camera, rescue(m_Context, plan, around));
-        m_Session.interruption().setInHand("");
-        return record;
+        return finished(camera, rescue(m_Context, plan, around));
     }
 
 private:
@@ -113,14 +107,27 @@ private:
         if (isDenied && !result.refused)
             result.text += " The camera is controlled by another application.";
         if (const auto &temporary = m_Session.interaction().temporaryAddress(); temporary && !result.now)
-            result.text += " The address " + toText(temporary->address) + " was forced as a temporary one.";
+            result.text += " It may have the temporary address " + toText(temporary->address) + ".";
         return recordOf(camera, result, m_Session.interaction().lastFailure());
+    }
+
+    /// Who answers at the address that a camera would get. One that was not found may be behind any adapter.
+    std::string refusalByOthers(const Camera &camera, Address address) {
+        PlannedChange change;
+        change.camera = camera;
+        change.addressing = true;
+        change.after.address = address;
+        if (camera.adapters.empty()) {
+            for (const Adapter &adapter : m_Session.inventory().adapters)
+                change.camera.adapters.push_back(adapter.name);
+        }
+        return commissioning::refusalByOthers(address, camera.mac, m_Session.findTaken({{change}, {}}));
     }
 
     Change wanted(const Camera &camera) const {
         Change change;
         change.device = m_Session.deviceOf(camera.mac);
-        const Adapter *adapter = m_Session.adapterOf(camera);
+        const Adapter *adapter = m_Session.adapterOf(camera, m_Arguments.address.value_or(0));
         change.adapter = adapter ? adapter->name : "";
         change.mode = m_Arguments.mode;
         const StoredAddresses stored = knownAddresses(camera);
@@ -146,7 +153,9 @@ private:
         const Change change = wanted(camera);
         if (!change.modeDiffers && !change.hasAddressChanges())
             return unchanged(camera);
-        const std::string reason = refusalOf(change, m_Session.surroundingsOf(camera));
+        std::string reason = refusalOf(change, m_Session.surroundingsOf(camera, change.address));
+        if (reason.empty() && change.mode == Mode::Static)
+            reason = refusalByOthers(camera, change.address);
         if (!reason.empty())
             return refused(camera, reason);
         if (m_Arguments.dryRun)
@@ -159,14 +168,19 @@ private:
 
     ChangeRecord force(const Camera &camera) {
         const Address address = *m_Arguments.address;
-        const AdapterAddress *subnet = subnetOf(m_Session.adapterOf(camera), address);
+        const AdapterAddress *subnet = subnetOf(m_Session.adapterOf(camera, address), address);
         const Address mask = m_Arguments.mask.value_or(subnet ? subnet->mask : camera.mask);
         const Address gateway = m_Arguments.gateway.value_or(0);
+        const auto &adapters = m_Session.inventory().adapters;
         std::string reason = refusalOfHolder(m_Session.deviceOf(camera.mac));
+        if (std::none_of(adapters.begin(), adapters.end(), isUsable))
+            reason = "There is no adapter that it could be sent by.";
         if (reason.empty())
-            reason = refusalOfAddress(address, mask, camera.mac, m_Session.surroundingsOf(camera));
+            reason = refusalOfAddress(address, mask, camera.mac, m_Session.surroundingsOf(camera, address));
         if (reason.empty())
             reason = refusalOfGateway(gateway, address, mask);
+        if (reason.empty())
+            reason = refusalByOthers(camera, address);
         if (!reason.empty())
             return refused(camera, reason);
         if (m_Arguments.dryRun)
@@ -367,10 +381,10 @@ Outcome carryOut(const Arguments &arguments, Session &session, const Terminal &t
     case Command::PlanExport:
         return exportPlan(arguments, session, terminal);
     case Command::PlanCheck:
-        return checkedFile(arguments, session, terminal).outcome;
+        return checkedFile(arguments, session).outcome;
     case Command::PlanApply:
         noteOpenChanges(session, terminal);
-        return applyPlan(checkedFile(arguments, session, terminal), {}, arguments, session, terminal);
+        return applyPlan(checkedFile(arguments, session), {}, arguments, session, terminal);
     case Command::PlanUndo:
         return undoPlan(arguments, session, terminal);
     case Command::PlanLog:

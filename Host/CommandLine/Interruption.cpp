@@ -2,6 +2,7 @@
 
 #include "ExitCode.h"
 #include "commissioning/AddressText.h"
+#include "commissioning/CameraLock.h"
 
 #include <csignal>
 #include <cstdio>
@@ -61,10 +62,9 @@ void Interruption::run() {
 }
 
 void Interruption::stopAtOnce() {
-    const std::lock_guard<std::mutex> lock(m_Lock);
-    if (!m_InHand.empty())
+    for (const std::string &mac : commissioning::CameraLock::held())
         std::fprintf(stderr, "Stopped while changing the camera %s: it is not known what it has stored.\n",
-                     commissioning::macText(m_InHand).c_str());
+                     commissioning::macText(mac).c_str());
     // Standard output is not flushed: whoever reads it may be what the first signal was waiting for.
     _exit(ExitInterrupted);
 }
@@ -72,11 +72,6 @@ void Interruption::stopAtOnce() {
 bool Interruption::sleep(std::chrono::milliseconds time) {
     std::unique_lock<std::mutex> lock(m_Lock);
     return m_Changed.wait_for(lock, time, [this] { return isRequested(); });
-}
-
-void Interruption::setInHand(const std::string &mac) {
-    const std::lock_guard<std::mutex> lock(m_Lock);
-    m_InHand = mac;
 }
 
 } // namespace commandline

@@ -6,14 +6,13 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace commandline {
 
 /// Takes SIGINT, SIGTERM and SIGHUP for the life of the process: the first one asks to stop at the next safe point, the
-/// second one ends the process at once. Made before any other thread, so that all of them leave the signals to it.
+/// second one names the cameras that are being changed and ends the process at once. Made before any other thread, so
+/// that all of them leave the signals to it.
 class Interruption {
 public:
     /// \param isQuiet whether nothing is said of the first signal, as where it is the usual end.
@@ -27,17 +26,14 @@ public:
     const Gx::CStopToken &token() const { return m_Token; }
     /// Sleeps, not longer than until a stop is asked for. \returns whether it was.
     bool sleep(std::chrono::milliseconds time);
-    /// \param mac of the camera that is being changed; empty for none. A second signal names it.
-    void setInHand(const std::string &mac);
 
 private:
     void run();
     [[noreturn]] void stopAtOnce();
 
     const bool m_IsQuiet;
-    std::mutex m_Lock; ///< guards what is in hand and the wait
+    std::mutex m_Lock; ///< guards the wait
     std::condition_variable m_Changed;
-    std::string m_InHand;
     Gx::CStopToken m_Token;
     std::atomic<bool> m_IsEnding{false};
     std::thread m_Thread;

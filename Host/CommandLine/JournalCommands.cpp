@@ -83,16 +83,15 @@ bool isKnown(const std::string &id, const std::vector<JournalEntry> &entries) {
 }
 
 /// Whether a refused undo would change something, and nothing speaks against it, if it were forced.
-bool helpsForce(const std::string &id, const std::vector<JournalEntry> &entries, Session &session,
-                const Terminal &terminal) {
+bool helpsForce(const std::string &id, const std::vector<JournalEntry> &entries, Session &session) {
     const Undo forced = undoOf(id, entries, inventoryOf(session.diagnosis()), true);
-    return checked(forced.plan, "", session, terminal).outcome.exitCode == ExitWouldChange;
+    return checked(forced.plan, "", session).outcome.exitCode == ExitWouldChange;
 }
 
 Outcome undo(const std::string &id, const std::vector<JournalEntry> &entries, const Arguments &arguments,
              Session &session, const Terminal &terminal) {
     const Undo undo = undoOf(id, entries, inventoryOf(session.diagnosis()), arguments.isForced);
-    const CheckedPlan check = checked(undo.plan, "", session, terminal);
+    const CheckedPlan check = checked(undo.plan, "", session);
     noteOpen(entries, terminal);
     tell(undo.losses, arguments, terminal);
     PlanOptions options;
@@ -103,7 +102,7 @@ Outcome undo(const std::string &id, const std::vector<JournalEntry> &entries, co
         addRemarks(undo.losses, &outcome);
     if (undo.plan.entries.empty() && undo.plan.problems.empty())
         outcome.text = "There is nothing to undo.\n";
-    if (check.review.isRefused() && !arguments.isForced && helpsForce(id, entries, session, terminal))
+    if (check.review.isRefused() && !arguments.isForced && helpsForce(id, entries, session))
         outcome.error += ". --force undoes also what has changed since, as far as that can be done";
     return outcome;
 }

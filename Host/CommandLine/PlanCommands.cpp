@@ -4,7 +4,6 @@
 #include "FileReading.h"
 #include "FileWriting.h"
 #include "Text.h"
-#include "commissioning/TakenAddresses.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -49,16 +48,6 @@ void refuseElsewhere(const Inventory &considered, PlanReview *pReview) {
     }
 }
 
-std::map<Address, std::string> takenBy(const CheckedPlan &check, Session &session, const Terminal &terminal) {
-    terminal.progress("Looking whether the new addresses are free...");
-    std::set<Address> free;
-    auto taken = findTaken(check.review, check.inventory, &free, [&] { return session.interruption().isRequested(); });
-    terminal.progress("");
-    if (session.interruption().isRequested())
-        throw Cancelled();
-    return taken;
-}
-
 Outcome outcomeOf(const PlanReview &review, const std::string &file) {
     Outcome outcome;
     outcome.plan = PlanReport{"", file, review.problems};
@@ -74,19 +63,19 @@ Outcome outcomeOf(const PlanReview &review, const std::string &file) {
 
 } // namespace
 
-CheckedPlan checked(const Plan &plan, const std::string &file, Session &session, const Terminal &terminal) {
+CheckedPlan checked(const Plan &plan, const std::string &file, Session &session) {
     CheckedPlan check;
     check.inventory = inventoryOf(session.diagnosis());
     check.review = review(plan, check.inventory);
     refuseElsewhere(session.inventory(), &check.review);
     if (!check.review.isRefused())
-        check.review = review(plan, check.inventory, takenBy(check, session, terminal));
+        check.review = review(plan, check.inventory, session.findTaken(check.review));
     check.outcome = outcomeOf(check.review, file);
     return check;
 }
 
-CheckedPlan checkedFile(const Arguments &arguments, Session &session, const Terminal &terminal) {
-    return checked(readPlan(textOfFile(arguments.file)), arguments.file, session, terminal);
+CheckedPlan checkedFile(const Arguments &arguments, Session &session) {
+    return checked(readPlan(textOfFile(arguments.file)), arguments.file, session);
 }
 
 Outcome exportPlan(const Arguments &arguments, const Session &session, const Terminal &terminal) {

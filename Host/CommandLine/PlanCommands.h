@@ -17,11 +17,10 @@ struct CheckedPlan {
 
 /// Cameras that are not among those of the adapters that the user named are problems, and so are new addresses that
 /// somebody answers for. \throws Cancelled when it is interrupted while it asks for those.
-CheckedPlan checked(const commissioning::Plan &plan, const std::string &file, Session &session,
-                    const Terminal &terminal);
+CheckedPlan checked(const commissioning::Plan &plan, const std::string &file, Session &session);
 
 /// The plan of the file that the user named. \throws std::invalid_argument when it cannot be read.
-CheckedPlan checkedFile(const Arguments &arguments, Session &session, const Terminal &terminal);
+CheckedPlan checkedFile(const Arguments &arguments, Session &session);
 Outcome exportPlan(const Arguments &arguments, const Session &session, const Terminal &terminal);
 
 /// Asks, unless that is not wanted, and applies it. What is refused or changes nothing is neither asked nor applied.

@@ -4,6 +4,7 @@
 #include "MinimalCorvoGigETL/TlFactory.h"
 #include "commissioning/DeviceInfos.h"
 #include "commissioning/Selection.h"
+#include "commissioning/TakenAddresses.h"
 
 #include <algorithm>
 #include <cmath>
@@ -79,8 +80,6 @@ void Session::search(DiagnosisOptions options) {
             throw std::invalid_argument("There is no adapter " + name + ".");
     }
     limitTo(m_Arguments.adapters, &m_Inventory);
-    std::sort(m_Inventory.cameras.begin(), m_Inventory.cameras.end(),
-              [](const Camera &a, const Camera &b) { return a.mac < b.mac; });
     m_Terminal.progress("");
 }
 
@@ -96,7 +95,20 @@ Corvo::CQuorelGigEDeviceInfo Session::deviceOf(const std::string &mac) {
     return device;
 }
 
-const Adapter *Session::adapterOf(const Camera &camera) const { return commissioning::adapterOf(camera, m_Inventory); }
+const Adapter *Session::adapterOf(const Camera &camera, Address wanted) const {
+    return commissioning::adapterOf(camera, m_Inventory, wanted);
+}
+
+std::map<Address, std::string> Session::findTaken(const PlanReview &review) {
+    m_Terminal.progress("Looking whether the new addresses are free...");
+    std::set<Address> free;
+    auto taken = commissioning::findTaken(review, inventoryOf(m_Diagnosis), &free,
+                                          [this] { return m_Interruption.isRequested(); });
+    m_Terminal.progress("");
+    if (m_Interruption.isRequested())
+        throw Cancelled();
+    return taken;
+}
 
 FreeAddresses &Session::freeAddresses() {
     if (!m_FreeAddresses) {
@@ -118,8 +130,8 @@ std::optional<TemporaryAddress> Session::freeAddress(const std::string &mac, con
     return std::nullopt;
 }
 
-AddressSurroundings Session::surroundingsOf(const Camera &camera) {
-    AddressSurroundings around = surroundingsOn(m_Diagnosis.observation.adapters, adapterOf(camera));
+AddressSurroundings Session::surroundingsOf(const Camera &camera, Address wanted) {
+    AddressSurroundings around = surroundingsOn(m_Diagnosis.observation.adapters, adapterOf(camera, wanted));
     around.devices = &m_Diagnosis.devices;
     const auto &cameras = m_Diagnosis.observation.cameras;
     std::copy_if(cameras.begin(), cameras.end(), std::back_inserter(around.hidden),

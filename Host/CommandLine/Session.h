@@ -9,8 +9,10 @@
 #include "commissioning/Diagnosis.h"
 #include "commissioning/FreeAddresses.h"
 #include "commissioning/Journal.h"
+#include "commissioning/Plan.h"
 #include "commissioning/Refusals.h"
 
+#include <map>
 #include <string>
 
 namespace commandline {
@@ -34,10 +36,14 @@ public:
 
     /// As it was found; of a hidden camera what the listener saw, of any other its MAC alone.
     Corvo::CQuorelGigEDeviceInfo deviceOf(const std::string &mac);
-    /// \returns the first of the adapters it was found through; null when none of them is known.
-    const commissioning::Adapter *adapterOf(const commissioning::Camera &camera) const;
+    /// Of the adapters that the user named. \param wanted an address that the camera is to get; 0 for none.
+    const commissioning::Adapter *adapterOf(const commissioning::Camera &camera,
+                                            commissioning::Address wanted = 0) const;
     /// What an address for the camera is judged by.
-    commissioning::AddressSurroundings surroundingsOf(const commissioning::Camera &camera);
+    commissioning::AddressSurroundings surroundingsOf(const commissioning::Camera &camera,
+                                                      commissioning::Address wanted = 0);
+    /// Who has the new addresses of a plan. \throws Cancelled when it is interrupted.
+    std::map<commissioning::Address, std::string> findTaken(const commissioning::PlanReview &review);
     commissioning::Context context();
     /// Knows all cameras and adapters, what it gave out in this run, and the address that the user named.
     commissioning::FreeAddresses &freeAddresses();

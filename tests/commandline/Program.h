@@ -37,6 +37,13 @@ protected:
         std::ofstream("/proc/sys/net/ipv4/neigh/nic0/retrans_time_ms") << 100; // nobody has an address: known sooner
     }
 
+    /// Something that is no camera.
+    void addDevice(const std::string &address) {
+        for (const std::string &step : {std::string("link add other link cam type macvlan mode bridge"),
+                                        std::string("link set other up"), "address add " + address + "/24 dev other"})
+            site->adapter.cameraSide().ip(step);
+    }
+
     pid_t begin(const std::string &arguments) {
         const std::string command = "exec " LANVANECTL " </dev/null " + arguments + " >" + (folder / "out").string() +
                                     " 2>" + (folder / "error").string();

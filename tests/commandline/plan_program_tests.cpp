@@ -14,9 +14,7 @@ TEST_F(Program, ChangesCamerasByPlan) {
     std::ofstream(wanted) << "name;camera;address\nl;left;192.168.10.22\n;192.168.10.22;192.168.10.31\n";
     std::ofstream(folder / "bad.csv") << "camera,address\nleft,192.168.10.23\n025AE3000003,192.168.10.33\n";
     // Another device has .40; nobody has .41 any more, though the host remembers somebody.
-    for (const char *const step : {"link add other link cam type macvlan mode bridge", "link set other up",
-                                   "address add 192.168.10.40/24 dev other"})
-        site->adapter.cameraSide().ip(step);
+    addDevice("192.168.10.40");
     std::ofstream("/proc/sys/net/ipv4/neigh/nic0/delay_first_probe_time") << 1;
     ip("neighbour add 192.168.10.41 lladdr 02:00:00:00:00:41 nud stale dev nic0");
     std::ofstream(folder / "taken.csv") << "camera,address\nleft,192.168.10.40\n192.168.10.22,192.168.10.41\n";

@@ -16,18 +16,18 @@ namespace {
 std::string text(const nlohmann::json &json) { return json.is_string() ? json.get<std::string>() : json.dump(); }
 
 TEST_F(Program, ListsWhatIsThere) {
-    start({cameraAt(1, "192.168.10.21/24", ",name=left"), cameraAt(2, "10.9.8.7/16"),
+    start({cameraAt(4, "10.9.8.8/16"), cameraAt(1, "192.168.10.21/24", ",name=left"), cameraAt(2, "10.9.8.7/16"),
            cameraAt(3, "192.168.10.23/24", ",held-by=192.168.10.200:5555,name=a\x1b[31m\xff")});
     const Finished list = run("list --json");
     ASSERT_EQ(0, list.exitCode) << list.error;
     const auto &cameras = list.json["cameras"];
-    ASSERT_EQ(3U, cameras.size());
+    ASSERT_EQ(4U, cameras.size());
     std::vector<std::string> seen;
     for (const auto &camera : cameras)
         seen.push_back(text(camera["mac"]) + " " + text(camera["address"]) + " " + text(camera["status"]));
-    EXPECT_THAT(seen,
-                testing::ElementsAre("02:5A:E3:00:00:01 192.168.10.21 ok", "02:5A:E3:00:00:02 10.9.8.7 not-reachable",
-                                     "02:5A:E3:00:00:03 192.168.10.23 in-use"));
+    EXPECT_THAT(seen, testing::ElementsAre(
+                          "02:5A:E3:00:00:01 192.168.10.21 ok", "02:5A:E3:00:00:02 10.9.8.7 not-reachable",
+                          "02:5A:E3:00:00:03 192.168.10.23 in-use", "02:5A:E3:00:00:04 10.9.8.8 not-reachable"));
     EXPECT_EQ("192.168.10.21", cameras[0]["stored"]["address"]);
     EXPECT_EQ("nic0", cameras[0]["adapters"][0]);
 
@@ -48,6 +48,7 @@ TEST_F(Program, RefusesAndPredicts) {
     start({cameraAt(1, "192.168.10.21/24", ",name=twin"),
            cameraAt(2, "192.168.10.22/24", ",name=twin,options=persistent+lla"),
            cameraAt(3, "192.168.10.23/24", ",held-by=192.168.10.200:5555")});
+    addDevice("192.168.10.40");
     const struct {
         const char *arguments;
         int exitCode;
@@ -61,6 +62,9 @@ TEST_F(Program, RefusesAndPredicts) {
         {"set 192.168.10.21 static 192.168.10.1", 4, "address of this computer"},
         {"set 192.168.10.21 static 192.168.10.22", 4, "02:5A:E3:00:00:02"},
         {"set 192.168.10.21 static 10.0.0.5/8", 4, "outside the subnet"},
+        {"set 192.168.10.21 static 192.168.10.40 --dry-run", 4, "Another device"},
+        {"force 192.168.10.21 192.168.10.40", 4, "Another device"},
+        {"force 025ae3000009 192.168.10.40/24", 4, "Another device"},
         {"force 192.168.10.21 127.0.0.1", 4, "loopback"},
         {"set 192.168.10.21 static 192.168.10.21", 0, ""},
         {"set 192.168.10.21 dhcp --dry-run", 11, ""},
@@ -130,6 +134,7 @@ TEST_F(Program, RescuesEveryLostCamera) {
 }
 
 TEST_F(Program, SaysWhatIsNotConfirmed) {
+    EXPECT_EQ(4, run("force 025AE3000001 192.168.10.31/24 --json").exitCode); // there is no adapter
     start({cameraAt(1, "192.168.10.21/24", ",silence=3600000")});
     const Finished lost = run("set 192.168.10.21 static 192.168.10.31 --timeout 4 --json");
     EXPECT_EQ(5, lost.exitCode) << lost.out;
@@ -140,26 +145,36 @@ TEST_F(Program, SaysWhatIsNotConfirmed) {
 TEST_F(Program, EndsAtASafePointOrAtOnce) {
     start({cameraAt(1, "192.168.10.21/24", ",silence=3600000"), cameraAt(2, "192.168.10.22/24", ",reachable=no"),
            cameraAt(3, "192.168.10.23/24", ",vendor-config=silent")}); // the vendor command waits for 3 s
-    const auto interrupt = [&](const std::string &arguments, int signal, std::initializer_list<int> waits_ms) {
+    const auto interrupt = [&](const std::string &arguments, int wait_ms) {
         const pid_t process = begin(arguments);
-        for (const int wait_ms : waits_ms) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(wait_ms));
-            kill(process, signal);
-        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(wait_ms));
+        kill(process, SIGINT);
         return end(process);
     };
-    const Finished searching = interrupt("doctor --json", SIGINT, {300});
+    const Finished searching = interrupt("doctor --json", 300);
     EXPECT_EQ(130, searching.exitCode) << searching.out;
     EXPECT_EQ(130, searching.json["error"]["code"]);
 
-    const Finished waiting = interrupt("set 192.168.10.21 static 192.168.10.31 --json", SIGINT, {2500});
+    const Finished waiting = interrupt("set 192.168.10.21 static 192.168.10.31 --json", 2500);
     EXPECT_EQ(130, waiting.exitCode) << waiting.out;
     EXPECT_THAT(waiting.error, HasSubstr("next safe point"));
     EXPECT_EQ("02:5A:E3:00:00:01", text(waiting.json["changes"][0]["camera"]));
 
-    const Finished stopped = interrupt("set 192.168.10.23 static 192.168.10.33", SIGTERM, {2500, 500});
-    EXPECT_EQ(130, stopped.exitCode);
-    EXPECT_THAT(stopped.error, HasSubstr("02:5A:E3:00:00:03"));
+    std::ofstream(folder / "plan.csv") << "camera,address\n192.168.10.23,192.168.10.33\n";
+    for (const std::string &change : {std::string("set 192.168.10.23 static 192.168.10.33"),
+                                      "plan apply --yes " + (folder / "plan.csv").string()}) {
+        const auto journal = [&] { return TestFolder::Read(folder / "state/ostra-lanvane/changes.jsonl").size(); };
+        const std::size_t before = journal();
+        const pid_t process = begin(change);
+        while (journal() == before)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        kill(process, SIGTERM);
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        kill(process, SIGTERM);
+        const Finished stopped = end(process);
+        EXPECT_EQ(130, stopped.exitCode);
+        EXPECT_THAT(stopped.error, HasSubstr("camera 02:5A:E3:00:00:03"));
+    }
 }
 
 TEST_F(Program, FinishesForAReaderThatIsGone) {

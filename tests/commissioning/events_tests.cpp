@@ -142,18 +142,23 @@ TEST(Recollection, AsksAgainWhoChanges) {
     const std::pair<int, const char *> rows[] = {{0, "1"},  {1, "2"},  {5, "2"}, {6, "3"},
                                                  {10, "3"}, {11, "4"}, {58, "4"}};
     std::string asked;
+    std::string stored; // what one that is not asked has stored, is known unless it has changed
     for (const auto &[now_s, address] : rows) {
         SearchOptions options;
         recollection.attach(&options, Recollection::Time(std::chrono::seconds(now_s)));
         Corvo::CQuorelGigEDeviceInfo device;
         device.SetMacAddress("025AE3000001").SetIpAddress((std::string("10.0.0.") + address).c_str());
         device.SetPropertyValue(PropertyVerdict, std::to_string(Corvo::Accessibility_Ok).c_str());
-        if (options.recall(device))
+        if (options.recall(device)) {
+            stored += storedAddressesOf(device) ? "known " : "unknown ";
             continue;
+        }
+        setStoredAddresses(device, {});
         options.judged(device);
         asked += std::to_string(now_s) + " ";
     }
     EXPECT_EQ("0 1 10 58 ", asked);
+    EXPECT_EQ("known unknown unknown ", stored);
 }
 
 } // namespace

@@ -167,7 +167,8 @@ std::string toString(const PlanReview &review) {
 TEST(Plan, IsJudgedByWhatComesOfIt) {
     Inventory inventory = site();
     inventory.cameras[1].stored = StoredAddresses{0xC0A80A16, 0xFFFF0000, 0xC0A80101};
-    inventory.cameras[3].address = 0xC0A80A63; // a temporary one
+    inventory.cameras[3].address = 0xC0A80A63;        // a temporary one
+    inventory.cameras[0].adapters = {"eth2", "eth1"}; // it is behind both
     inventory.cameras[3].word = 7;
     const struct {
         const char *lines, *outcome;
@@ -182,6 +183,7 @@ TEST(Plan, IsJudgedByWhatComesOfIt) {
         {"left,,192.168.10.22\nright,,192.168.10.24", // a chain that ends at somebody who stays
          "3:8: The camera with the MAC address 02:5A:E3:00:00:04 has the address 192.168.10.24.\n"
          "192.168.10.22/24 0.0.0.0 5 stored addressing\n192.168.10.24/24 0.0.0.0 5 stored addressing\n"},
+        {"left,,10.1.2.3", "10.1.2.3/8 0.0.0.0 5 stored addressing\n"},
         {"right,,192.168.10.22,,192.168.2.1", "192.168.10.22/16 192.168.2.1 5 stored addressing\n"},
         {"right,STATIC,192.168.10.22", "192.168.10.22/16 192.168.1.1 5\n"}, // as it is
         {"025AE3000004,static", "192.168.10.24/24 0.0.0.0 7\n"},

@@ -102,6 +102,8 @@ private:
             camera.config.forced = forced;
             return camera.site->addCamera(camera.config);
         }
+        // What is written after the next look would be forgotten.
+        camera.site->setFaults(camera.config.mac, lossOf(100));
         const camsim::CameraStatus last = camera.site->status(camera.config.mac);
         camera.config.persistent = last.persistent;
         camera.config.ipEnabled = last.ipEnabled;

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstring>
+#include <mutex>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <system_error>
@@ -86,10 +87,33 @@ Descriptor lockOf(const std::string &mac) {
     throw CameraBusy("The camera is being changed by " + describe(named) + ".", named);
 }
 
+/// What this process has.
+struct Held {
+    std::mutex mutex;
+    std::set<std::string> macs;
+};
+
+Held &heldHere() {
+    static Held held;
+    return held;
+}
+
 } // namespace
 
-CameraLock::CameraLock(const std::string &mac) : m_Socket(lockOf(macFrom(mac)).release()) {}
+CameraLock::CameraLock(const std::string &mac) : m_Mac(macFrom(mac)), m_Socket(lockOf(m_Mac).release()) {
+    const std::lock_guard<std::mutex> lock(heldHere().mutex);
+    heldHere().macs.insert(m_Mac);
+}
 
-CameraLock::~CameraLock() { close(m_Socket); }
+CameraLock::~CameraLock() {
+    const std::lock_guard<std::mutex> lock(heldHere().mutex);
+    heldHere().macs.erase(m_Mac);
+    close(m_Socket);
+}
+
+std::set<std::string> CameraLock::held() {
+    const std::lock_guard<std::mutex> lock(heldHere().mutex);
+    return heldHere().macs;
+}
 
 } // namespace commissioning

@@ -163,6 +163,7 @@ Camera cameraOf(const CQuorelGigEDeviceInfo &device) {
     camera.name = text("UserDefinedName");
     if (device.GetPropertyAvailable(PropertyInterfaceName))
         camera.adapters = partsOf(propertyOf(device, PropertyInterfaceName), ";");
+    std::sort(camera.adapters.begin(), camera.adapters.end()); // it was found through them in an order of chance
     camera.address = currentAddressOf(device);
     camera.mask = addressIn(device, "SubnetMask");
     camera.gateway = addressIn(device, "DefaultGateway");

@@ -6,8 +6,10 @@
 #include "gxapi/Enumerator.h"
 #include "gxapi/StopToken.h"
 
+#include <algorithm>
 #include <set>
 #include <thread>
+#include <tuple>
 
 namespace commissioning {
 
@@ -43,6 +45,9 @@ std::vector<Answer> answersOf(const Corvo::DeviceInfoList &devices) {
         const Camera camera = cameraOf(Corvo::CQuorelGigEDeviceInfo(device));
         answers.push_back({camera.mac, camera.address, camera.vendor, camera.model, camera.serial});
     }
+    std::sort(answers.begin(), answers.end(), [](const Answer &a, const Answer &b) {
+        return std::tie(a.mac, a.serial, a.address) < std::tie(b.mac, b.serial, b.address);
+    });
     return answers;
 }
 
@@ -104,6 +109,8 @@ Diagnosis diagnose(Corvo::IGigETransportLayer &layer, const DiagnosisOptions &op
     observation.cameras = inventoryOf(diagnosis.devices).cameras;
     for (Camera &hidden : hiddenCameras(observation.listener, observation.cameras, end))
         observation.cameras.push_back(std::move(hidden));
+    std::sort(observation.cameras.begin(), observation.cameras.end(),
+              [](const Camera &a, const Camera &b) { return a.mac < b.mac; }); // they answer in an order of chance
     nameHolders(observation);
     completeFromHost(observation, options.earlier);
     if (Gx::CStopScope::IsStopRequested())

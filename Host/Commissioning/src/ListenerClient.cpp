@@ -242,8 +242,9 @@ std::vector<Camera> hiddenCameras(const ListenerReport &report, const std::vecto
             hidden.push_back(seen.camera);
         hidden[place->second].hidden = true;
         std::vector<std::string> &adapters = hidden[place->second].adapters;
-        if (std::find(adapters.begin(), adapters.end(), seen.adapter) == adapters.end())
-            adapters.push_back(seen.adapter);
+        const auto at = std::lower_bound(adapters.begin(), adapters.end(), seen.adapter);
+        if (at == adapters.end() || *at != seen.adapter)
+            adapters.insert(at, seen.adapter);
     }
     return hidden;
 }

@@ -84,7 +84,6 @@ private:
     PlannedChange changeOf(const PlanEntry &entry, const Camera &camera) const {
         PlannedChange change;
         change.camera = camera;
-        change.adapter = adapterOf(camera, m_Inventory) ? adapterOf(camera, m_Inventory)->name : "";
         change.line = entry.line;
         change.word = wordAfter(entry, camera);
         change.after = settingsOf(camera);
@@ -96,6 +95,8 @@ private:
             addressStatic(entry, &change);
         else
             addressOtherwise(entry, &change);
+        if (const Adapter *const adapter = adapterOf(camera, m_Inventory, change.after.address))
+            change.adapter = adapter->name;
         return change;
     }
 
@@ -106,8 +107,8 @@ private:
         const StoredAddresses known = knownAddresses(camera);
         const bool keepsAddress = !entry.address || *entry.address == known.address;
         const auto mask = keepsAddress && !entry.mask && known.mask != 0 ? std::optional(known.mask) : entry.mask;
-        const auto wanted =
-            wantedAddresses(camera, adapterOf(camera, m_Inventory), {entry.address, mask, entry.gateway});
+        const Adapter *const adapter = adapterOf(camera, m_Inventory, entry.address.value_or(known.address));
+        const auto wanted = wantedAddresses(camera, adapter, {entry.address, mask, entry.gateway});
         pChange->after = {Mode::Static, wanted.address, wanted.mask, wanted.gateway, pChange->after.name};
         const bool isStored = camera.stored && *camera.stored == wanted && camera.address == wanted.address;
         pChange->addressing = pChange->addressing || camera.mode != Mode::Static || !isStored;
@@ -176,7 +177,7 @@ private:
             return report(entry, {PlanColumn::IpAddress, PlanColumn::Mode},
                           "The camera " + macText(first->second->camera.mac) + lineOf(first->second->line) +
                               " gets the address " + toText(after.address) + ", too.");
-        const Adapter *adapter = adapterOf(change.camera, m_Inventory);
+        const Adapter *adapter = adapterOf(change.camera, m_Inventory, after.address);
         m_Around.adapter = adapter ? adapter->addresses : std::vector<AdapterAddress>();
         m_Around.adapterName = change.adapter;
         m_Around.hidden.clear();
@@ -184,7 +185,7 @@ private:
         std::for_each(keeper, end, [this](const auto &each) { m_Around.hidden.push_back(*each.second); });
         std::string reason = refusalOfAddress(after.address, after.mask, change.camera.mac, m_Around);
         if (reason.empty())
-            reason = refusalByOthers(after.address, change.camera.mac);
+            reason = refusalByOthers(after.address, change.camera.mac, m_Taken);
         if (!reason.empty())
             return report(
                 entry,
@@ -193,13 +194,6 @@ private:
         const std::string refusal = refusalOfGateway(after.gateway, after.address, after.mask);
         if (!refusal.empty())
             report(entry, {PlanColumn::Gateway, PlanColumn::IpAddress, PlanColumn::Mode}, refusal);
-    }
-
-    std::string refusalByOthers(Address address, const std::string &mac) const {
-        const auto taken = m_Taken.find(address);
-        return taken == m_Taken.end() || taken->second == mac
-                   ? ""
-                   : "Another device, " + macText(taken->second) + ", has the address " + toText(address) + ".";
     }
 
     void sortProblems() {

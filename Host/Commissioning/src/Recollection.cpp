@@ -3,8 +3,6 @@
 #include "commissioning/AddressText.h"
 #include "commissioning/DeviceInfos.h"
 
-#include <algorithm>
-
 namespace commissioning {
 
 using Corvo::CDeviceInfo;
@@ -14,10 +12,9 @@ namespace {
 constexpr std::chrono::seconds Age{59}; // a minute, less what a round may begin too early
 constexpr std::chrono::seconds ChangeAge{9};
 
-/// What a discovery tells of a camera. On which adapter its answers came in first is chance.
+/// What a discovery tells of a camera.
 std::string signatureOf(const CDeviceInfo &device) {
-    Camera camera = cameraOf(device);
-    std::sort(camera.adapters.begin(), camera.adapters.end());
+    const Camera camera = cameraOf(device);
     std::string text = std::to_string(camera.word);
     for (const Address address : {camera.address, camera.mask, camera.gateway})
         text += ' ' + toText(address);
@@ -61,11 +58,13 @@ bool Recollection::recall(CDeviceInfo &device) {
         known.changed = m_Now;
         return false;
     }
-    for (const char *key : {PropertyVerdict, PropertyVerdictReason, PropertyHolder, PropertyStoredAddress,
-                            PropertyStoredMask, PropertyStoredGateway}) {
+    for (const char *key : {PropertyVerdict, PropertyVerdictReason, PropertyHolder}) {
         if (known.device.GetPropertyAvailable(key))
             device.SetPropertyValue(key, propertyOf(known.device, key));
     }
+    const auto stored = hasChanged ? std::nullopt : storedAddressesOf(known.device); // others may be stored by now
+    if (stored)
+        setStoredAddresses(device, *stored);
     device.ClearAccessFlags();
     return true;
 }

@@ -131,6 +131,13 @@ std::string refusalOfGateway(Address gateway, Address address, Address mask) {
     return refusalInSubnet(gateway, mask);
 }
 
+std::string refusalByOthers(Address address, const std::string &mac, const std::map<Address, std::string> &taken) {
+    const auto other = taken.find(address);
+    return other == taken.end() || other->second == mac
+               ? ""
+               : "Another device, " + macText(other->second) + ", has the address " + toText(address) + ".";
+}
+
 std::string refusalOfAddress(Address address, Address mask, const std::string &mac, const AddressSurroundings &around) {
     std::string reason = refusalOfKind(address);
     if (reason.empty() && mask == 0)

@@ -2,6 +2,7 @@
 
 #include "commissioning/AddressRules.h"
 #include "commissioning/Parsing.h"
+#include "commissioning/WantedAddresses.h"
 
 #include <algorithm>
 #include <iterator>
@@ -49,14 +50,21 @@ std::vector<const Camera *> camerasNamed(const std::string &text, const Inventor
     return CameraNames(inventory).find(text);
 }
 
-const Adapter *adapterOf(const Camera &camera, const Inventory &inventory) {
+const Adapter *adapterOf(const Camera &camera, const Inventory &inventory, Address wanted) {
+    std::vector<const Adapter *> behind;
     for (const std::string &name : camera.adapters) {
         for (const Adapter &adapter : inventory.adapters) {
             if (adapter.name == name)
-                return &adapter;
+                behind.push_back(&adapter);
         }
     }
-    return nullptr;
+    for (const Address address : {wanted, camera.address}) {
+        const auto isThere = [&](const Adapter *adapter) { return subnetOf(adapter, address) != nullptr; };
+        const auto found = std::find_if(behind.begin(), behind.end(), isThere);
+        if (found != behind.end())
+            return *found;
+    }
+    return behind.empty() ? nullptr : behind.front();
 }
 
 } // namespace commissioning

@@ -23,7 +23,7 @@ std::map<const AdapterAddress *, Question> questionsOf(const PlanReview &review,
         known.insert(camera.address);
     std::map<const AdapterAddress *, Question> questions;
     for (const PlannedChange &change : review.changes) {
-        const Adapter *const adapter = adapterOf(change.camera, inventory);
+        const Adapter *const adapter = adapterOf(change.camera, inventory, change.after.address);
         const AdapterAddress *const subnet = subnetOf(adapter, change.after.address);
         if (!change.addressing || !subnet || known.count(change.after.address) != 0)
             continue;

@@ -2,6 +2,7 @@
 
 #include "commissioning/Inventory.h"
 
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -29,7 +30,11 @@ public:
     CameraLock(const CameraLock &) = delete;
     CameraLock &operator=(const CameraLock &) = delete;
 
+    /// MACs of the cameras that this process has at the moment. Any thread may call.
+    static std::set<std::string> held();
+
 private:
+    std::string m_Mac;
     int m_Socket;
 };
 

@@ -65,7 +65,7 @@ struct Camera {
     std::string model;
     std::string serial;
     std::string name;                  ///< user-defined
-    std::vector<std::string> adapters; ///< names of those it was found through, in the order found
+    std::vector<std::string> adapters; ///< names of those it was found through, sorted
     Address address = 0;
     Address mask = 0;
     Address gateway = 0;

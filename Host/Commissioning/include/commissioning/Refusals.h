@@ -4,6 +4,7 @@
 #include "commissioning/Change.h"
 #include "commissioning/Inventory.h"
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,10 @@ std::string refusalOfGateway(Address gateway, Address address, Address mask);
 /// broadcast address, another camera's, or outside the adapter's subnets. A mask of 0, too.
 /// \param mac of the camera that is to get it.
 std::string refusalOfAddress(Address address, Address mask, const std::string &mac, const AddressSurroundings &around);
+
+/// An address at which somebody else answers. \param mac of the camera that is to get it. \param taken as findTaken
+/// tells it.
+std::string refusalByOthers(Address address, const std::string &mac, const std::map<Address, std::string> &taken);
 
 /// A change that cannot work: a camera somebody holds, a mode it lacks, an address as above.
 std::string refusalOf(const Change &change, const AddressSurroundings &around);

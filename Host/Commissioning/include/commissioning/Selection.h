@@ -28,7 +28,8 @@ private:
 /// The same for one text.
 std::vector<const Camera *> camerasNamed(const std::string &text, const Inventory &inventory);
 
-/// The first of the adapters that a camera was found through; null when none of them is known.
-const Adapter *adapterOf(const Camera &camera, const Inventory &inventory);
+/// Of the adapters that a camera was found through the one in whose subnet a wanted address is, else its present one,
+/// else the first; null when none of them is known. \param wanted 0 for none.
+const Adapter *adapterOf(const Camera &camera, const Inventory &inventory, Address wanted = 0);
 
 } // namespace commissioning
