@@ -314,6 +314,12 @@ void DeviceTree::restore(const View &view) {
 void DeviceTree::keep(const View &view) {
     if (QTreeWidgetItem *current = find(view.current))
         setCurrentItem(current, currentColumn(), QItemSelectionModel::NoUpdate);
+    // A row that has gone to another adapter is a new one.
+    for (const QString &mac : view.selected) {
+        if (QTreeWidgetItem *row = findDevice(mac))
+            row->setSelected(true);
+    }
+    settleSelection();
     QTreeWidgetItem *const top = find(view.top);
     if (top && top != itemAt(0, 0))
         scrollToItem(top, PositionAtTop);
