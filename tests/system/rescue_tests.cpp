@@ -126,6 +126,15 @@ TEST_F(Rescuing, TheMapTellsWhoHasWhat) {
         });
         clickOn(dialog, "btnMap");
         EXPECT_EQ("192.168.10.78", address(dialog).text());
+        expect("Address Map: ", [this](QWidget &map) {
+            nic0->adapter.cameraSide().ip("link set cam down"); // everybody would seem to be absent
+            clickOn(map, "btnAgain");
+            const auto &state = *map.findChild<QLabel *>("lblState");
+            EXPECT_TRUE(QTest::qWaitFor([&] { return state.text().startsWith("The adapter has no link"); }, 15000));
+            nic0->adapter.cameraSide().ip("link set cam up");
+            map.close();
+        });
+        clickOn(dialog, "btnMap");
         clickOn(dialog, "btnUntilRestart");
         clickOk(dialog);
     });

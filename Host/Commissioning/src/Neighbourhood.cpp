@@ -91,6 +91,8 @@ Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subn
             lastAsked = std::chrono::steady_clock::now();
         }
     }
+    if (!result.free.empty() && !isStillUsable(adapter)) // nobody could answer
+        result.free.clear();
     return result;
 }
 

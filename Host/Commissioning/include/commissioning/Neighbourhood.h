@@ -22,7 +22,8 @@ struct Neighbourhood {
 ///
 /// \param subnet one of the adapter's. \param addresses in it, and none of this host's.
 /// \param isCancelled polled every 50 ms; what is known by then is returned.
-/// \return nothing on an adapter that cannot tell (without carrier). \throws std::system_error
+/// \return nothing on an adapter that cannot tell (without carrier), and nothing free on one that has lost it
+/// meanwhile. \throws std::system_error
 Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subnet,
                               const std::vector<Address> &addresses, const std::function<bool()> &isCancelled = {});
 
