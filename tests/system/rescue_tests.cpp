@@ -29,6 +29,10 @@ protected:
               cameraAt(3, "172.16.0.9/16", ",silence=3600000,vendor-config=silent"), cameraAt(4, "192.168.10.30/16")});
         nic0->adapter.cameraSide().ip("address add 192.168.10.4/24 dev cam"); // a neighbour that is no camera
     }
+    /// As the kernel does for hours when a camera has been replaced, for instance.
+    static void rememberOneThatHasLeft(const std::string &address) {
+        ip("neighbour replace " + address + " lladdr 02:5A:E3:00:00:99 dev nic0 nud stale");
+    }
     /// The window gets it, and decides what it is for.
     static void clickAt(QWidget &widget, const QPoint &place) {
         QWidget *const top = widget.window();
@@ -97,6 +101,7 @@ TEST_F(Rescuing, TakesThreeClicks) {
 }
 
 TEST_F(Rescuing, TheMapTellsWhoHasWhat) {
+    rememberOneThatHasLeft("192.168.10.77");
     select(1);
     expectDialog([&](QWidget &dialog) {
         type(address(dialog), "192.168.10.3");
@@ -144,6 +149,7 @@ TEST_F(Rescuing, TheMapTellsWhoHasWhat) {
 }
 
 TEST_F(Rescuing, LooksAgainWhetherATypedAddressIsFreeAndThenTakesDhcp) {
+    rememberOneThatHasLeft("192.168.10.5");
     select(1);
     expectDialog([&](QWidget &dialog) {
         type(address(dialog), "192.168.10.4");

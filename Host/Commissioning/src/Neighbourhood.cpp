@@ -96,22 +96,22 @@ Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subn
     return result;
 }
 
-std::map<Address, std::string> stillThere(const Adapter &adapter, std::map<Address, std::string> taken,
-                                          const std::function<bool()> &isCancelled) {
+Neighbourhood stillThere(const Adapter &adapter, const Neighbourhood &found, const std::function<bool()> &isCancelled) {
     constexpr unsigned Old = NUD_STALE | NUD_DELAY | NUD_PROBE;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(9);
-    bool isOpen = !taken.empty();
+    Neighbourhood now = found;
+    bool isOpen = !now.taken.empty();
     while (isOpen && std::chrono::steady_clock::now() < deadline && !(isCancelled && isCancelled())) {
         isOpen = false;
         for (const Neighbour &neighbour : neighboursOf(adapter.index)) {
-            if (neighbour.state == NUD_FAILED)
-                taken.erase(neighbour.address);
-            isOpen = isOpen || ((neighbour.state & Old) != 0 && taken.count(neighbour.address) != 0);
+            if (neighbour.state == NUD_FAILED && now.taken.erase(neighbour.address) != 0)
+                now.free.insert(neighbour.address);
+            isOpen = isOpen || ((neighbour.state & Old) != 0 && now.taken.count(neighbour.address) != 0);
         }
         if (isOpen)
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
-    return taken;
+    return now.taken.size() == found.taken.size() || isStillUsable(adapter) ? now : found;
 }
 
 } // namespace commissioning

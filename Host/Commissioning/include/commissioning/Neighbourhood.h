@@ -27,12 +27,14 @@ struct Neighbourhood {
 Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subnet,
                               const std::vector<Address> &addresses, const std::function<bool()> &isCancelled = {});
 
-/// Without those who do not answer any more: an entry of old in the kernel's table counts as somebody, and the kernel
-/// looks at it again 5 s after the datagram. Takes up to 9 s when there are such entries. Any thread may call.
+/// The same, but those who do not answer any more have left their addresses free: an entry of old in the kernel's table
+/// counts as somebody, and the kernel looks at it again 5 s after the datagram. Takes up to 9 s when there are such
+/// entries. Any thread may call.
 ///
-/// \param taken of neighbourhoodOf, just now.
+/// \param found by neighbourhoodOf, just now.
 /// \param isCancelled polled every 50 ms; who is not known to be gone by then is left in.
-std::map<Address, std::string> stillThere(const Adapter &adapter, std::map<Address, std::string> taken,
-                                          const std::function<bool()> &isCancelled = {});
+/// \throws std::system_error
+Neighbourhood stillThere(const Adapter &adapter, const Neighbourhood &found,
+                         const std::function<bool()> &isCancelled = {});
 
 } // namespace commissioning

@@ -163,25 +163,30 @@ void AddressMap::ask() {
         return take({}, NoLink);
     m_State->setText(QStringLiteral("Asking who has these addresses. This takes some seconds..."));
     m_IsCancelled = false;
-    m_Asking.reset(QThread::create([this, addresses, round = ++m_Round] {
-        Neighbourhood found;
-        QString problem;
-        try {
-            found = neighbourhoodOf(m_Adapter, m_Subnet, addresses, [this] { return m_IsCancelled.load(); });
-            if (!isStillUsable(m_Adapter))
-                problem = NoLink;
-        } catch (const std::exception &error) {
-            problem = QString::fromLocal8Bit(error.what());
-        }
+    m_Asking.reset(QThread::create([this, addresses, round = ++m_Round] { askNeighbours(addresses, round); }));
+    m_Asking->start();
+}
+
+void AddressMap::askNeighbours(const std::vector<Address> &addresses, int round) {
+    const auto tell = [this, round](const Neighbourhood &found, const QString &problem) {
         QMetaObject::invokeMethod(
             this,
-            [this, found, problem, round] {
+            [=] {
                 if (round == m_Round)
                     take(found, problem);
             },
             Qt::QueuedConnection);
-    }));
-    m_Asking->start();
+    };
+    const auto isCancelled = [this] { return m_IsCancelled.load(); };
+    try {
+        const Neighbourhood found = neighbourhoodOf(m_Adapter, m_Subnet, addresses, isCancelled);
+        const QString problem = isStillUsable(m_Adapter) ? QString() : NoLink;
+        tell(found, problem);
+        if (problem.isEmpty() && !found.taken.empty())
+            tell(stillThere(m_Adapter, found, isCancelled), {});
+    } catch (const std::exception &error) {
+        tell({}, QString::fromLocal8Bit(error.what()));
+    }
 }
 
 void AddressMap::stopAsking() {
