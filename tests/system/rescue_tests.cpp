@@ -176,6 +176,13 @@ TEST_F(Rescuing, OffersTheAddressThatLacksTheRightMaskOnly) {
     useLink();
     EXPECT_EQ("192.168.10.30 255.255.255.0 OK", cell(4, IpAddress) + " " + cell(4, SubnetMask) + " " + cell(4, Status));
     EXPECT_EQ("192.168.10.30", status(4).persistent.address.toString());
+
+    nic0->cameras.setReachable(camera(2).mac, false); // whatever address it has
+    refresh();
+    select(2);
+    expectDialog(&clickOk, 2, "192.168.10.3");
+    useLink();
+    EXPECT_THAT(said(), HasSubstr("<b>Done, but the camera cannot be reached yet.</b> The camera has the address"));
 }
 
 TEST_F(Rescuing, SaysWhatWasSentWhenItIsCancelled) {
