@@ -198,6 +198,9 @@ TEST_F(KeptUpToDate, RowsChangeInPlaceAndNothingElse) {
     nic1->cameras.addCamera(cameraAt(20, "192.168.20.20/24", ",model=B"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return row(20)->parent() == tree().topLevelItem(1); }, 20000));
     EXPECT_TRUE(row(20) == tree().currentItem() && row(20)->isSelected());
+    ip("link set nic1 down");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return cell(20, Status) == "Gone"; }, 20000));
+    EXPECT_TRUE(row(20) == tree().currentItem() && row(20)->isSelected());
     EXPECT_TRUE(window().close());
     EXPECT_THAT(reports, ElementsAre());
     openWindow();
