@@ -285,7 +285,7 @@ TEST_F(FreeAddressTest, NobodyHasIt) {
     EXPECT_THAT(take(other, {0x0A000006, 0}), ElementsAre("192.168.1.4", "none"));
     EXPECT_EQ(FreeAddresses(inventory).take(nic0, subnet, {0}, [] { return true; }).at(0), std::nullopt);
     site.adapter.cameraSide().ip("link set cam down"); // everything would be found to be free
-    EXPECT_EQ(FreeAddresses(inventory).take(surveyAdapters().back(), subnet, {0}).at(0), std::nullopt);
+    EXPECT_EQ(FreeAddresses(inventory).take(nic0, subnet, {0}).at(0), std::nullopt);
 }
 
 /// Also when the kernel's table forgets them meanwhile, as one does that is crowded.
@@ -307,7 +307,7 @@ TEST_F(FreeAddressTest, MoreThanOneSocketCanAskForAreKnown) {
     EXPECT_EQ(found.free.size(), 298u);
     EXPECT_EQ(found.taken.size(), 2u);
     ip("neighbour flush dev nic0");
-    EXPECT_THAT(stillThere(nic0, subnet, found.taken), ElementsAre(Pair(0xC0A800FA, testing::SizeIs(12))));
+    EXPECT_THAT(stillThere(nic0, subnet, found).taken, ElementsAre(Pair(0xC0A800FA, testing::SizeIs(12))));
 }
 
 } // namespace

@@ -87,6 +87,12 @@ TEST_F(Editor, KeepsWhatWasTypedInAnotherMode) {
     editor.type(EditorState::IpAddress, "192.168.");
     editor.chooseMode(Mode::Auto);
     EXPECT_EQ("192.168.10.140 255.255.255.0 0.0.0.0 M save ask", state()); // half an address does not matter then
+    m_Device.SetIpAddress("10.0.0.7");                                     // nor does it that it has this host's now
+    editor.follow(m_Device, m_Surroundings);
+    EXPECT_EQ("10.0.0.7 255.255.255.0 0.0.0.0 M save ask", state());
+    m_Device.SetPropertyValue("_PortableIpConfigOptions", "256"); // it supports static addresses only, all at once
+    editor.follow(m_Device, m_Surroundings);
+    EXPECT_EQ("No IP configuration is chosen.", editor.hint());
 }
 
 /// Of a new camera, whose static mode was stored before the save broke off.

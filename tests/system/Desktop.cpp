@@ -53,6 +53,7 @@ void Desktop::TearDown() {
 void Desktop::open(const Cameras &onNic0, const Cameras &onNic1) {
     nic0.emplace("nic0", "192.168.10.1/24", onNic0);
     nic1.emplace("nic1", "192.168.20.1/24", onNic1);
+    awaitAdapters(2); // they count as running up to a second later than they have a link
     openWindow();
 }
 

@@ -32,10 +32,12 @@ protected:
                                  cameraAt(2, "192.168.10.22/24", ",dhcp=192.168.10.141/24" + settings)});
         m_Tool.emplace(std::vector<std::string>{LANVANE_PROGRAM});
     }
-    /// Until the cameras were probed and the list is shown.
+    /// Until the cameras were probed, nothing more is asked, and the list is shown.
     void awaitRefresh() const {
-        EXPECT_TRUE(eventually([this] { return status(1).requests[TAG_READREG_CMD] > 0; }, Patience_ms));
-        std::this_thread::sleep_for(1s);
+        const auto asked = [this] { return status(1).requests[TAG_READREG_CMD] + status(2).requests[TAG_READREG_CMD]; };
+        EXPECT_TRUE(eventually([&] { return asked() > 1; }, Patience_ms));
+        for (std::size_t before = 0; before != asked(); std::this_thread::sleep_for(1500ms))
+            before = asked();
     }
     camsim::CameraStatus status(unsigned number) const { return nic0->cameras.status(camera(number).mac); }
 
@@ -50,6 +52,7 @@ protected:
         start(settings);
         RealDisplay::xdotool("search --sync --onlyvisible --name 'Ostra Lanvane' >/dev/null"); // it gets the focus
         awaitRefresh();
+        RealDisplay::xdotool("search --onlyvisible --name 'Ostra Lanvane' windowactivate --sync"); // after the wait box
     }
     static void press(const std::string &keys) {
         EXPECT_TRUE(RealDisplay::xdotool("key --delay 0 " + keys));

@@ -194,6 +194,13 @@ TEST_F(KeptUpToDate, RowsChangeInPlaceAndNothingElse) {
 
     save("192.168.10.200"); // beside a search or not
     EXPECT_EQ("192.168.10.200", addressOf(20));
+    nic0->cameras.removeCamera(camera(20).mac);
+    nic1->cameras.addCamera(cameraAt(20, "192.168.20.20/24", ",model=B"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return row(20)->parent() == tree().topLevelItem(1); }, 20000));
+    EXPECT_TRUE(row(20) == tree().currentItem() && row(20)->isSelected());
+    ip("link set nic1 down");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return cell(20, Status) == "Gone"; }, 20000));
+    EXPECT_TRUE(row(20) == tree().currentItem() && row(20)->isSelected());
     EXPECT_TRUE(window().close());
     EXPECT_THAT(reports, ElementsAre());
     openWindow();

@@ -29,6 +29,10 @@ protected:
               cameraAt(3, "172.16.0.9/16", ",silence=3600000,vendor-config=silent"), cameraAt(4, "192.168.10.30/16")});
         nic0->adapter.cameraSide().ip("address add 192.168.10.4/24 dev cam"); // a neighbour that is no camera
     }
+    /// As the kernel does for hours when a camera has been replaced, for instance.
+    static void rememberOneThatHasLeft(const std::string &address) {
+        ip("neighbour replace " + address + " lladdr 02:5A:E3:00:00:99 dev nic0 nud stale");
+    }
     /// The window gets it, and decides what it is for.
     static void clickAt(QWidget &widget, const QPoint &place) {
         QWidget *const top = widget.window();
@@ -97,6 +101,7 @@ TEST_F(Rescuing, TakesThreeClicks) {
 }
 
 TEST_F(Rescuing, TheMapTellsWhoHasWhat) {
+    rememberOneThatHasLeft("192.168.10.77");
     select(1);
     expectDialog([&](QWidget &dialog) {
         type(address(dialog), "192.168.10.3");
@@ -126,6 +131,15 @@ TEST_F(Rescuing, TheMapTellsWhoHasWhat) {
         });
         clickOn(dialog, "btnMap");
         EXPECT_EQ("192.168.10.78", address(dialog).text());
+        expect("Address Map: ", [this](QWidget &map) {
+            nic0->adapter.cameraSide().ip("link set cam down"); // everybody would seem to be absent
+            clickOn(map, "btnAgain");
+            const auto &state = *map.findChild<QLabel *>("lblState");
+            EXPECT_TRUE(QTest::qWaitFor([&] { return state.text().startsWith("The adapter has no link"); }, 15000));
+            nic0->adapter.cameraSide().ip("link set cam up");
+            map.close();
+        });
+        clickOn(dialog, "btnMap");
         clickOn(dialog, "btnUntilRestart");
         clickOk(dialog);
     });
@@ -135,6 +149,7 @@ TEST_F(Rescuing, TheMapTellsWhoHasWhat) {
 }
 
 TEST_F(Rescuing, LooksAgainWhetherATypedAddressIsFreeAndThenTakesDhcp) {
+    rememberOneThatHasLeft("192.168.10.5");
     select(1);
     expectDialog([&](QWidget &dialog) {
         type(address(dialog), "192.168.10.4");
@@ -161,6 +176,13 @@ TEST_F(Rescuing, OffersTheAddressThatLacksTheRightMaskOnly) {
     useLink();
     EXPECT_EQ("192.168.10.30 255.255.255.0 OK", cell(4, IpAddress) + " " + cell(4, SubnetMask) + " " + cell(4, Status));
     EXPECT_EQ("192.168.10.30", status(4).persistent.address.toString());
+
+    nic0->cameras.setReachable(camera(2).mac, false); // whatever address it has
+    refresh();
+    select(2);
+    expectDialog(&clickOk, 2, "192.168.10.3");
+    useLink();
+    EXPECT_THAT(said(), HasSubstr("<b>Done, but the camera cannot be reached yet.</b> The camera has the address"));
 }
 
 TEST_F(Rescuing, SaysWhatWasSentWhenItIsCancelled) {

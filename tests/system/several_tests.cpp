@@ -138,10 +138,16 @@ TEST_F(Several, ACancelledApplicationSaysWhatWasDone) {
         EXPECT_EQ("61s 141d", stored().section(' ', 0, 1));
         clickIn(dialog, "planApply"); // what is not done yet
         EXPECT_THAT(message(dialog), StartsWith("9 cameras changed."));
+        nic0->cameras.setFaults(camera(10).mac, camsim::parseFaults("silent-after=0"));
+        type(*dialog.findChild<QLineEdit *>("planStart"), "192.168.10.81");
+        clickIn(dialog, "planApply");
+        EXPECT_EQ("9 cameras changed. 1 camera not begun.\nNothing more is applied before the marked cells are right.\n"
+                  "Row 10, 02:5A:E3:00:00:0A: There is no camera '02:5A:E3:00:00:0A'.",
+                  message(dialog));
         clickIn(dialog, "planClose");
     });
     trigger("actionConfigureSelected");
-    EXPECT_EQ("61s 62s 63s 64s 65s 66s 67s 68s 69s 70s", stored());
+    EXPECT_EQ("81s 82s 83s 84s 85s 86s 87s 88s 89s 70s", stored());
 }
 
 TEST_F(Several, ListsAreSavedAndPlansOpened) {

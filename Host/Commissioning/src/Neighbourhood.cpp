@@ -73,6 +73,13 @@ std::map<Address, unsigned> statesOf(const Adapter &adapter) {
     return states;
 }
 
+Neighbourhood without(const std::set<Address> &gone, Neighbourhood found) {
+    for (const Address address : gone)
+        found.taken.erase(address);
+    found.free.insert(gone.begin(), gone.end());
+    return found;
+}
+
 /// Whether the kernel is still about to look.
 bool isUndecided(unsigned state) { return (state & (NUD_INCOMPLETE | NUD_STALE | NUD_DELAY | NUD_PROBE)) != 0; }
 
@@ -108,32 +115,33 @@ Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subn
             lastAsked = std::chrono::steady_clock::now();
         }
     }
+    if (!result.free.empty() && !isStillUsable(adapter)) // nobody could answer
+        result.free.clear();
     return result;
 }
 
-std::map<Address, std::string> stillThere(const Adapter &adapter, const AdapterAddress &subnet,
-                                          std::map<Address, std::string> taken,
-                                          const std::function<bool()> &isCancelled) {
+Neighbourhood stillThere(const Adapter &adapter, const AdapterAddress &subnet, const Neighbourhood &found,
+                         const std::function<bool()> &isCancelled) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(9);
     std::vector<Address> forgotten; // a crowded table makes room at the cost of old entries, too
-    std::set<Address> open = addressesOf(taken);
+    std::set<Address> gone;
+    std::set<Address> open = addressesOf(found.taken);
     while (!open.empty() && std::chrono::steady_clock::now() < deadline && !(isCancelled && isCancelled())) {
         const std::map<Address, unsigned> states = statesOf(adapter);
         for (auto each = open.begin(); each != open.end();) {
-            const auto found = states.find(*each);
-            const unsigned state = found == states.end() ? NUD_NONE : found->second;
+            const auto place = states.find(*each);
+            const unsigned state = place == states.end() ? NUD_NONE : place->second;
             if (state == NUD_NONE)
                 forgotten.push_back(*each);
             if (state == NUD_FAILED)
-                taken.erase(*each);
+                gone.insert(*each);
             each = isUndecided(state) ? std::next(each) : open.erase(each);
         }
         if (!open.empty())
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
-    for (const Address address : neighbourhoodOf(adapter, subnet, forgotten, isCancelled).free)
-        taken.erase(address);
-    return taken;
+    gone.merge(neighbourhoodOf(adapter, subnet, forgotten, isCancelled).free);
+    return gone.empty() || isStillUsable(adapter) ? without(gone, found) : found;
 }
 
 } // namespace commissioning

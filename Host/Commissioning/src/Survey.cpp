@@ -138,4 +138,10 @@ bool isUsable(const Adapter &adapter) {
     return adapter.isUp && adapter.hasCarrier && adapter.canBroadcast && !adapter.addresses.empty();
 }
 
+bool isStillUsable(const Adapter &adapter) {
+    const std::vector<Adapter> all = surveyAdapters();
+    return std::any_of(all.begin(), all.end(),
+                       [&](const Adapter &now) { return now.index == adapter.index && isUsable(now); });
+}
+
 } // namespace commissioning

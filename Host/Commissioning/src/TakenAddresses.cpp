@@ -64,10 +64,11 @@ std::map<Address, std::string> findTaken(const PlanReview &review, const Invento
     for (const auto &[subnet, question] : questionsOf(review, inventory, *pFree)) {
         const std::set<Address> left = leftAddresses(*question.adapter, inventory);
         Neighbourhood found = neighbourhoodOf(*question.adapter, *subnet, question.addresses, isCancelled);
-        pFree->insert(found.free.begin(), found.free.end());
         for (const Address address : left)
             found.taken.erase(address);
-        taken.merge(stillThere(*question.adapter, *subnet, std::move(found.taken), isCancelled));
+        found = stillThere(*question.adapter, *subnet, found, isCancelled);
+        pFree->insert(found.free.begin(), found.free.end());
+        taken.merge(found.taken);
     }
     return taken;
 }

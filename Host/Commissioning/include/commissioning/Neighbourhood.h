@@ -22,18 +22,19 @@ struct Neighbourhood {
 ///
 /// \param subnet one of the adapter's. \param addresses in it, and none of this host's.
 /// \param isCancelled polled every 50 ms; what is known by then is returned.
-/// \return nothing on an adapter that cannot tell (without carrier). \throws std::system_error
+/// \return nothing on an adapter that cannot tell (without carrier), and nothing free on one that has lost it
+/// meanwhile. \throws std::system_error
 Neighbourhood neighbourhoodOf(const Adapter &adapter, const AdapterAddress &subnet,
                               const std::vector<Address> &addresses, const std::function<bool()> &isCancelled = {});
 
-/// Without those who do not answer any more: an entry of old in the kernel's table counts as somebody, and the kernel
-/// looks at it again 5 s after the datagram. Takes up to 9 s when there are such entries, and as long as
-/// neighbourhoodOf more for those that the kernel has forgotten meanwhile. Any thread may call.
+/// The same, but those who do not answer any more have left their addresses free: an entry of old in the kernel's table
+/// counts as somebody, and the kernel looks at it again 5 s after the datagram. Takes up to 9 s when there are such
+/// entries, and as long as neighbourhoodOf more for those that the kernel has forgotten meanwhile. Any thread may call.
 ///
-/// \param taken of neighbourhoodOf with the same adapter and subnet, just now.
-/// \param isCancelled polled every 50 ms; who is not known to be gone by then is left in. \throws std::system_error
-std::map<Address, std::string> stillThere(const Adapter &adapter, const AdapterAddress &subnet,
-                                          std::map<Address, std::string> taken,
-                                          const std::function<bool()> &isCancelled = {});
+/// \param found by neighbourhoodOf with the same adapter and subnet, just now.
+/// \param isCancelled polled every 50 ms; who is not known to be gone by then is left in.
+/// \throws std::system_error
+Neighbourhood stillThere(const Adapter &adapter, const AdapterAddress &subnet, const Neighbourhood &found,
+                         const std::function<bool()> &isCancelled = {});
 
 } // namespace commissioning

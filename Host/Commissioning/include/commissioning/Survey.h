@@ -45,4 +45,7 @@ std::vector<Neighbour> neighboursOf(int adapterIndex);
 /// Whether an adapter can be searched on now: up, with carrier, an address, and able to broadcast.
 bool isUsable(const Adapter &adapter);
 
+/// The same of this moment, for an adapter that was surveyed some time ago. \throws std::system_error
+bool isStillUsable(const Adapter &adapter);
+
 } // namespace commissioning

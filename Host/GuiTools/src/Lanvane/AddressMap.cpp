@@ -22,6 +22,8 @@ using Kind = AddressMapModel::Kind;
 
 namespace {
 
+const QLatin1String NoLink("The adapter has no link now, so nobody can be asked.");
+
 QLabel *addLabel(QLayout &layout, const QString &text) {
     auto *label = new QLabel(text);
     label->setTextFormat(Qt::PlainText);
@@ -53,6 +55,7 @@ AddressMap::AddressMap(const commissioning::Adapter &adapter, const commissionin
     layout->addWidget(makeLegend());
     m_Current = addLabel(*layout, QString());
     m_State = addLabel(*layout, QString());
+    m_State->setObjectName(QStringLiteral("lblState"));
     for (QLabel *label : {m_Current, m_State})
         label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // long names do not widen the map
     layout->addWidget(makePageRow());
@@ -121,6 +124,7 @@ QWidget *AddressMap::makePageRow() {
     layout->addStretch();
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
     QPushButton *again = buttons->addButton(QStringLiteral("Ask &Again"), QDialogButtonBox::ActionRole);
+    again->setObjectName(QStringLiteral("btnAgain"));
     again->setAutoDefault(false);
     buttons->button(QDialogButtonBox::Cancel)->setAutoDefault(false);
     layout->addWidget(buttons);
@@ -156,26 +160,33 @@ void AddressMap::ask() {
     if (addresses.empty())
         return take({}, QString());
     if (!isUsable(m_Adapter))
-        return take({}, QStringLiteral("The adapter has no link now, so nobody can be asked."));
+        return take({}, NoLink);
     m_State->setText(QStringLiteral("Asking who has these addresses. This takes some seconds..."));
     m_IsCancelled = false;
-    m_Asking.reset(QThread::create([this, addresses, round = ++m_Round] {
-        Neighbourhood found;
-        QString problem;
-        try {
-            found = neighbourhoodOf(m_Adapter, m_Subnet, addresses, [this] { return m_IsCancelled.load(); });
-        } catch (const std::exception &error) {
-            problem = QString::fromLocal8Bit(error.what());
-        }
+    m_Asking.reset(QThread::create([this, addresses, round = ++m_Round] { askNeighbours(addresses, round); }));
+    m_Asking->start();
+}
+
+void AddressMap::askNeighbours(const std::vector<Address> &addresses, int round) {
+    const auto tell = [this, round](const Neighbourhood &found, const QString &problem) {
         QMetaObject::invokeMethod(
             this,
-            [this, found, problem, round] {
+            [=] {
                 if (round == m_Round)
                     take(found, problem);
             },
             Qt::QueuedConnection);
-    }));
-    m_Asking->start();
+    };
+    const auto isCancelled = [this] { return m_IsCancelled.load(); };
+    try {
+        const Neighbourhood found = neighbourhoodOf(m_Adapter, m_Subnet, addresses, isCancelled);
+        const QString problem = isStillUsable(m_Adapter) ? QString() : NoLink;
+        tell(found, problem);
+        if (problem.isEmpty() && !found.taken.empty())
+            tell(stillThere(m_Adapter, m_Subnet, found, isCancelled), {});
+    } catch (const std::exception &error) {
+        tell({}, QString::fromLocal8Bit(error.what()));
+    }
 }
 
 void AddressMap::stopAsking() {

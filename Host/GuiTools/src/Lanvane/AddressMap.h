@@ -39,6 +39,8 @@ private:
     void colourLegend();
     void turn(int pages);
     void ask();
+    /// On the thread of its own.
+    void askNeighbours(const std::vector<commissioning::Address> &addresses, int round);
     void stopAsking();
     void take(const commissioning::Neighbourhood &found, const QString &problem);
     void pick(const QModelIndex &index);

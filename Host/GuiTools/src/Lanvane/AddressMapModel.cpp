@@ -103,6 +103,8 @@ std::vector<Address> AddressMapModel::addressesOf(Kind kind) const {
 void AddressMapModel::add(const commissioning::Neighbourhood &found) {
     m_Known.free.insert(found.free.begin(), found.free.end());
     m_Known.taken.insert(found.taken.begin(), found.taken.end());
+    for (const Address address : found.free) // whoever had it has left
+        m_Known.taken.erase(address);
     changed();
 }
 

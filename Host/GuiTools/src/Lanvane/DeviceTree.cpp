@@ -313,7 +313,17 @@ void DeviceTree::restore(const View &view) {
 
 void DeviceTree::keep(const View &view) {
     if (QTreeWidgetItem *current = find(view.current))
-        setCurrentItem(current, currentColumn(), QItemSelectionModel::NoUpdate);
+        setCurrentItem(current, std::max(currentColumn(), 0),
+                       view.selected.isEmpty() ? QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows
+                                               : QItemSelectionModel::NoUpdate);
+    // A row that has gone to another adapter is a new one, and Qt has chosen another in its place.
+    const QList<QTreeWidgetItem *> several = view.selected.isEmpty() ? QList<QTreeWidgetItem *>() : selectedItems();
+    for (QTreeWidgetItem *item : several)
+        item->setSelected(false);
+    for (const QString &mac : view.selected) {
+        if (QTreeWidgetItem *row = findDevice(mac))
+            row->setSelected(true);
+    }
     QTreeWidgetItem *const top = find(view.top);
     if (top && top != itemAt(0, 0))
         scrollToItem(top, PositionAtTop);

@@ -101,8 +101,10 @@ void IpConfigurationWidget::followRescue(const MakeUsable &way, const commission
         m_ForcedAddresses[mac] = QHostAddress(way.plan().address).toString();
     clearEditFlags();
     doRefresh();
+    const OptionalDevice device = deviceOf(mac);
+    const bool isSilent = device && GetAccessibility(*device) == Accessibility_NotReachable;
     m_Notice = {mac, QString::fromStdString(result.text).prepend(doneText(way) + QLatin1Char(' ')).trimmed(),
-                QStringLiteral("Done.")};
+                isSilent ? QStringLiteral("Done, but the camera cannot be reached yet.") : QStringLiteral("Done.")};
     updateSelectionInfo(ui->deviceTree->currentItem());
 }
 

@@ -89,7 +89,9 @@ bool MakeUsable::ask() {
 
 bool MakeUsable::look() {
     return m_Interaction.run(QStringLiteral("Looking whether the address is free..."), [&] {
-        const auto found = neighbourhoodOf(*adapter(), *homeSubnet(*adapter()), {m_Plan.address}, cancellation());
+        const commissioning::AdapterAddress &subnet = *homeSubnet(*adapter());
+        auto found = neighbourhoodOf(*adapter(), subnet, {m_Plan.address}, cancellation());
+        found = stillThere(*adapter(), subnet, found, cancellation()); // a camera that was replaced by this one is not
         m_Known.free.insert(found.free.begin(), found.free.end());
         m_Known.taken.insert(found.taken.begin(), found.taken.end());
     });

@@ -40,7 +40,7 @@ private:
     commissioning::AddressSurroundings surroundings();
     std::function<bool()> cancellation() const;
     bool ask();
-    /// \returns whether the user has cancelled it.
+    /// Whether the address is free. \returns false when the user has cancelled it.
     bool look();
 
     QWidget &m_Window;

@@ -223,7 +223,12 @@ bool PlanTable::hasProblem(int row) const {
 
 QString PlanTable::problems() const { return m_GeneralProblems; }
 
-int PlanTable::problemCount() const { return static_cast<int>(m_Review.problems.size()); }
+int PlanTable::firstProblem() const {
+    int row = 0;
+    while (row < rowCount() && !hasProblem(row))
+        ++row;
+    return row < rowCount() ? row : -1;
+}
 
 int PlanTable::changeCount() const {
     const auto &all = m_Review.changes;

@@ -63,7 +63,8 @@ public:
     /// What is wrong with the plan as a whole, a line each; empty when nothing is.
     QString problems() const;
     bool canBeApplied() const { return !m_Review.isRefused() && m_Review.wouldChange(); }
-    int problemCount() const;
+    /// The first row that has a problem; -1 when none has.
+    int firstProblem() const;
     int changeCount() const;
 
     /// Another mode than a static one empties the addresses.

@@ -267,13 +267,21 @@ void PlanWindow::reject() {
 
 // What is shown
 
+int PlanWindow::shownRow() const {
+    const PlanTable &table = m_pModel->table();
+    const int current = m_pView->currentIndex().row();
+    const int chosen = current < table.rowCount() ? current : -1;
+    const int wrong = table.firstProblem();
+    return wrong < 0 || (chosen >= 0 && table.hasProblem(chosen)) ? chosen : wrong;
+}
+
 QString PlanWindow::rowText() const {
     const PlanTable &table = m_pModel->table();
-    const int row = m_pView->currentIndex().row();
-    if (row < 0 || row >= table.rowCount())
+    const int row = shownRow();
+    if (row < 0)
         return {};
     const QString text = table.hasProblem(row) || !table.hasFailed(row) ? table.deed(row) : table.outcome(row);
-    return QStringLiteral("\n%1: %2").arg(table.cameraText(row), text);
+    return QStringLiteral("\nRow %1, %2: %3").arg(QString::number(table.number(row)), table.cameraText(row), text);
 }
 
 QString PlanWindow::stateText() const {
@@ -288,8 +296,9 @@ QString PlanWindow::stateText() const {
         return QStringLiteral("The start address is not an IPv4 address.");
     if (!table.problems().isEmpty())
         return QStringLiteral("This plan cannot be applied:\n") + firstLines(table.problems());
-    if (table.problemCount() > 0)
-        return QStringLiteral("Nothing is applied before the marked cells are right.") + rowText();
+    if (table.firstProblem() >= 0)
+        return m_Summary + (m_Summary.isEmpty() ? QStringLiteral("Nothing is") : QStringLiteral("\nNothing more is")) +
+               QStringLiteral(" applied before the marked cells are right.") + rowText();
     const QString plan =
         table.changeCount() == 0
             ? QStringLiteral("There is nothing to change.")

@@ -75,6 +75,8 @@ private:
 
     void showState();
     QString stateText() const;
+    /// The chosen one; while another is wrong and that one is not, the first that is wrong. -1 for none.
+    int shownRow() const;
     QString rowText() const;
     void setRunning(bool isRunning);
     void showProgress(commissioning::PlanPhase phase, std::size_t done, std::size_t all);
