@@ -11,6 +11,7 @@
 #include "commissioning/Parsing.h"
 #include "commissioning/Rescue.h"
 #include "commissioning/Saving.h"
+#include "commissioning/Search.h"
 #include "commissioning/Selection.h"
 #include "commissioning/SmallChanges.h"
 #include "commissioning/WantedAddresses.h"
@@ -82,7 +83,7 @@ public:
         if (m_Arguments.dryRun)
             return wouldChange(camera, afterwards(camera, mode, address, mask, 0));
         m_Session.interaction().start(camera.mac, TemporaryAddress{camera.mac, address, mask, 0});
-        return finished(camera, rescue(m_Context, plan, around));
+        return finished(camera, probed(rescue(m_Context, plan, around)));
     }
 
 private:
@@ -99,6 +100,18 @@ private:
         default:
             return refused(camera, "This command changes no camera.");
         }
+    }
+
+    /// A camera that has got its address and still does not answer is not rescued.
+    Result probed(Result result) const {
+        if (!result.success || !result.now)
+            return result;
+        probe(m_Context.layer, *result.now);
+        if (cameraOf(Corvo::CQuorelGigEDeviceInfo(*result.now)).status != Status::NotReachable)
+            return result;
+        result.success = false;
+        result.text = "The camera was changed, but does not answer when it is addressed.";
+        return result;
     }
 
     ChangeRecord finished(const Camera &camera, Result result) {

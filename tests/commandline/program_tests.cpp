@@ -123,7 +123,9 @@ TEST_F(Program, ChangesAndVerifies) {
 
 TEST_F(Program, RescuesEveryLostCamera) {
     start({cameraAt(1, "10.1.2.21/16"), cameraAt(2, "10.1.2.22/16", ",vendor-config=not-implemented"),
-           cameraAt(3, "192.168.10.23/24")});
+           cameraAt(3, "192.168.10.23/24"), cameraAt(4, "192.168.10.24/24", ",reachable=no")});
+    EXPECT_EQ(1, run("rescue 192.168.10.24 --json").exitCode); // nothing helps
+    site->cameras.setReachable(camera(4).mac, true);
     EXPECT_EQ(4, run("rescue --all --json").exitCode); // nobody to ask
     EXPECT_EQ("10.1.2.21", site->addressOf(1));
     const Finished rescued = run("rescue --all --yes --json");
