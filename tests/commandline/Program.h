@@ -34,7 +34,8 @@ protected:
 
     void start(const std::vector<camsim::CameraConfig> &cameras) {
         site.emplace("nic0", "192.168.10.1/24", cameras);
-        std::ofstream("/proc/sys/net/ipv4/neigh/nic0/retrans_time_ms") << 100; // nobody has an address: known sooner
+        // That nobody has an address is known sooner; three times that long a busy machine may take to answer.
+        std::ofstream("/proc/sys/net/ipv4/neigh/nic0/retrans_time_ms") << 400;
     }
 
     /// Something that is no camera.

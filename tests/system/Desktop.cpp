@@ -171,6 +171,7 @@ void Desktop::expectBox(const QString &title, const QString &text, QMessageBox::
 
 void Desktop::expectForceIp(const QString &header, const QString &address) {
     expect("Assign Temporary IP Address (Force IP): " + header, [address](QWidget &dialog) {
+        (void)QTest::qWaitForWindowActive(&dialog); // the focus would select what is being typed
         if (!address.isEmpty())
             type(*dialog.findChild<QLineEdit *>("editIpAddress"), address);
         click(*dialog.findChild<QDialogButtonBox *>()->button(address.isEmpty() ? QDialogButtonBox::Cancel
