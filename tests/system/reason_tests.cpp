@@ -70,6 +70,8 @@ TEST_F(Reason, FirewallHidesCamerasAndTheListenerListsThem) {
     EXPECT_EQ("2 cameras on 2 adapters", summary());
     run("nft 'add table ip f; add chain ip f in { type filter hook input priority 0; policy drop; }'");
     refresh();
+    for (int tries = 0; tries < 5 && summary().rfind("0 cameras", 0) == 0; ++tries)
+        refresh(); // the listener has 100 ms to start
     EXPECT_EQ("2 cameras on 2 adapters, 2 cameras and 2 adapters need attention", summary());
     select(1);
     EXPECT_EQ("Hidden 192.168.10.21", cell(1, Status) + " " + cell(1, IpAddress));
