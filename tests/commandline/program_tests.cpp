@@ -1,4 +1,5 @@
 #include "Program.h"
+#include "support/Leaks.h"
 
 #include "support/SocketAddress.h"
 
@@ -147,30 +148,29 @@ TEST_F(Program, SaysWhatIsNotConfirmed) {
 TEST_F(Program, EndsAtASafePointOrAtOnce) {
     start({cameraAt(1, "192.168.10.21/24", ",silence=3600000"), cameraAt(2, "192.168.10.22/24", ",reachable=no"),
            cameraAt(3, "192.168.10.23/24", ",vendor-config=silent")}); // the vendor command waits for 3 s
-    const auto interrupt = [&](const std::string &arguments, int wait_ms) {
+    const auto journal = [&] { return TestFolder::Read(folder / "state/ostra-lanvane/changes.jsonl").size(); };
+    // In the middle: of a search after 300 ms, of a change when the journal has it.
+    const auto beginToStop = [&](const std::string &arguments, int signal, bool isChange = true) {
+        const std::size_t before = journal();
         const pid_t process = begin(arguments);
-        std::this_thread::sleep_for(std::chrono::milliseconds(wait_ms));
-        kill(process, SIGINT);
-        return end(process);
+        EXPECT_TRUE(!isChange || eventually([&] { return journal() != before; }, 30000));
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        kill(process, signal);
+        return process;
     };
-    const Finished searching = interrupt("doctor --json", 300);
+    const Finished searching = end(beginToStop("doctor --json", SIGINT, false));
     EXPECT_EQ(130, searching.exitCode) << searching.out;
     EXPECT_EQ(130, searching.json["error"]["code"]);
 
-    const Finished waiting = interrupt("set 192.168.10.21 static 192.168.10.31 --json", 2500);
-    EXPECT_EQ(130, waiting.exitCode) << waiting.out;
+    const Finished waiting = end(beginToStop("set 192.168.10.21 static 192.168.10.31 --json", SIGINT));
+    ASSERT_EQ(130, waiting.exitCode) << waiting.out;
     EXPECT_THAT(waiting.error, HasSubstr("next safe point"));
     EXPECT_EQ("02:5A:E3:00:00:01", text(waiting.json["changes"][0]["camera"]));
 
     std::ofstream(folder / "plan.csv") << "camera,address\n192.168.10.23,192.168.10.33\n";
     for (const std::string &change : {std::string("set 192.168.10.23 static 192.168.10.33"),
                                       "plan apply --yes " + (folder / "plan.csv").string()}) {
-        const auto journal = [&] { return TestFolder::Read(folder / "state/ostra-lanvane/changes.jsonl").size(); };
-        const std::size_t before = journal();
-        const pid_t process = begin(change);
-        while (journal() == before)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        kill(process, SIGTERM);
+        const pid_t process = beginToStop(change, SIGTERM);
         std::this_thread::sleep_for(std::chrono::milliseconds(500));
         kill(process, SIGTERM);
         const Finished stopped = end(process);
