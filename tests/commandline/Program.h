@@ -40,6 +40,8 @@ protected:
 
     /// Something that is no camera.
     void addDevice(const std::string &address) {
+        // Or the cameras' interface would answer for it as well, and its address would be one that a camera has left.
+        site->adapter.cameraSide().run([] { std::ofstream("/proc/sys/net/ipv4/conf/all/arp_ignore") << 1; });
         for (const std::string &step : {std::string("link add other link cam type macvlan mode bridge"),
                                         std::string("link set other up"), "address add " + address + "/24 dev other"})
             site->adapter.cameraSide().ip(step);
