@@ -45,7 +45,7 @@ protected:
         for (const PlanProblem &problem : reviewed.problems)
             ADD_FAILURE() << problem.text;
         PlanOptions options;
-        options.patience = {20, std::chrono::milliseconds(silence_ms), 3};
+        options.patience = {40, std::chrono::milliseconds(silence_ms), 3}; // a loaded machine may need most of it
         options.progress = [&](PlanPhase phase, std::size_t done, std::size_t all) {
             if (phase == PlanPhase::Writing && done == all && done > 2)
                 written();
